@@ -1,0 +1,61 @@
+// A flow: named tool instances whose inputs hold constants, keyframes or
+// connections to other tools' outputs, evaluated at a time as a compositing
+// host would: CheckRequest (the early pass), PreCalcProcess, Process.
+#pragma once
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+#include "host/operator.h"
+#include "host/registry.h"
+
+namespace host {
+
+class Flow {
+public:
+    struct Node {
+        std::string name;
+        const Registration* registration = nullptr;
+        std::unique_ptr<Operator> op;
+    };
+    struct Connection {
+        Node* from = nullptr;
+        const Output* output = nullptr;
+    };
+
+    Node& Add(const std::string& name, const Registration& registration);
+    Node* Find(const std::string& name) const;
+    const std::vector<std::unique_ptr<Node>>& Nodes() const { return nodes_; }
+
+    // Setting a value notifies the operator, so controls show, hide and relabel.
+    void SetValue(Node& node, Input* input, Value value, double time = 0.0);
+    void SetKeys(Node& node, Input* input, const std::map<double, double>& keys);
+    void SetPointKeys(Node& node, Input* input,
+                      const std::map<double, std::pair<double, double>>& keys);
+    void Connect(Node& to, Input* input, Node& from, const Output* output);
+    const Connection* ConnectionOf(const Input* input) const;
+
+    // The name of a tool on a cycle, or empty when the flow has none.
+    std::string FindCycle() const;
+
+    // Starts a render run: operators forget what earlier runs left them.
+    void StartRender();
+    // Starts one render: every tool and time is evaluated at most once in it.
+    void BeginFrame();
+    Value Evaluate(Node& node, const Output* output, double time);
+
+    uint32_t requestFlags = 0;
+
+private:
+    using Outputs = std::map<const Output*, Value>;
+    const Outputs& Run(Node& node, double time);
+    Value InputValue(const Input* input, double time, bool images);
+
+    std::vector<std::unique_ptr<Node>> nodes_;
+    std::map<const Input*, Connection> connections_;
+    std::map<std::pair<const Node*, double>, Outputs> cache_;
+    std::set<std::pair<const Node*, double>> running_;
+};
+
+}  // namespace host

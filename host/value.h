@@ -1,0 +1,92 @@
+// Values that cross between tools: numbers, points, texts, images, masks,
+// look-up tables, and the plug-in's own parameter classes by type id.
+#pragma once
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace host {
+
+class Image;
+
+enum class DataType { Number, Point, Text, Image, Mask, LookUpTable, Custom };
+
+const char* DataTypeName(DataType type);
+
+class Parameter {
+public:
+    virtual ~Parameter() = default;
+    virtual DataType Type() const = 0;
+    // The registered type id of a custom class; empty for the host's own.
+    virtual std::string TypeId() const { return {}; }
+    // A readable form for terminals and dumps.
+    virtual std::string ToText() const = 0;
+};
+
+using Value = std::shared_ptr<const Parameter>;
+
+class Number : public Parameter {
+public:
+    explicit Number(double v) : value(v) {}
+    DataType Type() const override { return DataType::Number; }
+    std::string ToText() const override;
+    double value;
+};
+
+class Point : public Parameter {
+public:
+    Point(double px, double py) : x(px), y(py) {}
+    DataType Type() const override { return DataType::Point; }
+    std::string ToText() const override;
+    double x, y;
+};
+
+class Text : public Parameter {
+public:
+    explicit Text(std::string v) : value(std::move(v)) {}
+    DataType Type() const override { return DataType::Text; }
+    std::string ToText() const override { return value; }
+    std::string value;
+};
+
+// Holds one use of a host image for as long as the value lives.
+class ImageValue : public Parameter {
+public:
+    explicit ImageValue(Image* image, bool takeUse = true);
+    ~ImageValue() override;
+    ImageValue(const ImageValue&) = delete;
+    ImageValue& operator=(const ImageValue&) = delete;
+    DataType Type() const override { return DataType::Image; }
+    std::string ToText() const override;
+    Image* image;
+};
+
+// A curve through control points over x in 0..1, sampled into a table on request.
+class LookUpTable : public Parameter {
+public:
+    explicit LookUpTable(std::vector<std::pair<double, double>> points);
+    DataType Type() const override { return DataType::LookUpTable; }
+    std::string ToText() const override;
+    double At(double x) const;  // linear between points, flat beyond the ends
+    // `count` 16-bit entries of the curve (0..1 scaled to 0..65535) over x0..x1.
+    std::vector<uint16_t> Table(int count, double x0, double x1) const;
+    std::vector<std::pair<double, double>> points;
+};
+
+Value MakeNumber(double v);
+Value MakePoint(double x, double y);
+Value MakeText(std::string v);
+Value MakeImage(Image* image);  // takes a new use of the image
+
+// What the host knows of a plug-in's own parameter class.
+struct ParameterClass {
+    std::string typeId;
+    std::string name;
+};
+void RegisterParameterClass(const ParameterClass& info);
+const ParameterClass* FindParameterClass(const std::string& typeId);
+
+}  // namespace host

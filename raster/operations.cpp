@@ -1,0 +1,271 @@
+// Whole-image operations on KImage. Each has an integer loop in 16-bit fixed
+// point and a float loop, so results differ between depths only in rounding.
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+#include <cstring>
+#include "host/image.h"
+#include "raster/image.h"
+
+namespace {
+
+// Weight of an amount in 0..1 as the integer loops use it. The product is
+// taken in double: in single precision a product just below a whole number
+// can round up to it and give a weight one too large.
+inline uint32_t IntWeight(float amount)
+{
+    int32_t a = static_cast<int32_t>(static_cast<double>(amount) * 65535.5);
+    return static_cast<uint32_t>(std::clamp(a, 0, 65535));
+}
+
+}  // namespace
+
+void KImage::MergeOver(const KImage& other)
+{
+    const int32_t w = std::min(width, other.width), h = std::min(height, other.height);
+    for (int32_t y = 0; y < h; ++y) {
+        if (IsFloat()) {
+            float* d = RowF(y);
+            const float* s = other.RowF(y);
+            for (int32_t x = 0; x < w; ++x, d += 4, s += 4) {
+                const float k = 1.0f - s[3];
+                for (int c = 0; c < 4; ++c) d[c] = d[c] * k + s[c];
+            }
+        } else {
+            uint16_t* d = RowW(y);
+            const uint16_t* s = other.RowW(y);
+            for (int32_t x = 0; x < w; ++x, d += 4, s += 4) {
+                const uint32_t k = 65535u - s[3];
+                for (int c = 0; c < 4; ++c) {
+                    uint32_t v = KDiv65535(s[c] * 65535u) + KDiv65535(d[c] * k);
+                    d[c] = static_cast<uint16_t>(std::min(v, 65535u));
+                }
+            }
+        }
+    }
+}
+
+void KImage::Blend(const KImage& other, float amount)
+{
+    if (!(amount > 0.0f)) return;
+    const int32_t w = std::min(width, other.width), h = std::min(height, other.height);
+    const uint32_t a = IntWeight(amount), b = 65535u - a;
+    const float fa = amount, fb = 1.0f - amount;
+    for (int32_t y = 0; y < h; ++y) {
+        if (IsFloat()) {
+            float* d = RowF(y);
+            const float* s = other.RowF(y);
+            for (int32_t i = 0; i < 4 * w; ++i) d[i] = s[i] * fa + d[i] * fb;
+        } else {
+            uint16_t* d = RowW(y);
+            const uint16_t* s = other.RowW(y);
+            for (int32_t i = 0; i < 4 * w; ++i)
+                d[i] = static_cast<uint16_t>(std::min(KScaleInt(s[i], a) + KScaleInt(d[i], b), 65535u));
+        }
+    }
+}
+
+void KImage::Fade(float amount)
+{
+    if (amount >= 1.0f) return;
+    const uint32_t a = IntWeight(amount);
+    for (int32_t y = 0; y < height; ++y) {
+        if (IsFloat()) {
+            float* d = RowF(y);
+            for (int32_t i = 0; i < 4 * width; ++i) d[i] *= amount;
+        } else {
+            uint16_t* d = RowW(y);
+            for (int32_t i = 0; i < 4 * width; ++i) d[i] = static_cast<uint16_t>(KScaleInt(d[i], a));
+        }
+    }
+}
+
+KImage* KImage::Blur(float xSize, float ySize, int32_t filterType, int32_t channels, float xBlend,
+                     float yBlend) const
+{
+    if (ySize < 0.0f) ySize = xSize;
+    host::BlurSpec spec;
+    spec.filter = filterType;
+    spec.red = channels & 1;
+    spec.green = channels & 2;
+    spec.blue = channels & 4;
+    spec.alpha = channels & 8;
+    spec.xSize = xSize * 0.001388888888888889;
+    spec.ySize = ySize * 0.001388888888888889;
+    spec.xBlend = xBlend;
+    spec.yBlend = yBlend;
+    return Wrap(image->BlurOfImage(spec), true);
+}
+
+KImage* KImage::Resize(int32_t w, int32_t h) const { return Wrap(image->ResizeOfImage(w, h), true); }
+
+KImage* KImage::Transform(float cx, float cy, float sx, float sy, float angle, float pivotX,
+                          float pivotY, int32_t edges) const
+{
+    constexpr float eps = 1.1920928955078125e-07f;
+    auto near = [](float v, float to) { return std::fabs(v - to) <= eps; };
+    if (near(cx, 0.5f) && near(cy, 0.5f) && near(sx, 1.0f) && near(sy, 1.0f) && angle == 0.0f &&
+        near(pivotX, 0.5f) && near(pivotY, 0.5f))
+        return Clone();
+    host::TransformSpec spec;
+    spec.centerX = cx;
+    spec.centerY = cy;
+    spec.pivotX = pivotX;
+    spec.pivotY = pivotY;
+    spec.sizeX = sx;
+    spec.sizeY = sy;
+    spec.angle = angle;
+    spec.edges = edges;
+    return Wrap(image->TransformOf(spec), true);
+}
+
+KRect KImage::FindBounds() const
+{
+    // The lower corner starts at 0, 0 and so never moves above it.
+    KRect r{0.0f, 0.0f, -100000.0f, -100000.0f};
+    for (int32_t y = 0; y < height; ++y) {
+        for (int32_t x = 0; x < width; ++x) {
+            KPixel p;
+            GetPixel(x, y, p, kEdgeBlack);
+            if (p.a == 0) continue;
+            const float fx = static_cast<float>(x), fy = static_cast<float>(y);
+            r.x0 = std::min(r.x0, fx);
+            r.y0 = std::min(r.y0, fy);
+            r.x1 = std::max(r.x1, fx);
+            r.y1 = std::max(r.y1, fy);
+        }
+    }
+    return r;
+}
+
+bool KImage::FindChannelBounds(int32_t channel, float low, float high, float outMin[2],
+                               float outMax[2]) const
+{
+    float minX = FLT_MAX, minY = FLT_MAX, maxX = FLT_MIN, maxY = FLT_MIN;
+    const float span = std::fabs(high - low);
+    bool found = false;
+    for (int32_t y = 0; y < height; ++y) {
+        for (int32_t x = 0; x < width; ++x) {
+            KPixel p;
+            GetPixel(x, y, p, kEdgeBlack);
+            uint32_t value;
+            if (channel >= 0 && channel <= 3) value = p[channel];
+            else value = static_cast<uint32_t>(0.299f * p.r + 0.587f * p.g + 0.114f * p.b);
+            const float v = static_cast<float>(value) * 1.5259022e-05f;
+            if (!(v > low && v <= high)) continue;
+            const float t = (v - low) / span;
+            const float fx = static_cast<float>(x), fy = static_cast<float>(y);
+            minX = std::min(fx + 1.0f - t, minX);
+            minY = std::min(fy + 1.0f - t, minY);
+            maxX = std::max(fx + t, maxX);
+            maxY = std::max(fy + t, maxY);
+            found = true;
+        }
+    }
+    if (!found) return false;
+    if (minX > maxX) minX = maxX = (minX + maxX) * 0.5f;
+    if (minY > maxY) minY = maxY = (minY + maxY) * 0.5f;
+    outMin[0] = minX;
+    outMin[1] = minY;
+    outMax[0] = maxX;
+    outMax[1] = maxY;
+    return true;
+}
+
+void KImage::ColorSpaceConvert(int32_t from, int32_t to)
+{
+    if (from == to) return;
+    auto space = [](int32_t v) {
+        return static_cast<host::ColorSpace>(v >= 1 && v <= 7 ? v : 0);
+    };
+    image->CSConvert(space(from), space(to));
+}
+
+void KImage::Clear()
+{
+    for (int32_t y = 0; y < height; ++y) std::memset(RowW(y), 0, rowBytes);
+    for (int32_t i = 0; i < AuxCount(); ++i)
+        std::memset(AuxPlane(AuxChannel(i)), 0, size_t(width) * height * sizeof(float));
+}
+
+void KImage::CopyOffset(const KImage& other, int32_t dx, int32_t dy)
+{
+    KImage* shifted = CreateLike();
+    for (int32_t y = 0; y < height; ++y) {
+        const int32_t sy = y - dy;
+        if (sy < 0 || sy >= other.height) continue;
+        const int32_t x0 = std::max(0, dx), x1 = std::min(width, other.width + dx);
+        for (int32_t x = x0; x < x1; ++x) {
+            if (IsFloat()) {
+                KPixelF p;
+                other.GetPixel(x - dx, sy, p, kEdgeBlack);
+                shifted->SetPixel(x, y, p);
+            } else {
+                KPixel p;
+                other.GetPixel(x - dx, sy, p, kEdgeBlack);
+                shifted->SetPixel(x, y, p);
+            }
+        }
+    }
+    // Through a scratch image so that `other` may be this image.
+    for (int32_t y = 0; y < height; ++y) std::memcpy(RowW(y), shifted->RowW(y), rowBytes);
+    delete shifted;
+}
+
+void KImage::FillKeepAlpha(const KPixelF& color)
+{
+    const uint32_t ci[3] = {KFloatToInt(color.r), KFloatToInt(color.g), KFloatToInt(color.b)};
+    for (int32_t y = 0; y < height; ++y) {
+        if (IsFloat()) {
+            float* d = RowF(y);
+            for (int32_t x = 0; x < width; ++x, d += 4)
+                for (int c = 0; c < 3; ++c) d[c] = color[c] * d[3];
+        } else {
+            uint16_t* d = RowW(y);
+            for (int32_t x = 0; x < width; ++x, d += 4)
+                for (int c = 0; c < 3; ++c) d[c] = static_cast<uint16_t>(KScaleInt(ci[c], d[3]));
+        }
+    }
+}
+
+namespace {
+
+template <bool Inverse> void MaskBy(KImage& img, const KImage& mask)
+{
+    const int32_t h = std::min(img.height, mask.height), w = std::min(img.width, mask.width);
+    for (int32_t y = 0; y < img.height; ++y) {
+        if (y >= h) {
+            if (!Inverse) std::memset(img.RowW(y), 0, img.RowBytes());
+            continue;
+        }
+        for (int32_t x = 0; x < img.width; ++x) {
+            if (img.IsFloat()) {
+                float m = 0.0f;
+                if (x < w) {
+                    KPixelF p;
+                    mask.GetPixel(x, y, p, kEdgeBlack);
+                    m = p.a;
+                }
+                if (Inverse) m = 1.0f - m;
+                float* d = img.RowF(y) + 4 * x;
+                for (int c = 0; c < 4; ++c) d[c] *= m;
+            } else {
+                uint32_t m = 0;
+                if (x < w) {
+                    KPixel p;
+                    mask.GetPixel(x, y, p, kEdgeBlack);
+                    m = p.a;
+                }
+                if (Inverse) m = 65535u - m;
+                uint16_t* d = img.RowW(y) + 4 * x;
+                for (int c = 0; c < 4; ++c) d[c] = static_cast<uint16_t>(KScaleInt(d[c], m));
+            }
+        }
+    }
+}
+
+}  // namespace
+
+void KImage::MaskByAlpha(const KImage& mask) { MaskBy<false>(*this, mask); }
+
+void KImage::MaskByInverseAlpha(const KImage& mask) { MaskBy<true>(*this, mask); }

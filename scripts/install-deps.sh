@@ -1,0 +1,28 @@
+#!/bin/sh
+# Installs the Debian packages the build needs, only those missing.
+set -eu
+
+PACKAGES="g++ cmake make pkg-config ccache libtbb-dev libgtest-dev libbenchmark-dev"
+
+missing=""
+for p in $PACKAGES; do
+    if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
+        missing="$missing $p"
+    fi
+done
+
+[ -z "$missing" ] && exit 0
+
+SUDO=""
+if [ "$(id -u)" -ne 0 ]; then
+    if command -v sudo >/dev/null 2>&1; then SUDO="sudo"; else
+        echo "install-deps: missing packages:$missing (run as root to install them)" >&2
+        exit 2
+    fi
+fi
+
+echo "install-deps: installing$missing"
+export DEBIAN_FRONTEND=noninteractive
+$SUDO apt-get update -qq
+# shellcheck disable=SC2086
+$SUDO apt-get install -y -qq --no-install-recommends $missing

@@ -1,0 +1,463 @@
+// The render road through KTool: transfer rules, input construction per
+// family, change messages, frame times, trails, threads, and flows.
+#include <gtest/gtest.h>
+#include <cmath>
+#include "bridge/operator.h"
+#include "host/flow.h"
+#include "host/image.h"
+#include "support.h"
+
+using namespace zvtest;
+
+namespace {
+
+// Declares one parameter of most kinds and keeps what arrives.
+class KEffectProbe : public KEffectColor {
+public:
+    KEffectProbe()
+    {
+        inputList.AddSlider(&count, 0, "Count", "Cnt "_id, 0, -10, 10);
+        inputList.AddSlider(&amount, 0.5f, "Amount (soft)", "Amnt"_id, kFlagNotify, 0.0, 1.0);
+        inputList.AddAngle(&radians, 0.0f, "Angle", "Angl"_id, 0, 1);
+        inputList.AddAngle(&degrees, 0.0f, "Turn", "Turn"_id, 0, 0);
+        inputList.AddCheckbox(&flag, false, "Flag", "Flag"_id, kFlagNotify, 0);
+        inputList.AddPoint(&centre, {0.5f, 0.5f}, "Center", "Cent"_id, 0, 0);
+        inputList.AddPoint(&scaled, {0.5f, 0.5f}, "Scaled", "Scal"_id, 0, 2);
+        inputList.AddPoint(&shifted, {0.5f, 0.5f}, "Shifted", "Shif"_id, 0, 4);
+        inputList.AddTransform(&xf, KTransformValue{}, "Xf", "Xfrm"_id, 0, 0);
+        inputList.AddStandard(&std5, 0, kStdSuperSample, 0);
+        inputList.AddStandard(&stdColor, 0, kStdColorSpace, 0);
+        inputList.AddTextEdit(&note, "hello", "Note", "Note"_id, 0, 2);
+    }
+    void ProcessColor(KPixelF& out, const KPixelF& in) override { out = in; }
+    KMessageList* OnChange(uint32_t id, const KMessageValue& v) override
+    {
+        auto* list = new KMessageList;
+        if (id == "Flag"_id) {
+            list->Add(new KMessage(kMessageVisible, "Cnt "_id, v.intValue > 0 ? 0.0f : 1.0f));
+            list->Add(new KMessage(kMessageLabel, "Amnt"_id, std::string("Strength")));
+            list->Add(new KMessage(kMessageValue, "Cnt "_id, 7.0f));
+        }
+        return list;
+    }
+
+    int32_t count;
+    float amount, radians, degrees;
+    bool flag;
+    KPoint2 centre, scaled, shifted;
+    KTransformValue xf;
+    int32_t std5, stdColor;
+    std::string note;
+};
+
+template <class Effect, class Base = ZV_ThreadedOperator>
+host::Registration Local(const char* name)
+{
+    host::Registration r;
+    r.className = name;
+    r.name = name;
+    r.creator = [] {
+        struct Op : Base {
+            Op() : Base(new Effect) {}
+        };
+        return static_cast<host::Operator*>(new Op);
+    };
+    return r;
+}
+
+template <class Effect> Effect& EffectOf(host::Flow::Node& node)
+{
+    return *static_cast<Effect*>(static_cast<ZV_Operator<host::ThreadedOperator>*>(node.op.get())->Effect());
+}
+
+host::Input* In(host::Flow::Node& n, const char* id)
+{
+    host::Input* in = n.op->FindInput(id);
+    EXPECT_NE(in, nullptr) << id;
+    return in;
+}
+
+// A constant image as an input value.
+host::Value ImageValue(KImage* img) { return host::MakeImage(img->HostImage()); }
+
+struct ProbeFlow {
+    host::Registration reg = Local<KEffectProbe>("Probe");
+    host::Flow flow;
+    host::Flow::Node& node = flow.Add("probe", reg);
+    KEffectProbe& effect = EffectOf<KEffectProbe>(node);
+    KImage* plate = Pattern(4, 3, true);
+    ProbeFlow() { flow.SetValue(node, In(node, "Image"), ImageValue(plate)); }
+    ~ProbeFlow() { delete plate; }
+    host::Value Render(double time = 1.0)
+    {
+        flow.BeginFrame();
+        return flow.Evaluate(node, node.op->FindOutput("Output"), time);
+    }
+    void Set(const char* id, double v) { flow.SetValue(node, In(node, id), host::MakeNumber(v)); }
+};
+
+TEST(BridgeTransfer, NumbersRoundAndConvertByKind)
+{
+    ProbeFlow p;
+    p.Set("Count", 2.5);
+    p.Set("Angle", 90.0);
+    p.Set("Turn", 30.0);
+    p.Render();
+    EXPECT_EQ(p.effect.count, 3);
+    EXPECT_FLOAT_EQ(p.effect.radians, -90.0f * 0.017453292f);
+    EXPECT_EQ(p.effect.degrees, -30.0f);  // negated, left in degrees
+    p.Set("Count", -2.5);
+    p.Render();
+    EXPECT_EQ(p.effect.count, -3);
+    p.Set("Count", 0.49);
+    p.Render();
+    EXPECT_EQ(p.effect.count, 0);
+}
+
+TEST(BridgeTransfer, StandardInputsTruncateWithTheirBias)
+{
+    ProbeFlow p;
+    p.Set("KCoS", 2.9999999);
+    p.Render();
+    EXPECT_EQ(p.effect.stdColor, 3);
+    p.Set("KCoS", 2.99);
+    p.Render();
+    EXPECT_EQ(p.effect.stdColor, 2);
+}
+
+TEST(BridgeTransfer, SuperSamplingItemsAndQuickMode)
+{
+    ProbeFlow p;
+    p.Set("KSup", 5);
+    p.Render();
+    EXPECT_EQ(p.effect.settings.superSampling, 8);
+    EXPECT_EQ(p.effect.std5, 8);  // a kind-5 standard reads the settings
+    p.Set("KSup", 6);
+    p.Render();
+    EXPECT_EQ(p.effect.settings.superSampling, 16);
+    p.Set("KSup", 2);
+    p.Render();
+    EXPECT_EQ(p.effect.settings.superSampling, 3);
+    p.flow.requestFlags = host::kRequestQuick;
+    p.Render();
+    EXPECT_EQ(p.effect.settings.superSampling, 1);
+    EXPECT_EQ(p.effect.settings.filter, 0);
+    EXPECT_TRUE(p.effect.settings.quick);
+}
+
+TEST(BridgeTransfer, TransformTypeCountsHalfButACheckboxDoesNot)
+{
+    ProbeFlow p;
+    p.Set("Flag", 0.5);
+    p.Set("XfType", 0.5);
+    p.Set("XfRotationZ", 90.0);
+    p.Set("XfRotationOrder", 4.0);
+    p.Render();
+    EXPECT_FALSE(p.effect.flag);
+    EXPECT_EQ(p.effect.xf.type, 1u);
+    EXPECT_FLOAT_EQ(p.effect.xf.rotateZ, static_cast<float>(90.0 * 0.017453292519943295));
+    EXPECT_EQ(p.effect.xf.rotationOrder, 4);
+    p.Set("XfRotationOrder", 5.0);
+    p.Render();
+    EXPECT_EQ(p.effect.xf.rotationOrder, 5);
+}
+
+TEST(BridgeTransfer, PointsConvertByUnit)
+{
+    ProbeFlow p;  // a 4 x 3 source with square pixels: picture aspect 4/3
+    p.flow.SetValue(p.node, In(p.node, "Scaled"), host::MakePoint(0.5, 0.5));
+    p.flow.SetValue(p.node, In(p.node, "Shifted"), host::MakePoint(0.75, 0.25));
+    p.Render();
+    EXPECT_FLOAT_EQ(p.effect.centre.x, 0.5f);
+    EXPECT_FLOAT_EQ(p.effect.scaled.x, 2.0f);
+    EXPECT_FLOAT_EQ(p.effect.scaled.y, 1.5f);
+    EXPECT_FLOAT_EQ(p.effect.shifted.x, 0.25f);
+    EXPECT_FLOAT_EQ(p.effect.shifted.y, -0.25f / (4.0f / 3.0f));
+    EXPECT_EQ(p.effect.note, "hello");
+}
+
+TEST(BridgeTransfer, ChannelSwitchesReachTheProcess)
+{
+    ProbeFlow p;
+    p.Set("KCCG", 0.0);
+    host::Value out = p.Render();
+    auto* img = static_cast<const host::ImageValue*>(out.get())->image;
+    KImage* k = KImage::Wrap(img, false);
+    EXPECT_EQ(Differ(*k, *p.plate), "");
+    EXPECT_FALSE(p.effect.settings.green);
+    delete k;
+}
+
+TEST(BridgeConstruction, ColourToolInputs)
+{
+    ProbeFlow p;
+    auto* op = p.node.op.get();
+    EXPECT_EQ(op->FindInput("Amount")->name, "Amount (soft)");  // id stops at "("
+    for (const char* id : {"Image", "KCCR", "KCCG", "KCCB", "KCCA", "KSup", "KSuS", "PDPM", "KTra",
+                           "KTrF", "KTrR", "ZVMT", "KCoS"})
+        EXPECT_NE(op->FindInput(id), nullptr) << id;
+    for (const char* id : {"KUnd", "KFil", "KEdg", "KMaW", "Width"})
+        EXPECT_EQ(op->FindInput(id), nullptr) << id;
+    EXPECT_EQ(op->FindInput("KCCR")->page, "Zelvarine Controls");
+    EXPECT_EQ(op->FindInput("KSup")->attrs.items.size(), 7u);
+    EXPECT_FALSE(op->FindInput("KTrF")->attrs.visible);
+    EXPECT_EQ(*op->FindInput("KTrF")->attrs.defaultNumber, 0.95);
+    EXPECT_EQ(op->FindInput("Image")->attrs.linkNumber, 1);
+    EXPECT_EQ(op->MainOutput()->id, "Output");
+    const host::Input* count = op->FindInput("Count");
+    EXPECT_TRUE(count->attrs.integer);
+    EXPECT_EQ(*count->attrs.softMin, -10.0);
+    const host::Input* angle = op->FindInput("Angle");
+    EXPECT_EQ(*angle->attrs.hardMax, 360.0);
+    EXPECT_EQ(angle->attrs.control, host::Control::Screw);
+    for (const char* id : {"XfPositionX", "XfRotationOrder", "XfRotationX", "XfScaleLock", "XfScaleZ",
+                           "XfType", "XfPosition", "XfAspectType", "XfAspect"})
+        EXPECT_NE(op->FindInput(id), nullptr) << id;
+}
+
+class KEffectTurn : public KEffectWarp {
+public:
+    bool InverseMap(KPosition& out, const KPosition& in) override
+    {
+        out = {1.0f - in.x, in.y};
+        return true;
+    }
+};
+
+class KEffectSpot : public KEffectPosition {
+public:
+    KEffectSpot() { inputList.AddColor(&tint, {1.0f, 0.5f, 0.25f, 1.0f}, "Tint", "TntR"_id, 0); }
+    void ProcessPosition(KPositionPixel& out, const KPositionPixel& in, const KPosition& p) override
+    {
+        out = in;
+        out.r = p.x * tint.r;
+    }
+    KColor tint;
+};
+
+class KEffectDots : public KEffectPixel {
+public:
+    bool HasFeature(int32_t code) override { return code == kFeatureSource; }
+    void ProcessPixelFloat(KPixelF& out, int32_t x, int32_t y, KImage*) override
+    {
+        out = {float(x & 1), float(y & 1), 0.0f, 1.0f};
+    }
+};
+
+TEST(BridgeConstruction, WarpPositionAndSourceInputs)
+{
+    host::Flow flow;
+    auto warpReg = Local<KEffectTurn>("Turn");
+    auto posReg = Local<KEffectSpot>("Spot");
+    auto srcReg = Local<KEffectDots, ZV_SourceOperator>("Dots");
+    auto* warp = flow.Add("w", warpReg).op.get();
+    for (const char* id : {"Image", "KUnd", "KFil", "KEdg", "KMaW", "KCCA"})
+        EXPECT_NE(warp->FindInput(id), nullptr) << id;
+    EXPECT_EQ(warp->FindInput("KFil")->attrs.items, (std::vector<std::string>{"None", "Pixel", "Area"}));
+    EXPECT_EQ(warp->FindInput("KSup"), nullptr);
+    EXPECT_TRUE(warp->FindInput("KUnd")->attrs.integer);
+
+    auto* pos = flow.Add("p", posReg).op.get();
+    EXPECT_NE(pos->FindInput("KSup"), nullptr);
+    EXPECT_NE(pos->FindInput("PDPM"), nullptr);
+    EXPECT_EQ(pos->FindInput("KSuS"), nullptr);
+    EXPECT_EQ(pos->FindInput("TintRed")->label, "Tint");
+    EXPECT_EQ(pos->FindInput("TintGreen")->attrs.member, 1);
+    EXPECT_EQ(*pos->FindInput("TintBlue")->attrs.defaultNumber, 0.25);
+    EXPECT_EQ(pos->FindInput("TintAlpha")->attrs.group, 11);
+
+    auto* src = flow.Add("s", srcReg).op.get();
+    EXPECT_EQ(src->FindInput("Image"), nullptr);
+    EXPECT_EQ(src->FindInput("PDPM"), nullptr);
+    EXPECT_EQ(src->FindInput("KTra"), nullptr);
+    EXPECT_NE(src->FindInput("Width"), nullptr);
+    EXPECT_EQ(*src->FindInput("Height")->attrs.defaultNumber, 1080.0);
+}
+
+TEST(BridgeRender, SourceHeightOneIsMadeAsTwo)
+{
+    host::Flow flow;
+    auto reg = Local<KEffectDots, ZV_SourceOperator>("Dots");
+    auto& node = flow.Add("s", reg);
+    flow.SetValue(node, In(node, "Width"), host::MakeNumber(5.9));
+    flow.SetValue(node, In(node, "Height"), host::MakeNumber(1));
+    flow.BeginFrame();
+    host::Value v = flow.Evaluate(node, node.op->MainOutput(), 0.0);
+    auto* img = static_cast<const host::ImageValue*>(v.get())->image;
+    EXPECT_EQ(img->Width(), 5);
+    EXPECT_EQ(img->Height(), 2);
+    EXPECT_EQ(img->RowW(1)[4 * 1 + 1], 65535);  // y 1 odd: green on
+}
+
+TEST(BridgeNotify, MessagesReachVisibilityLabelsAndValues)
+{
+    ProbeFlow p;
+    auto* op = p.node.op.get();
+    host::Input* count = op->FindInput("Count");
+    EXPECT_TRUE(count->attrs.visible);
+    p.Set("Flag", 1.0);
+    EXPECT_FALSE(count->attrs.visible);
+    EXPECT_EQ(op->FindInput("Amount")->label, "Strength");
+    EXPECT_EQ(static_cast<const host::Number*>(count->ValueAt(0).get())->value, 7.0);
+    p.Set("Flag", 0.0);
+    EXPECT_TRUE(count->attrs.visible);
+
+    p.Set("KCoS", 5.0);
+    EXPECT_EQ(op->FindInput("KCCR")->label, "H");
+    EXPECT_EQ(op->FindInput("KCCG")->label, "S");
+    EXPECT_EQ(op->FindInput("KCCB")->label, "V");
+    p.Set("KCoS", 9.0);  // above 7: left alone
+    EXPECT_EQ(op->FindInput("KCCR")->label, "H");
+
+    p.Set("KTra", 1.0);
+    EXPECT_TRUE(op->FindInput("KTrF")->attrs.visible);
+    EXPECT_TRUE(op->FindInput("KTrR")->attrs.visible);
+}
+
+// Wants the frame before and a slot it does not need; averages what arrives.
+class KEffectEcho : public KEffectThreads {
+public:
+    KEffectEcho()
+    {
+        AllocFrames(3);
+        // A late input is what turns the early pass on.
+        inputList.AddSlider(&mix, 1.0f, "Mix", "Mix "_id, kFlagLate, 0.0, 1.0);
+    }
+    float mix;
+    int32_t GetFrameTimes(int32_t, float time, float* times) override
+    {
+        if (times) {
+            times[0] = time;
+            times[1] = time - 1.0f;
+            times[2] = 1e10f;
+        }
+        return 3;
+    }
+    int32_t GetJobCount(int32_t) override { return height; }
+    void ProcessJob(int32_t, int32_t y, KImage* source, KImage* target) override
+    {
+        for (int32_t x = 0; x < width; ++x) {
+            KPixelF a, b;
+            frames[0]->GetPixel(x, y, a, 0);
+            frames[1]->GetPixel(x, y, b, 0);
+            target->SetPixel(x, y, KPixelF{a.r, b.r, frames[2] ? 1.0f : 0.0f, 1.0f});
+        }
+    }
+};
+
+// Its colour is the request time in tenths: a time-varying upstream.
+class KEffectClock : public KEffectPixel {
+public:
+    bool HasFeature(int32_t code) override { return code == kFeatureSource; }
+    void ProcessPixelFloat(KPixelF& out, int32_t, int32_t, KImage*) override
+    {
+        out = {settings.time / 10.0f, 0.0f, 0.0f, 1.0f};
+    }
+};
+
+TEST(BridgeRender, TwoFrameRequestFollowsFrameTimes)
+{
+    host::Flow flow;
+    auto clockReg = Local<KEffectClock, ZV_SourceOperator>("Clock");
+    auto echoReg = Local<KEffectEcho>("Echo");
+    auto& clock = flow.Add("clock", clockReg);
+    auto& echo = flow.Add("echo", echoReg);
+    flow.SetValue(clock, In(clock, "Width"), host::MakeNumber(3));
+    flow.SetValue(clock, In(clock, "Height"), host::MakeNumber(2));
+    dynamic_cast<host::SourceOperator*>(clock.op.get())->floatDepth = true;
+    host::Input* input = In(echo, "Input");
+    EXPECT_EQ(input->attrs.slots, 3);
+    flow.Connect(echo, input, clock, clock.op->MainOutput());
+    flow.BeginFrame();
+    host::Value v = flow.Evaluate(echo, echo.op->MainOutput(), 5.0);
+    auto* img = static_cast<const host::ImageValue*>(v.get())->image;
+    ASSERT_NE(img, nullptr);
+    const float* px = img->RowF(1);
+    // Slots asked at t + 0.0001: the clock saw 5.0001 and 4.0001.
+    EXPECT_FLOAT_EQ(px[0], 5.0001f / 10.0f);
+    EXPECT_FLOAT_EQ(px[1], 4.0001f / 10.0f);
+    EXPECT_EQ(px[2], 0.0f);  // the 1e10 slot arrives empty
+}
+
+TEST(BridgeRender, TrailsCarryAcrossRendersUntilReset)
+{
+    host::Flow flow;
+    auto reg = Local<KEffectProbe>("Probe");
+    auto& node = flow.Add("probe", reg);
+    KImage* white = KImage::Create(2, 2, false);
+    KImage* black = KImage::Create(2, 2, false);
+    for (int32_t y = 0; y < 2; ++y)
+        for (int32_t x = 0; x < 2; ++x) white->SetPixel(x, y, KPixel{65535, 65535, 65535, 65535});
+    flow.SetValue(node, In(node, "KTra"), host::MakeNumber(1));
+    flow.SetValue(node, In(node, "KTrF"), host::MakeNumber(0.5));
+    auto render = [&](KImage* in, double t) {
+        flow.SetValue(node, In(node, "Image"), ImageValue(in));
+        flow.BeginFrame();
+        host::Value v = flow.Evaluate(node, node.op->MainOutput(), t);
+        return uint32_t(static_cast<const host::ImageValue*>(v.get())->image->RowW(0)[0]);
+    };
+    flow.StartRender();
+    EXPECT_EQ(render(white, 1), 65535u);
+    // Transparent black over the white trail faded by half.
+    EXPECT_EQ(render(black, 2), KScaleInt(65535, uint32_t(0.5f * 65535.5f)));
+    flow.SetValue(node, In(node, "KTrR"), host::MakeNumber(1));
+    EXPECT_EQ(render(black, 3), 0u);
+    EXPECT_EQ(render(white, 4), 65535u);
+    flow.StartRender();  // a new run starts its trail anew
+    EXPECT_EQ(render(black, 5), 0u);
+    delete white;
+    delete black;
+}
+
+TEST(BridgeRender, SerialAndThreadedRendersAreIdentical)
+{
+    for (bool isFloat : {false, true}) {
+        host::Flow flow;
+        auto reg = Local<KEffectTurn>("Turn");
+        auto& node = flow.Add("w", reg);
+        KImage* plate = Pattern(257, 129, isFloat);
+        flow.SetValue(node, In(node, "Image"), ImageValue(plate));
+        flow.SetValue(node, In(node, "KFil"), host::MakeNumber(2));
+        flow.BeginFrame();
+        host::Value a = flow.Evaluate(node, node.op->MainOutput(), 0.0);
+        flow.SetValue(node, In(node, "ZVMT"), host::MakeNumber(0));
+        flow.BeginFrame();
+        host::Value b = flow.Evaluate(node, node.op->MainOutput(), 0.0);
+        KImage* ka = KImage::Wrap(static_cast<const host::ImageValue*>(a.get())->image, false);
+        KImage* kb = KImage::Wrap(static_cast<const host::ImageValue*>(b.get())->image, false);
+        EXPECT_EQ(Differ(*ka, *kb), "");
+        KPixel p, q;
+        ka->GetPixel(0, 5, p, 0);
+        plate->GetPixel(256, 5, q, 0);
+        EXPECT_EQ(p.r, q.r);  // mirrored
+        delete ka;
+        delete kb;
+        delete plate;
+    }
+}
+
+TEST(BridgeFlow, OneToolsImageFeedsAnother)
+{
+    host::Flow flow;
+    auto srcReg = Local<KEffectDots, ZV_SourceOperator>("Dots");
+    auto warpReg = Local<KEffectTurn>("Turn");
+    auto& dots = flow.Add("dots", srcReg);
+    auto& turn = flow.Add("turn", warpReg);
+    flow.SetValue(dots, In(dots, "Width"), host::MakeNumber(4));
+    flow.SetValue(dots, In(dots, "Height"), host::MakeNumber(2));
+    flow.Connect(turn, In(turn, "Image"), dots, dots.op->MainOutput());
+    EXPECT_EQ(flow.FindCycle(), "");
+    flow.BeginFrame();
+    host::Value v = flow.Evaluate(turn, turn.op->MainOutput(), 0.0);
+    auto* img = static_cast<const host::ImageValue*>(v.get())->image;
+    ASSERT_NE(img, nullptr);
+    EXPECT_EQ(img->Width(), 4);
+    // Dots put red on odd columns; the mirror moves column 3 to 0.
+    EXPECT_EQ(img->RowW(0)[0], 65535);
+    EXPECT_LE(img->RowW(0)[4], 1);  // 1 - 1/3 in floats lands a hair off column 2
+
+    flow.Connect(dots, In(dots, "Width"), turn, turn.op->MainOutput());
+    EXPECT_FALSE(flow.FindCycle().empty());
+}
+
+}  // namespace

@@ -1,0 +1,329 @@
+// Offset lists from pictures and strokes, the quadrant helper and the
+// per-angle table that is filled lazily from several threads.
+#include <gtest/gtest.h>
+#include <algorithm>
+#include <cmath>
+#include <latch>
+#include <map>
+#include <thread>
+#include <tuple>
+#include <vector>
+#include "raster/image.h"
+#include "raster/offsets.h"
+
+namespace {
+
+using Entry = std::tuple<int32_t, int32_t, int32_t, bool>;  // x, y, weight, negative
+
+std::vector<Entry> Entries(const KOffsetsList& list)
+{
+    std::vector<Entry> v;
+    for (int32_t i = 0; i < list.count; ++i) {
+        const KOffsetsEntry& e = list.entries[i];
+        v.emplace_back(e.x, e.y, e.weight, e.negative);
+    }
+    return v;
+}
+
+std::vector<Entry> Sorted(std::vector<Entry> v)
+{
+    std::sort(v.begin(), v.end());
+    return v;
+}
+
+// 3x3 with a 2x1 block in red: 100 at 1,1 and 200 at 2,1. The centre is 1,1.
+KImage* Block()
+{
+    KImage* img = KImage::Create(3, 3, false);
+    img->SetPixel(1, 1, KPixel{100, 0, 0, 0});
+    img->SetPixel(2, 1, KPixel{200, 0, 0, 0});
+    return img;
+}
+
+std::vector<Entry> Build(const KImage* img, int32_t channel, bool mirror, int32_t mode)
+{
+    KOffsetsList* list = KOffsetsTable::FromImage(img, channel, mirror, mode);
+    std::vector<Entry> v = Entries(*list);
+    delete list;
+    return v;
+}
+
+// Sum of the weights per step along the major axis.
+std::map<int32_t, int32_t> StepSums(const KOffsetsList& list, bool alongX)
+{
+    std::map<int32_t, int32_t> sums;
+    for (int32_t i = 0; i < list.count; ++i) {
+        const KOffsetsEntry& e = list.entries[i];
+        sums[alongX ? e.x : e.y] += e.weight;
+    }
+    return sums;
+}
+
+}  // namespace
+
+TEST(RasterOffsetsFromImage, PixelsModeListsEveryNonZeroValue)
+{
+    KImage* img = Block();
+    EXPECT_EQ(Build(img, 0, false, kOffsetsPixels),
+              (std::vector<Entry>{{0, 0, 100, false}, {1, 0, 200, false}}));
+    // Any unknown mode walks like mode 0.
+    EXPECT_EQ(Build(img, 0, false, 9), Build(img, 0, false, kOffsetsPixels));
+    // Mirrored, x becomes 2 - x and y becomes 2 - y: 200 lands left of the centre.
+    EXPECT_EQ(Build(img, 0, true, kOffsetsPixels),
+              (std::vector<Entry>{{-1, 0, 200, false}, {0, 0, 100, false}}));
+    EXPECT_TRUE(Build(img, 1, false, kOffsetsPixels).empty());
+    delete img;
+}
+
+TEST(RasterOffsetsFromImage, RowsModeListsHorizontalEdges)
+{
+    KImage* img = Block();
+    // Row 1 reads 0, 100, 200 and then 0 one step beyond the width. Entering
+    // the block at x 1 gives d = -100 at x - 1 - 1; 100 to 200 is no edge
+    // (neither is 0); leaving at x 3 gives d = 200 at 3 - 1 - 1.
+    EXPECT_EQ(Build(img, 0, false, kOffsetsRows),
+              (std::vector<Entry>{{-1, 0, 100, true}, {1, 0, 200, false}}));
+    // Mirrored, the row reads 200, 100, 0, 0.
+    EXPECT_EQ(Build(img, 0, true, kOffsetsRows),
+              (std::vector<Entry>{{-2, 0, 200, true}, {0, 0, 100, false}}));
+    delete img;
+}
+
+TEST(RasterOffsetsFromImage, ColumnsModeListsVerticalEdges)
+{
+    KImage* img = Block();
+    // Columns outer: column 1 enters at y 1 and leaves at y 2, then column 2.
+    EXPECT_EQ(Build(img, 0, false, kOffsetsColumns),
+              (std::vector<Entry>{{0, -1, 100, true},
+                                  {0, 0, 100, false},
+                                  {1, -1, 200, true},
+                                  {1, 0, 200, false}}));
+    delete img;
+}
+
+TEST(RasterOffsetsFromImage, ChannelSelection)
+{
+    KImage* img = KImage::Create(2, 1, false);
+    img->SetPixel(0, 0, KPixel{10, 20, 30, 40});
+    img->SetPixel(1, 0, KPixel{0, 0, 1000, 0});
+    // 2x1: the centre is 1, 0.
+    EXPECT_EQ(Build(img, 1, false, kOffsetsPixels), (std::vector<Entry>{{-1, 0, 20, false}}));
+    EXPECT_EQ(Build(img, 2, false, kOffsetsPixels),
+              (std::vector<Entry>{{-1, 0, 30, false}, {0, 0, 1000, false}}));
+    EXPECT_EQ(Build(img, 3, false, kOffsetsPixels), (std::vector<Entry>{{-1, 0, 40, false}}));
+    // Luminance for any other channel, in floats, truncated.
+    const int32_t lum0 = static_cast<int32_t>(0.299f * 10 + 0.587f * 20 + 0.114f * 30);
+    const int32_t lum1 = static_cast<int32_t>(0.114f * 1000);
+    EXPECT_EQ(Build(img, 4, false, kOffsetsPixels),
+              (std::vector<Entry>{{-1, 0, lum0, false}, {0, 0, lum1, false}}));
+    EXPECT_EQ(lum0, 18);  // 2.99 + 11.74 + 3.42
+    EXPECT_EQ(lum1, 114);
+    delete img;
+}
+
+TEST(RasterOffsetsFromImage, FloatPicturesReadAsIntegers)
+{
+    KImage* img = KImage::Create(1, 1, true);
+    img->SetPixel(0, 0, KPixelF{0.5f, 0, 0, 0});
+    EXPECT_EQ(Build(img, 0, false, kOffsetsPixels), (std::vector<Entry>{{0, 0, 32767, false}}));
+    delete img;
+}
+
+TEST(RasterOffsetsFromImage, MissingOrZeroPictureGivesNothing)
+{
+    KImage* zero = KImage::Create(3, 3, false);
+    for (int32_t mode : {0, 1, 2}) {
+        KOffsetsList* missing = KOffsetsTable::FromImage(nullptr, 0, false, mode);
+        EXPECT_EQ(missing->count, 0);
+        EXPECT_EQ(missing->entries, nullptr);
+        delete missing;
+        for (bool mirror : {false, true}) {
+            KOffsetsList* list = KOffsetsTable::FromImage(zero, 4, mirror, mode);
+            EXPECT_EQ(list->count, 0) << mode;
+            delete list;
+        }
+    }
+    delete zero;
+}
+
+TEST(RasterOffsetsFromImage, MirroredSymmetricKernelGivesTheSameEntries)
+{
+    // A plus with different arms, symmetric through the centre.
+    KImage* img = KImage::Create(5, 5, false);
+    const uint32_t v[5][5] = {{0, 0, 7, 0, 0},
+                              {0, 0, 50, 0, 0},
+                              {9, 30, 255, 30, 9},
+                              {0, 0, 50, 0, 0},
+                              {0, 0, 7, 0, 0}};
+    for (int32_t y = 0; y < 5; ++y)
+        for (int32_t x = 0; x < 5; ++x) img->SetPixel(x, y, KPixel{v[y][x], 0, 0, 0});
+    for (int32_t mode : {0, 1, 2}) {
+        std::vector<Entry> plain = Build(img, 0, false, mode);
+        std::vector<Entry> mirrored = Build(img, 0, true, mode);
+        EXPECT_FALSE(plain.empty());
+        EXPECT_EQ(Sorted(plain), Sorted(mirrored)) << mode;
+    }
+    EXPECT_EQ(Build(img, 0, false, 0).size(), 9u);
+    delete img;
+}
+
+TEST(RasterOffsetsStroke, StraightAlongTheAxes)
+{
+    KOffsetsList* right = KOffsetsTable::BuildStraight(0.0f, 3.0f, 1.0f, false);
+    EXPECT_EQ(Entries(*right), (std::vector<Entry>{{0, 0, 65535, false},
+                                                   {1, 0, 65535, false},
+                                                   {2, 0, 65535, false},
+                                                   {3, 0, 65535, false}}));
+    delete right;
+
+    // At a quarter turn the stroke runs toward negative y (fy is -sin).
+    KOffsetsList* up = KOffsetsTable::BuildStraight(1.5707964f, 3.0f, 1.0f, false);
+    EXPECT_EQ(Entries(*up), (std::vector<Entry>{{0, 0, 65535, false},
+                                                {0, -1, 65535, false},
+                                                {0, -2, 65535, false},
+                                                {0, -3, 65535, false}}));
+    delete up;
+
+    KOffsetsList* left = KOffsetsTable::BuildStraight(3.1415927f, 2.0f, 1.0f, false);
+    EXPECT_EQ(Entries(*left), (std::vector<Entry>{{0, 0, 65535, false},
+                                                  {-1, 0, 65535, false},
+                                                  {-2, 0, 65535, false}}));
+    delete left;
+
+    // The aspect stretches x: 2 * 2 + 1 steps.
+    KOffsetsList* wide = KOffsetsTable::BuildStraight(0.0f, 2.0f, 2.0f, false);
+    EXPECT_EQ(wide->count, 5);
+    EXPECT_EQ(wide->entries[4].x, 4);
+    delete wide;
+}
+
+TEST(RasterOffsetsStroke, LengthRoundsUpOnlyWhenAsked)
+{
+    // cos 0.3 * 3 + 1 = 3.87 steps: 3 without rounding, 4 with it.
+    KOffsetsList* plain = KOffsetsTable::BuildStraight(0.3f, 3.0f, 1.0f, false);
+    KOffsetsList* rounded = KOffsetsTable::BuildStraight(0.3f, 3.0f, 1.0f, true);
+    EXPECT_EQ(StepSums(*plain, true).size(), 3u);
+    EXPECT_EQ(StepSums(*rounded, true).size(), 4u);
+    delete plain;
+    delete rounded;
+}
+
+TEST(RasterOffsetsStroke, EachStepSumsToFullWeightAndFollowsTheSlope)
+{
+    for (float angle : {0.3f, 0.8f, 1.2f, 2.0f, 2.9f, 3.6f, 4.4f, 5.1f, 5.9f}) {
+        for (bool thick : {false, true}) {
+            const float length = 9.0f;
+            KOffsetsList* list = thick ? KOffsetsTable::BuildThick(angle, length, 1.0f, false)
+                                       : KOffsetsTable::BuildStraight(angle, length, 1.0f, false);
+            const float fx = std::cos(angle), fy = -std::sin(angle);
+            const bool alongX = std::fabs(fx) >= std::fabs(fy);
+            const float major = alongX ? fx : fy, minor = alongX ? fy : fx;
+            ASSERT_EQ(list->entries[0].x, 0);
+            ASSERT_EQ(list->entries[0].y, 0);
+            ASSERT_EQ(list->entries[0].weight, 65535);
+
+            std::map<int32_t, int32_t> sums = StepSums(*list, alongX);
+            EXPECT_EQ(static_cast<int32_t>(sums.size()),
+                      static_cast<int32_t>(std::fabs(major) * length + 1.0f))
+                << angle;
+            std::map<int32_t, double> centre;
+            for (int32_t i = 0; i < list->count; ++i) {
+                const KOffsetsEntry& e = list->entries[i];
+                EXPECT_GT(e.weight, 0);
+                EXPECT_FALSE(e.negative);
+                const int32_t along = alongX ? e.x : e.y, across = alongX ? e.y : e.x;
+                centre[along] += (across + 0.5) * e.weight / 65535.0;
+            }
+            for (const auto& [along, sum] : sums) {
+                EXPECT_EQ(sum, 65535) << angle << " step " << along;
+                EXPECT_EQ(along * (major < 0 ? -1 : 1) >= 0, true);
+                if (along == 0) continue;
+                // The weighted middle of the step's pixels lies on the line.
+                const double expected = std::abs(along) * minor / std::fabs(major) + 0.5;
+                EXPECT_NEAR(centre[along], expected, 1e-3) << angle << " step " << along;
+            }
+            delete list;
+        }
+    }
+}
+
+TEST(RasterOffsetsAngle, QuadrantsAndFolding)
+{
+    struct Case { float in; int32_t sx, sy; float folded; };
+    const Case cases[] = {
+        {0.0f, 1, 1, 0.0f},
+        {0.5f, 1, 1, 0.5f},
+        {1.5707964f, 1, 1, 1.5707964f},
+        {2.0f, -1, 1, 3.1415927f - 2.0f},
+        {3.1415927f, -1, 1, 0.0f},
+        {4.0f, -1, -1, 4.0f - 3.1415927f},
+        {4.712389f, -1, -1, 4.712389f - 3.1415927f},
+        {5.0f, 1, -1, 6.2831855f - 5.0f},
+        {-1.0f, 1, -1, 1.0f},                      // -1 + 2 pi lies in the last quadrant
+        {-2.0f, -1, -1, -2.0f + 6.2831855f - 3.1415927f},
+    };
+    for (const Case& c : cases) {
+        int32_t sx = 0, sy = 0;
+        const float folded = KAngleQuadrant(c.in, sx, sy);
+        EXPECT_EQ(sx, c.sx) << c.in;
+        EXPECT_EQ(sy, c.sy) << c.in;
+        EXPECT_NEAR(folded, c.folded, 1e-6) << c.in;
+    }
+}
+
+TEST(RasterOffsetsTable, BuildsOnceAndKeepsTheList)
+{
+    KOffsetsTable table(8, 1.0f, false, true);
+    EXPECT_EQ(table.angleCount, 8);
+    EXPECT_FALSE(table.thick);
+    for (int32_t i = 0; i < 8; ++i) EXPECT_EQ(table.lists[i], nullptr);
+
+    const KOffsetsList* first = table.Get(0, 3.0f);
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(first->count, 4);
+    // Later calls return the stored list, whatever length they pass.
+    EXPECT_EQ(table.Get(0, 50.0f), first);
+    EXPECT_EQ(first->count, 4);
+    EXPECT_EQ(table.lists[0], first);
+    EXPECT_EQ(table.lists[1], nullptr);
+
+    // Index 2 of 8 is a quarter turn.
+    const KOffsetsList* quarter = table.Get(2, 2.0f);
+    ASSERT_NE(quarter, nullptr);
+    ASSERT_EQ(quarter->count, 3);
+    EXPECT_EQ(quarter->entries[2].x, 0);
+    EXPECT_EQ(quarter->entries[2].y, -2);
+
+    EXPECT_EQ(table.Get(-1, 3.0f), nullptr);
+    EXPECT_EQ(table.Get(8, 3.0f), nullptr);
+}
+
+TEST(RasterOffsetsTable, ThickTableUsesTheWiderStroke)
+{
+    KOffsetsTable thin(4, 1.0f, false, true), thick(4, 1.0f, false, false);
+    EXPECT_TRUE(thick.thick);
+    const KOffsetsList* a = thin.Get(1, 4.0f);
+    const KOffsetsList* b = thick.Get(1, 4.0f);
+    EXPECT_GT(b->count, a->count);
+    for (const auto& [along, sum] : StepSums(*b, false)) EXPECT_EQ(sum, 65535) << along;
+}
+
+TEST(RasterOffsetsTable, ConcurrentFirstUseBuildsOneList)
+{
+    for (int round = 0; round < 50; ++round) {
+        KOffsetsTable table(16, 1.0f, true, round % 2 == 0);
+        const int kThreads = 4;
+        std::latch go(kThreads);
+        std::vector<const KOffsetsList*> got(kThreads);
+        std::vector<std::thread> threads;
+        for (int t = 0; t < kThreads; ++t)
+            threads.emplace_back([&, t] {
+                go.arrive_and_wait();
+                got[t] = table.Get(5, 12.0f);
+            });
+        for (std::thread& t : threads) t.join();
+        ASSERT_NE(got[0], nullptr);
+        for (int t = 1; t < kThreads; ++t) ASSERT_EQ(got[t], got[0]) << round;
+        EXPECT_EQ(table.lists[5], got[0]);
+    }
+}
