@@ -3,7 +3,7 @@
 BUILD ?= build
 JOBS ?= 2
 
-.PHONY: all deps configure build test demo bench clean
+.PHONY: all deps configure build test demo bench catalogue clean
 
 all: build
 
@@ -23,7 +23,11 @@ test: build
 
 demo: build
 	@mkdir -p out
-	$(BUILD)/examples/zelvarine_demo out
+	$(BUILD)/app/zelvarine render examples/demo.json
+	@echo "demo: results are in $(CURDIR)/out"
+
+catalogue: build
+	$(BUILD)/app/zelvarine-catalogue
 
 bench: build
 	$(BUILD)/bench/zelvarine_bench --benchmark_counters_tabular=true

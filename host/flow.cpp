@@ -111,6 +111,12 @@ const Flow::Outputs& Flow::Run(Node& node, double time)
     static const Outputs none;
     if (running_.count(key)) return none;  // a cycle: validated flows never get here
     running_.insert(key);
+    // A tool that throws (a bad file, say) leaves the flow usable for the next frame.
+    struct Done {
+        std::set<std::pair<const Node*, double>>& running;
+        std::pair<const Node*, double> key;
+        ~Done() { running.erase(key); }
+    } done{running_, key};
     Operator& op = *node.op;
     op.SetCurrentTime(time);
     // Keyed inputs that ask to be told of changes hear of the value at this time.
@@ -145,7 +151,6 @@ const Flow::Outputs& Flow::Run(Node& node, double time)
 
     Outputs outs;
     for (auto& out : op.Outputs()) outs[out.get()] = request.GetOutputData(out.get());
-    running_.erase(key);
     return cache_[key] = std::move(outs);
 }
 

@@ -1,19 +1,21 @@
 // Colour-space conversion in place, always through RGB; alpha is untouched.
+// Channels hold the components in order (H, L, S for HLS; H, S, V for HSV).
 //
-// Values of each space, as float images store them (signed where the space is):
+// Values as float images store them, signed where the space is; RGB values
+// go in as they are (no gamma):
 //   HLS, HSV  hue 0..1 (red 0, green 1/3, blue 2/3), the other two 0..1
-//   YUV       Y 0..1, U +-0.436, V +-0.615 (the PAL/NTSC analogue matrix)
+//   YUV       Y 0..1, U +-0.436, V +-0.615 (the analogue PAL/NTSC matrix)
 //   YIQ       Y 0..1, I +-0.5959, Q +-0.5227
 //   CMY       1 - R, 1 - G, 1 - B
-//   XYZ       linear sRGB primaries, D65: white is 0.9505, 1, 1.0888
-//   LAB       from that XYZ with the same white: L / 100, a / 256, b / 256
-//             (the RGB cube's a and b stay within +-0.43)
-// Integer images hold every space in 0..65535, rounded to nearest and clipped:
-// a component is stored as (v - low) / (high - low), low..high being its range
-// over the RGB unit cube. So Y, L, hue, HLS and HSV store as they are; U, V, I,
-// Q span their full range with neutral at 32768 (U = code/65535 * 0.872 -
-// 0.436 and so on); X and Z are divided by the white's X and Z; a and b are
-// offset by 0.5 after their scaling.
+//   XYZ       the linear sRGB matrix, D65: white is 0.9505, 1, 1.0888
+//   LAB       from that XYZ and white: L / 100, a / 256, b / 256, so the
+//             RGB cube's a and b stay within +-0.43
+// Integer images hold every space in 0..65535, rounded to nearest and
+// clipped: a component v is stored as (v - low) / (high - low) * 65535, with
+// low..high its range over the RGB unit cube. Y, L, hue, HLS and HSV thus
+// store as they are; U, V, I and Q span the ranges above with neutral at
+// mid-code; X and Z are divided by the white's X and Z; a and b (as scaled
+// above) are offset by 0.5.
 #include "host/image.h"
 #include "host/threads.h"
 #include <algorithm>

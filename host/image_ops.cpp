@@ -59,7 +59,7 @@ struct Wide {
     V4 Narrow() const { return V4{float(lo[0]), float(lo[1]), float(hi[0]), float(hi[1])}; }
 };
 
-// Runs fn(y0, y1) over consecutive blocks of rows on the pool.
+// Runs fn(begin, end) over consecutive blocks of 0..count on the pool.
 template <typename Fn>
 void ForBlocks(int count, int block, Fn&& fn)
 {
@@ -405,10 +405,15 @@ void BlurPixels(const T* src, T* dst, int w, int h, const BlurSpec& spec)
 
 // ---- Transform ----------------------------------------------------------------
 
+// To 16.16, rounded to nearest. Coordinates beyond 16384 pixels (and NaN)
+// are held there so that the value stays in range.
 inline int32_t Fixed(double v)
 {
-    const double f = std::floor(v * 65536.0 + 0.5);
-    return static_cast<int32_t>(std::clamp(f, -1073741824.0, 1073741824.0));
+    double f = v * 65536.0 + 0.5;
+    if (!(f > -1073741824.0)) f = -1073741824.0;
+    if (f > 1073741824.0) f = 1073741824.0;
+    const int32_t i = static_cast<int32_t>(f);
+    return i > f ? i - 1 : i;
 }
 
 inline double NonZero(double s) { return std::fabs(s) >= 1e-7 ? s : (s < 0.0 ? -1e-7 : 1e-7); }
@@ -417,6 +422,7 @@ inline double NonZero(double s) { return std::fabs(s) >= 1e-7 ? s : (s < 0.0 ? -
 
 Image* Image::ResizeOfImage(int width, int height) const
 {
+    if ((width <= 0 || width == Width()) && (height <= 0 || height == Height())) return CopyOfImage();
     Image* out = NewLike(*this, width, height);
     const int sw = Width(), sh = Height(), dw = out->Width(), dh = out->Height();
     if (sw <= 0 || sh <= 0 || dw <= 0 || dh <= 0) return out;

@@ -2,7 +2,8 @@
 # Installs the Debian packages the build needs, only those missing.
 set -eu
 
-PACKAGES="g++ cmake make pkg-config ccache libtbb-dev libgtest-dev libbenchmark-dev"
+PACKAGES="g++ cmake make pkg-config ccache libtbb-dev libgtest-dev libbenchmark-dev
+    libopenimageio-dev nlohmann-json3-dev libcli11-dev"
 
 missing=""
 for p in $PACKAGES; do

@@ -1,0 +1,315 @@
+#include "app/commands.h"
+#include <unistd.h>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include "app/flowfile.h"
+#include "app/values.h"
+#include "host/errors.h"
+#include "host/image.h"
+#include "host/imageio.h"
+#include "host/threads.h"
+
+namespace app {
+
+namespace fs = std::filesystem;
+using host::BadInput;
+using host::DataType;
+using json = nlohmann::ordered_json;
+
+namespace {
+
+std::string Number(double v)
+{
+    return host::Number(v).ToText();
+}
+
+std::string TypeName(const host::Input& in)
+{
+    return in.attrs.dataType == DataType::Custom ? in.attrs.typeId : host::DataTypeName(in.attrs.dataType);
+}
+
+std::string DefaultText(const host::Input& in)
+{
+    if (in.attrs.defaultPoint) return Number(in.attrs.defaultPoint->first) + "," + Number(in.attrs.defaultPoint->second);
+    if (in.attrs.defaultText) return "\"" + *in.attrs.defaultText + "\"";
+    if (in.attrs.defaultNumber) return Number(*in.attrs.defaultNumber);
+    return "";
+}
+
+std::string Limits(const host::Input& in)
+{
+    const auto& a = in.attrs;
+    auto end = [](const std::optional<double>& hard, const std::optional<double>& soft) {
+        if (hard) return Number(*hard) + "!";
+        if (soft) return Number(*soft);
+        return std::string();
+    };
+    std::string lo = end(a.hardMin, a.softMin), hi = end(a.hardMax, a.softMax);
+    if (lo.empty() && hi.empty()) return "";
+    return lo + ".." + hi;
+}
+
+void PrintTable(const std::vector<std::vector<std::string>>& rows)
+{
+    std::vector<size_t> width;
+    for (auto& r : rows)
+        for (size_t i = 0; i < r.size(); ++i) {
+            if (width.size() <= i) width.push_back(0);
+            width[i] = std::max(width[i], r[i].size());
+        }
+    for (auto& r : rows) {
+        std::string line;
+        for (size_t i = 0; i < r.size(); ++i) {
+            line += r[i];
+            if (i + 1 < r.size()) line += std::string(width[i] - r[i].size() + 2, ' ');
+        }
+        while (!line.empty() && line.back() == ' ') line.pop_back();
+        std::cout << line << "\n";
+    }
+}
+
+std::vector<const host::Registration*> SortedTools()
+{
+    std::vector<const host::Registration*> all;
+    for (auto& r : host::Registry::Get().All()) all.push_back(&r);
+    std::stable_sort(all.begin(), all.end(), [](auto* a, auto* b) {
+        return a->category != b->category ? a->category < b->category : a->name < b->name;
+    });
+    return all;
+}
+
+}  // namespace
+
+int ToolsCommand(bool asJson)
+{
+    auto tools = SortedTools();
+    if (asJson) {
+        json out = json::array();
+        for (auto* r : tools)
+            out.push_back({{"name", r->name}, {"class", r->className}, {"short", r->shortName},
+                           {"category", r->category}, {"help", r->help}});
+        std::cout << out.dump(2) << "\n";
+        return 0;
+    }
+    std::vector<std::vector<std::string>> rows{{"NAME", "CLASS", "SHORT", "CATEGORY"}};
+    for (auto* r : tools) rows.push_back({r->name, r->className, r->shortName, r->category});
+    PrintTable(rows);
+    return 0;
+}
+
+int InfoCommand(const std::string& name, bool asJson)
+{
+    const host::Registration& reg = ResolveTool(name);
+    std::unique_ptr<host::Operator> op(reg.creator());
+    if (asJson) {
+        json inputs = json::array(), outputs = json::array();
+        for (auto& in : op->Inputs()) {
+            if (in->attrs.nest) continue;
+            const auto& a = in->attrs;
+            json j{{"id", in->id}, {"name", in->label}, {"type", TypeName(*in)},
+                   {"control", host::ControlName(a.control)}, {"page", in->page},
+                   {"visible", a.visible}, {"slots", a.slots}, {"group", a.group}};
+            if (a.defaultPoint) j["default"] = {a.defaultPoint->first, a.defaultPoint->second};
+            else if (a.defaultText) j["default"] = *a.defaultText;
+            else if (a.defaultNumber) j["default"] = *a.defaultNumber;
+            if (a.softMin) j["softMin"] = *a.softMin;
+            if (a.softMax) j["softMax"] = *a.softMax;
+            if (a.hardMin) j["hardMin"] = *a.hardMin;
+            if (a.hardMax) j["hardMax"] = *a.hardMax;
+            if (!a.items.empty()) j["items"] = a.items;
+            if (a.integer) j["integer"] = true;
+            inputs.push_back(j);
+        }
+        for (auto& out : op->Outputs())
+            outputs.push_back({{"id", out->id},
+                               {"type", out->typeId.empty() ? host::DataTypeName(out->dataType) : out->typeId}});
+        json tool{{"name", reg.name}, {"class", reg.className}, {"short", reg.shortName},
+                  {"category", reg.category}, {"help", reg.help}, {"inputs", inputs}, {"outputs", outputs}};
+        std::cout << tool.dump(2) << "\n";
+        return 0;
+    }
+    std::cout << reg.name << " (" << reg.className << ", " << reg.shortName << ") in " << reg.category << "\n";
+    if (!reg.help.empty()) std::cout << reg.help << "\n";
+    std::cout << "\nInputs\n";
+    std::vector<std::vector<std::string>> rows{
+        {"ID", "NAME", "TYPE", "CONTROL", "DEFAULT", "RANGE", "PAGE", "NOTES"}};
+    for (auto& in : op->Inputs()) {
+        if (in->attrs.nest) continue;
+        const auto& a = in->attrs;
+        std::string notes;
+        if (!a.items.empty()) {
+            for (size_t i = 0; i < a.items.size(); ++i) notes += (i ? ", " : "") + std::to_string(i) + " " + a.items[i];
+        }
+        if (!a.visible) notes += std::string(notes.empty() ? "" : "; ") + "hidden";
+        if (a.slots > 1) notes += std::string(notes.empty() ? "" : "; ") + std::to_string(a.slots) + " slots";
+        if (a.group >= 0) notes += std::string(notes.empty() ? "" : "; ") + "group " + std::to_string(a.group);
+        std::string control = host::ControlName(a.control);
+        if (a.integer) control += " (integer)";
+        rows.push_back({in->id, in->label, TypeName(*in), control, DefaultText(*in), Limits(*in), in->page, notes});
+    }
+    PrintTable(rows);
+    std::cout << "\nOutputs\n";
+    std::vector<std::vector<std::string>> outs{{"ID", "TYPE"}};
+    for (auto& out : op->Outputs())
+        outs.push_back({out->id, out->typeId.empty() ? host::DataTypeName(out->dataType) : out->typeId});
+    PrintTable(outs);
+    return 0;
+}
+
+namespace {
+
+int DepthChoice(const std::string& depth)
+{
+    if (depth.empty()) return 0;
+    if (depth == "int16") return 1;
+    if (depth == "float") return 2;
+    throw BadInput("--depth takes int16 or float, got '" + depth + "'");
+}
+
+void CheckNotAnInput(const std::string& output, const std::vector<std::string>& inputs)
+{
+    std::error_code ec;
+    for (auto& in : inputs)
+        if (fs::exists(in) && fs::equivalent(in, output, ec))
+            throw BadInput("output " + output + " would overwrite the input " + in);
+}
+
+}  // namespace
+
+int RunCommand(const RunOptions& o)
+{
+    const host::Registration& reg = ResolveTool(o.tool);
+    if (reg.hostTool) throw BadInput(reg.name + " is a flow tool: use it in a flow file");
+    const int depth = DepthChoice(o.depth);
+    host::Flow flow;
+    host::Flow::Node& node = flow.Add("tool", reg);
+    auto* source = dynamic_cast<host::SourceOperator*>(node.op.get());
+    if (!o.size.empty()) {
+        int w = 0, h = 0;
+        char extra = 0;
+        if (std::sscanf(o.size.c_str(), "%dx%d%c", &w, &h, &extra) != 2 || w < 1 || h < 1)
+            throw BadInput("--size takes WIDTHxHEIGHT, got '" + o.size + "'");
+        if (!source) throw BadInput(reg.name + " takes its size from its image: --size is for tools that make images");
+        flow.SetValue(node, source->widthInput, host::MakeNumber(w));
+        flow.SetValue(node, source->heightInput, host::MakeNumber(h));
+    }
+    if (source) source->floatDepth = depth == 2;
+
+    std::vector<std::string> files;
+    for (const std::string& a : o.assignments) {
+        const size_t eq = a.find('=');
+        if (eq == std::string::npos || eq == 0) throw BadInput("expected ID=VALUE, got '" + a + "'");
+        const std::string id = a.substr(0, eq), text = a.substr(eq + 1);
+        host::Input* in = ResolveInput(*node.op, reg.name, id);
+        if (in->attrs.control == host::Control::File && !fs::exists(text))
+            throw BadInput("file not found: " + text + " (input " + id + " of " + reg.name + ")");
+        if (in->attrs.dataType == DataType::Image || in->attrs.dataType == DataType::Mask ||
+            in->attrs.control == host::Control::File)
+            files.push_back(text);
+        flow.SetValue(node, in, ParseValue(*in, reg.name, text, depth), o.time);
+    }
+
+    const host::Output* main = node.op->MainOutput();
+    const bool makesImage = main && main->dataType == DataType::Image;
+    if (makesImage) {
+        if (o.output.empty()) throw BadInput(reg.name + " makes an image: give -o FILE");
+        if (!host::IsImageFileName(o.output))
+            throw BadInput("-o " + o.output + ": not an image file name (.exr, .tif, .png, .jpg, .dpx, ...)");
+        CheckNotAnInput(o.output, files);
+        const fs::path folder = fs::path(o.output).has_parent_path() ? fs::path(o.output).parent_path() : ".";
+        if (!fs::is_directory(folder)) throw BadInput("cannot write " + o.output + ": no folder " + folder.string());
+    }
+    flow.StartRender();
+    flow.BeginFrame();
+    if (makesImage) {
+        host::Value v = flow.Evaluate(node, main, o.time);
+        auto* image = dynamic_cast<const host::ImageValue*>(v.get());
+        if (!image || !image->image) throw BadInput(reg.name + " made no image: is its image input given?");
+        host::WriteImage(*image->image, o.output, host::FileDepth::Auto);
+        return 0;
+    }
+    const auto& outs = node.op->Outputs();
+    for (auto& out : outs) {
+        host::Value v = flow.Evaluate(node, out.get(), o.time);
+        const std::string text = v ? v->ToText() : "";
+        if (outs.size() == 1) std::cout << text << "\n";
+        else std::cout << out->id << " = " << text << "\n";
+    }
+    return 0;
+}
+
+namespace {
+
+// A progress line on a terminal: frames done, time per frame, time left.
+class Progress {
+public:
+    Progress(int total) : total_(total), shown_(isatty(STDERR_FILENO)), start_(Clock::now()) {}
+    void Frame(int done)
+    {
+        if (!shown_) return;
+        const double elapsed = std::chrono::duration<double>(Clock::now() - start_).count();
+        const double each = done ? elapsed / done : 0.0;
+        const int width = 30, filled = total_ ? width * done / total_ : width;
+        std::fprintf(stderr, "\r[%s%s] %d/%d frames  %.2f s/frame  %.1f s left ",
+                     std::string(filled, '#').c_str(), std::string(width - filled, '.').c_str(), done,
+                     total_, each, each * (total_ - done));
+        std::fflush(stderr);
+    }
+    void Done()
+    {
+        if (shown_) std::fprintf(stderr, "\n");
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    int total_;
+    bool shown_;
+    Clock::time_point start_;
+};
+
+}  // namespace
+
+int RenderCommand(const RenderOptions& o)
+{
+    if (o.threads < 0) throw BadInput("--threads takes a count of 1 or more");
+    if (o.threads > 0) host::SetThreadCount(o.threads);
+    std::unique_ptr<FlowFile> ff = LoadFlowFile(o.flow);
+    int first = 1, last = 1;
+    if (ff->frames) std::tie(first, last) = *ff->frames;
+    if (!o.frames.empty()) {
+        char extra = 0;
+        const int n = std::sscanf(o.frames.c_str(), "%d-%d%c", &first, &last, &extra);
+        if (n == 1) last = first;
+        else if (n != 2 || first > last) throw BadInput("--frames takes A-B with A <= B, got '" + o.frames + "'");
+    }
+    if (ff->savers.empty()) throw BadInput(o.flow + ": the flow has no Saver, so nothing would be written");
+    CheckFrames(*ff, first, last);
+
+    Progress progress(last - first + 1);
+    ff->flow.StartRender();
+    for (int frame = first; frame <= last; ++frame) {
+        ff->flow.BeginFrame();
+        try {
+            for (host::Flow::Node* saver : ff->savers) ff->flow.Evaluate(*saver, saver->op->MainOutput(), frame);
+        } catch (const BadInput& e) {
+            progress.Done();
+            throw BadInput("frame " + std::to_string(frame) + ": " + e.what());
+        }
+        progress.Frame(frame - first + 1);
+    }
+    progress.Done();
+    for (host::Flow::Node* saver : ff->savers) {
+        const std::string pattern = FileOf(*saver);
+        if (host::IsSequence(pattern))
+            std::cout << "wrote " << host::FramePath(pattern, first) << " .. " << host::FramePath(pattern, last) << "\n";
+        else
+            std::cout << "wrote " << pattern << "\n";
+    }
+    return 0;
+}
+
+}  // namespace app

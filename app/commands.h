@@ -1,0 +1,28 @@
+// The zelvarine commands; each returns the exit status or throws BadInput.
+#pragma once
+#include <string>
+#include <vector>
+
+namespace app {
+
+int ToolsCommand(bool json);
+int InfoCommand(const std::string& tool, bool json);
+
+struct RunOptions {
+    std::string tool;
+    std::vector<std::string> assignments;  // ID=VALUE
+    std::string output;
+    double time = 0.0;
+    std::string size;   // WxH
+    std::string depth;  // int16 or float
+};
+int RunCommand(const RunOptions& options);
+
+struct RenderOptions {
+    std::string flow;
+    std::string frames;  // A-B
+    int threads = 0;
+};
+int RenderCommand(const RenderOptions& options);
+
+}  // namespace app

@@ -1,0 +1,230 @@
+#include "app/flowfile.h"
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <nlohmann/json.hpp>
+#include "app/values.h"
+#include "host/errors.h"
+#include "host/imageio.h"
+
+namespace app {
+
+namespace fs = std::filesystem;
+using host::BadInput;
+using host::DataType;
+using json = nlohmann::ordered_json;
+
+namespace {
+
+std::string Where(const std::string& tool, const std::string& id)
+{
+    return "input " + id + " of tool " + tool;
+}
+
+std::string Kind(const json& v)
+{
+    if (v.is_number()) return "a number";
+    if (v.is_string()) return "a text";
+    if (v.is_array()) return "a list";
+    if (v.is_object()) return "an object";
+    if (v.is_boolean()) return "true or false";
+    return "null";
+}
+
+std::string Resolved(const FlowFile& ff, const std::string& file)
+{
+    if (file.empty() || fs::path(file).is_absolute()) return file;
+    return (fs::path(ff.folder) / file).lexically_normal().string();
+}
+
+double Time(const std::string& key, const std::string& where)
+{
+    char* end = nullptr;
+    double t = std::strtod(key.c_str(), &end);
+    if (key.empty() || *end) throw BadInput(where + ": key time '" + key + "' is not a number");
+    return t;
+}
+
+void SetInput(FlowFile& ff, host::Flow::Node& node, const std::string& id, const json& v)
+{
+    host::Input* in = ResolveInput(*node.op, node.name, id);
+    const std::string where = Where(node.name, id);
+    const DataType type = in->attrs.dataType;
+    auto expect = [&](const std::string& got) {
+        return BadInput(where + " expects " + DescribeType(*in) + ", got " + got);
+    };
+    if (v.is_object() && v.contains("from")) {
+        if (!v["from"].is_string()) throw BadInput(where + ": \"from\" names a tool as text");
+        std::string from = v["from"].get<std::string>(), outId;
+        host::Flow::Node* src = ff.flow.Find(from);
+        if (!src) {
+            const size_t dot = from.rfind('.');
+            if (dot != std::string::npos) {
+                outId = from.substr(dot + 1);
+                from = from.substr(0, dot);
+                src = ff.flow.Find(from);
+            }
+        }
+        if (!src) throw BadInput(where + " is connected to a missing tool: " + from);
+        const host::Output* out = outId.empty() ? src->op->MainOutput() : src->op->FindOutput(outId);
+        if (!out) throw BadInput(where + ": tool " + from + " has no output " + (outId.empty() ? "" : outId));
+        const bool image = type == DataType::Image || type == DataType::Mask;
+        const bool fits = image ? out->dataType == DataType::Image
+                        : type == DataType::Custom ? out->typeId == in->attrs.typeId
+                                                   : out->dataType == type;
+        if (!fits)
+            throw BadInput(where + " expects " + DescribeType(*in) + ", but " + from + "." + out->id +
+                           " gives " + (out->typeId.empty() ? std::string(host::DataTypeName(out->dataType))
+                                                            : out->typeId));
+        ff.flow.Connect(node, in, *src, out);
+        return;
+    }
+    if (v.is_object() && v.contains("keys")) {
+        const json& keys = v["keys"];
+        if (!keys.is_object() || keys.empty()) throw BadInput(where + ": \"keys\" maps times to values");
+        if (type == DataType::Number) {
+            std::map<double, double> k;
+            for (auto& [t, val] : keys.items()) {
+                if (!val.is_number()) throw expect(Kind(val) + " at key " + t);
+                k[Time(t, where)] = val.get<double>();
+            }
+            ff.flow.SetKeys(node, in, k);
+        } else if (type == DataType::Point) {
+            std::map<double, std::pair<double, double>> k;
+            for (auto& [t, val] : keys.items()) {
+                if (!val.is_array() || val.size() != 2 || !val[0].is_number() || !val[1].is_number())
+                    throw expect(Kind(val) + " at key " + t);
+                k[Time(t, where)] = {val[0].get<double>(), val[1].get<double>()};
+            }
+            ff.flow.SetPointKeys(node, in, k);
+        } else {
+            throw BadInput(where + " takes " + DescribeType(*in) + ", which cannot be keyed");
+        }
+        return;
+    }
+    switch (type) {
+    case DataType::Number:
+        if (v.is_boolean()) return ff.flow.SetValue(node, in, host::MakeNumber(v.get<bool>() ? 1.0 : 0.0));
+        if (!v.is_number()) throw expect(Kind(v));
+        return ff.flow.SetValue(node, in, host::MakeNumber(v.get<double>()));
+    case DataType::Point:
+        if (!v.is_array() || v.size() != 2 || !v[0].is_number() || !v[1].is_number()) throw expect(Kind(v));
+        return ff.flow.SetValue(node, in, host::MakePoint(v[0].get<double>(), v[1].get<double>()));
+    case DataType::Text: {
+        if (!v.is_string()) throw expect(Kind(v));
+        std::string text = v.get<std::string>();
+        if (in->attrs.control == host::Control::File) text = Resolved(ff, text);
+        return ff.flow.SetValue(node, in, host::MakeText(text));
+    }
+    default:
+        throw BadInput(where + " takes " + DescribeType(*in) + ": connect it with {\"from\": \"tool\"}");
+    }
+}
+
+}  // namespace
+
+std::string FileOf(const host::Flow::Node& node)
+{
+    host::Input* in = node.op->FindInput("File");
+    if (!in) return {};
+    auto* t = dynamic_cast<const host::Text*>(in->ValueAt(0).get());
+    return t ? t->value : std::string();
+}
+
+std::unique_ptr<FlowFile> LoadFlowFile(const std::string& path)
+{
+    if (!fs::exists(path)) throw BadInput("flow file not found: " + path);
+    std::ifstream file(path);
+    if (!file) throw BadInput("cannot read flow file " + path);
+    json root;
+    try {
+        root = json::parse(file);
+    } catch (const json::parse_error& e) {
+        throw BadInput("flow file " + path + " is not valid JSON: byte " + std::to_string(e.byte));
+    }
+    auto ff = std::make_unique<FlowFile>();
+    ff->path = path;
+    ff->folder = fs::path(path).parent_path().string();
+    if (!root.is_object()) throw BadInput(path + ": a flow is one JSON object");
+    for (auto& [key, _] : root.items())
+        if (key != "frames" && key != "tools") throw BadInput(path + ": unknown key \"" + key + "\"");
+    if (root.contains("frames")) {
+        const json& f = root["frames"];
+        if (!f.is_array() || f.size() != 2 || !f[0].is_number_integer() || !f[1].is_number_integer() ||
+            f[0].get<int>() > f[1].get<int>())
+            throw BadInput(path + ": \"frames\" is [first, last] with first <= last");
+        ff->frames = std::make_pair(f[0].get<int>(), f[1].get<int>());
+    }
+    if (!root.contains("tools") || !root["tools"].is_object() || root["tools"].empty())
+        throw BadInput(path + ": \"tools\" names at least one tool");
+    const json& tools = root["tools"];
+
+    // All tools first, so that connections may point at tools named later.
+    for (auto& [name, spec] : tools.items()) {
+        if (!spec.is_object() || !spec.contains("tool") || !spec["tool"].is_string())
+            throw BadInput("tool " + name + ": needs \"tool\" with a tool name");
+        const host::Registration& reg = ResolveTool(spec["tool"].get<std::string>());
+        host::Flow::Node& node = ff->flow.Add(name, reg);
+        if (reg.className == "Saver") ff->savers.push_back(&node);
+        if (reg.className == "Loader") ff->loaders.push_back(&node);
+    }
+    for (auto& [name, spec] : tools.items()) {
+        host::Flow::Node& node = *ff->flow.Find(name);
+        for (auto& [key, value] : spec.items()) {
+            if (key == "tool") continue;
+            if (key == "file") {
+                if (!node.op->FindInput("File") || !value.is_string())
+                    throw BadInput("tool " + name + ": \"file\" is a file name, for a Loader or Saver");
+                SetInput(*ff, node, "File", value);
+            } else if (key == "inputs") {
+                if (!value.is_object()) throw BadInput("tool " + name + ": \"inputs\" is an object");
+                for (auto& [id, v] : value.items()) SetInput(*ff, node, id, v);
+            } else {
+                throw BadInput("tool " + name + ": unknown key \"" + key + "\"");
+            }
+        }
+    }
+    for (host::Flow::Node* n : ff->loaders)
+        if (FileOf(*n).empty()) throw BadInput("Loader " + n->name + ": no file given");
+    for (host::Flow::Node* n : ff->savers) {
+        if (FileOf(*n).empty()) throw BadInput("Saver " + n->name + ": no file given");
+        if (!ff->flow.ConnectionOf(n->op->FindInput("Image")))
+            throw BadInput("Saver " + n->name + ": its Image input is not connected");
+    }
+    if (std::string cycle = ff->flow.FindCycle(); !cycle.empty())
+        throw BadInput("cycle in flow through tool " + cycle);
+    return ff;
+}
+
+void CheckFrames(const FlowFile& ff, int first, int last)
+{
+    std::set<std::string> inputs;
+    for (host::Flow::Node* n : ff.loaders) {
+        const std::string pattern = FileOf(*n);
+        const bool sequence = host::IsSequence(pattern);
+        for (int frame = first; frame <= (sequence ? last : first); ++frame) {
+            const std::string file = host::FramePath(pattern, frame);
+            if (!fs::exists(file))
+                throw BadInput(sequence ? "missing frame " + std::to_string(frame) + " of " + pattern + ": " + file
+                                        : "file not found: " + file);
+            host::CheckImageFile(file);
+            inputs.insert(fs::weakly_canonical(file).string());
+        }
+    }
+    for (host::Flow::Node* n : ff.savers) {
+        const std::string pattern = FileOf(*n);
+        if (!host::IsImageFileName(pattern))
+            throw BadInput("Saver " + n->name + ": not an image file name: " + pattern);
+        const fs::path folder = fs::path(pattern).has_parent_path() ? fs::path(pattern).parent_path() : ".";
+        if (!fs::is_directory(folder))
+            throw BadInput("Saver " + n->name + ": cannot write " + pattern + ": no folder " + folder.string());
+        for (int frame = first; frame <= last; ++frame) {
+            const std::string file = host::FramePath(pattern, frame);
+            if (inputs.count(fs::weakly_canonical(file).string()))
+                throw BadInput("Saver " + n->name + " would overwrite its input " + file);
+        }
+    }
+}
+
+}  // namespace app

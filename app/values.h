@@ -1,0 +1,26 @@
+// Turning outside text into tools and values: every failure is a BadInput
+// naming the tool, the input and what was expected.
+#pragma once
+#include <string>
+#include "host/operator.h"
+#include "host/registry.h"
+
+namespace app {
+
+// A tool by display name, class name or short name.
+const host::Registration& ResolveTool(const std::string& name);
+
+// The input `id` of `tool`, or BadInput listing what there is.
+host::Input* ResolveInput(host::Operator& op, const std::string& tool, const std::string& id);
+
+// A value for `input` from command-line text: a number, "x,y", a text, or an
+// image file name (read at once).
+host::Value ParseValue(const host::Input& input, const std::string& tool, const std::string& text,
+                       int depth);
+
+std::string DescribeType(const host::Input& input);
+
+// depth: 0 keep, 1 16-bit integer, 2 float.
+host::Image* ConvertDepth(host::Image* image, int depth);
+
+}  // namespace app

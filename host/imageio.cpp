@@ -1,0 +1,227 @@
+#include "host/imageio.h"
+#include <OpenImageIO/imageio.h>
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <filesystem>
+#include <regex>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+#include "host/errors.h"
+
+namespace host {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const std::regex& PrintfRun()
+{
+    static const std::regex re("%(0?)([0-9]*)d");
+    return re;
+}
+
+std::string Lower(std::string s)
+{
+    for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return s;
+}
+
+// The first line of a reader's message: the front ends show one line.
+std::string FirstLine(std::string message)
+{
+    const size_t nl = message.find('\n');
+    if (nl != std::string::npos) message.resize(nl);
+    return message.empty() ? "unknown error" : message;
+}
+
+// Some format libraries print their own complaints; a bad file must give one
+// line, ours. Standard error is closed to them while they work.
+class QuietStderr {
+public:
+    QuietStderr()
+    {
+        std::fflush(stderr);
+        saved_ = dup(STDERR_FILENO);
+        int null = open("/dev/null", O_WRONLY);
+        if (saved_ >= 0 && null >= 0) dup2(null, STDERR_FILENO);
+        if (null >= 0) close(null);
+    }
+    ~QuietStderr()
+    {
+        if (saved_ < 0) return;
+        dup2(saved_, STDERR_FILENO);
+        close(saved_);
+    }
+
+private:
+    int saved_ = -1;
+};
+
+std::string Padded(int frame, int width)
+{
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%0*d", width, frame);
+    return buf;
+}
+
+}  // namespace
+
+bool IsSequence(const std::string& pattern)
+{
+    return pattern.find('#') != std::string::npos || std::regex_search(pattern, PrintfRun());
+}
+
+std::string FramePath(const std::string& pattern, int frame)
+{
+    // The last run of '#' is the frame number: folders may hold others.
+    const size_t end = pattern.find_last_of('#');
+    if (end != std::string::npos) {
+        size_t begin = end;
+        while (begin > 0 && pattern[begin - 1] == '#') --begin;
+        return pattern.substr(0, begin) + Padded(frame, static_cast<int>(end - begin + 1)) +
+               pattern.substr(end + 1);
+    }
+    std::smatch m;
+    if (std::regex_search(pattern, m, PrintfRun())) {
+        const int width = m[2].length() ? std::stoi(m[2].str()) : 0;
+        return m.prefix().str() + Padded(frame, width) + m.suffix().str();
+    }
+    return pattern;
+}
+
+void CheckImageFile(const std::string& path)
+{
+    if (!fs::exists(path)) throw BadInput("file not found: " + path);
+    QuietStderr quiet;
+    auto in = OIIO::ImageInput::open(path);
+    if (!in) throw BadInput("cannot read image " + path + ": " + FirstLine(OIIO::geterror()));
+}
+
+bool IsImageFileName(const std::string& path)
+{
+    static const char* known[] = {".exr", ".tif", ".tiff", ".png", ".jpg", ".jpeg", ".dpx",
+                                  ".hdr", ".tga", ".bmp", ".sgi", ".rgb", ".pnm", ".ppm"};
+    const std::string ext = Lower(fs::path(path).extension().string());
+    return std::find(std::begin(known), std::end(known), ext) != std::end(known);
+}
+
+Image* ReadImage(const std::string& path)
+{
+    if (!fs::exists(path)) throw BadInput("file not found: " + path);
+    QuietStderr quiet;
+    auto in = OIIO::ImageInput::open(path);
+    if (!in) throw BadInput("cannot read image " + path + ": " + FirstLine(OIIO::geterror()));
+    const OIIO::ImageSpec& spec = in->spec();
+    if (spec.width <= 0 || spec.height <= 0 || spec.nchannels <= 0)
+        throw BadInput("cannot read image " + path + ": no pixels");
+    const OIIO::TypeDesc::BASETYPE base = static_cast<OIIO::TypeDesc::BASETYPE>(spec.format.basetype);
+    const bool isFloat = base == OIIO::TypeDesc::HALF || base == OIIO::TypeDesc::FLOAT ||
+                         base == OIIO::TypeDesc::DOUBLE;
+    const int nc = spec.nchannels;
+    ImageSpec is;
+    is.width = spec.width;
+    is.height = spec.height;
+    is.depth = isFloat ? DepthFloat32 : DepthInt16;
+    is.xAspect = spec.get_float_attribute("PixelAspectRatio", 1.0f);
+    if (!(is.xAspect > 0.0)) is.xAspect = 1.0;
+    // Read every channel in the image's own type, then spread to RGBA.
+    const size_t count = size_t(spec.width) * spec.height * nc;
+    std::vector<float> fpix;
+    std::vector<uint16_t> wpix;
+    bool ok;
+    if (isFloat) {
+        fpix.resize(count);
+        ok = in->read_image(0, 0, 0, nc, OIIO::TypeDesc::FLOAT, fpix.data());
+    } else {
+        wpix.resize(count);
+        ok = in->read_image(0, 0, 0, nc, OIIO::TypeDesc::UINT16, wpix.data());
+    }
+    if (!ok) throw BadInput("cannot read image " + path + ": " + FirstLine(in->geterror()));
+    int alpha = spec.alpha_channel;
+    if (alpha < 0 && (nc == 4 || nc == 2)) alpha = nc - 1;
+    const int colours = alpha >= 0 ? nc - 1 : nc;
+    Image* img = Image::New(is);
+    for (int y = 0; y < spec.height; ++y) {
+        for (int x = 0; x < spec.width; ++x) {
+            const size_t at = (size_t(y) * spec.width + x) * nc;
+            for (int c = 0; c < 4; ++c) {
+                int from;
+                if (c == 3) from = alpha;
+                else from = colours >= 3 ? c : 0;  // grey spreads to all three
+                if (isFloat) img->RowF(y)[4 * x + c] = from >= 0 ? fpix[at + from] : 1.0f;
+                else img->RowW(y)[4 * x + c] = from >= 0 ? wpix[at + from] : 65535;
+            }
+        }
+    }
+    return img;
+}
+
+void WriteImage(const Image& image, const std::string& path, FileDepth depth)
+{
+    if (!IsImageFileName(path)) throw BadInput("not an image file name: " + path);
+    const fs::path target(path);
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    if (!fs::is_directory(folder)) throw BadInput("cannot write " + path + ": no folder " + folder.string());
+    if (access(folder.c_str(), W_OK) != 0) throw BadInput("cannot write " + path + ": folder not writable");
+    if (fs::exists(target) && access(target.c_str(), W_OK) != 0)
+        throw BadInput("cannot write " + path + ": file not writable");
+
+    // The temporary keeps the extension so the writer picks the same format.
+    const fs::path temp = folder / ("." + target.stem().string() + ".tmp" +
+                                    std::to_string(getpid()) + target.extension().string());
+    QuietStderr quiet;
+    auto out = OIIO::ImageOutput::create(temp.string());
+    if (!out) throw BadInput("cannot write " + path + ": " + FirstLine(OIIO::geterror()));
+
+    OIIO::TypeDesc format;
+    switch (depth) {
+    case FileDepth::Int8: format = OIIO::TypeDesc::UINT8; break;
+    case FileDepth::Int16: format = OIIO::TypeDesc::UINT16; break;
+    case FileDepth::Half: format = OIIO::TypeDesc::HALF; break;
+    case FileDepth::Float: format = OIIO::TypeDesc::FLOAT; break;
+    default: format = image.IsFloat() ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::UINT16;
+    }
+    // Formats that lack the depth get their nearest: EXR has no 16-bit
+    // integers (half), PNG no floats (16-bit), JPEG only 8 bits.
+    const std::string fmt = out->format_name();
+    if (fmt == "openexr" && (format == OIIO::TypeDesc::UINT16 || format == OIIO::TypeDesc::UINT8))
+        format = OIIO::TypeDesc::HALF;
+    if ((fmt == "png" || fmt == "dpx") && (format == OIIO::TypeDesc::FLOAT || format == OIIO::TypeDesc::HALF))
+        format = OIIO::TypeDesc::UINT16;
+    if (fmt == "jpeg") format = OIIO::TypeDesc::UINT8;
+
+    const int channels = fmt == "jpeg" ? 3 : 4;
+    OIIO::ImageSpec spec(image.Width(), image.Height(), channels, format);
+    if (channels == 4) spec.alpha_channel = 3;
+    spec.attribute("PixelAspectRatio", static_cast<float>(image.XAspect() / image.YAspect()));
+    if (!out->open(temp.string(), spec)) {
+        std::error_code ec;
+        fs::remove(temp, ec);
+        throw BadInput("cannot write " + path + ": " + FirstLine(out->geterror()));
+    }
+    bool ok;
+    const OIIO::stride_t pixel = static_cast<OIIO::stride_t>(image.PixelBytes());
+    if (image.IsFloat())
+        ok = out->write_image(OIIO::TypeDesc::FLOAT, image.Row(0), pixel,
+                              static_cast<OIIO::stride_t>(image.RowBytes()));
+    else
+        ok = out->write_image(OIIO::TypeDesc::UINT16, image.Row(0), pixel,
+                              static_cast<OIIO::stride_t>(image.RowBytes()));
+    ok = out->close() && ok;
+    if (!ok) {
+        std::error_code ec;
+        fs::remove(temp, ec);
+        throw BadInput("cannot write " + path + ": " + FirstLine(out->geterror()));
+    }
+    std::error_code ec;
+    fs::rename(temp, target, ec);
+    if (ec) {
+        fs::remove(temp, ec);
+        throw BadInput("cannot write " + path + ": " + ec.message());
+    }
+}
+
+}  // namespace host

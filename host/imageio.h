@@ -1,0 +1,30 @@
+// Image files through OpenImageIO, and frame sequences named with '#' runs
+// (plate.####.exr) or printf patterns (plate.%04d.exr).
+#pragma once
+#include <string>
+#include "host/image.h"
+
+namespace host {
+
+// What a Saver writes: the input's own depth, or a chosen one.
+enum class FileDepth { Auto = 0, Int8 = 1, Int16 = 2, Half = 3, Float = 4 };
+
+bool IsSequence(const std::string& pattern);
+// The file of `frame`; a pattern without a frame number names one file for all frames.
+std::string FramePath(const std::string& pattern, int frame);
+
+// Reads a file: 8- and 16-bit files as 16-bit integer images, half and float
+// files as float images. Throws BadInput naming the file and what is wrong.
+Image* ReadImage(const std::string& path);
+
+// Opens the file's header: BadInput when it is missing or not an image.
+void CheckImageFile(const std::string& path);
+
+// Writes through a temporary name in the same folder and renames it when
+// complete, so a failed write leaves nothing behind. Throws BadInput.
+void WriteImage(const Image& image, const std::string& path, FileDepth depth);
+
+// True when the extension names an image format that can be written.
+bool IsImageFileName(const std::string& path);
+
+}  // namespace host

@@ -1,0 +1,61 @@
+// Loader: the host's own tool that reads an image file, or the frame of a
+// sequence that matches the request time.
+#include <cmath>
+#include "host/errors.h"
+#include "host/imageio.h"
+#include "host/operator.h"
+#include "host/registry.h"
+
+namespace host {
+
+namespace {
+
+class Loader : public ThreadedOperator {
+public:
+    Loader()
+    {
+        InputAttrs file;
+        file.dataType = DataType::Text;
+        file.control = Control::File;
+        file.defaultText = "";
+        fileInput = AddInput("File", "File", file);
+        output = AddOutput("Output", "Output", DataType::Image, 1);
+    }
+
+    void Process(Request& request) override
+    {
+        auto* text = dynamic_cast<const Text*>(request.GetInputData(fileInput).get());
+        if (!text || text->value.empty()) throw BadInput("Loader: no file given");
+        const int frame = static_cast<int>(std::lround(request.Time()));
+        const std::string path = FramePath(text->value, frame);
+        if (path != cachedPath) {
+            cached = std::make_shared<ImageValue>(ReadImage(path), false);
+            cachedPath = path;
+        }
+        request.SetOutputData(output, cached);
+    }
+
+private:
+    Input* fileInput;
+    Output* output;
+    std::string cachedPath;
+    Value cached;
+};
+
+[[maybe_unused]] const bool registered = [] {
+    Registration r;
+    r.creator = [] { return static_cast<Operator*>(new Loader); };
+    r.baseClass = "ThreadedOperator";
+    r.className = "Loader";
+    r.name = "Loader";
+    r.category = "Host";
+    r.shortName = "LD";
+    r.help = "Reads an image file or a frame of a sequence";
+    r.hostTool = true;
+    Registry::Get().Register(std::move(r));
+    return true;
+}();
+
+}  // namespace
+
+}  // namespace host
