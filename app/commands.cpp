@@ -104,7 +104,7 @@ int ToolsCommand(bool asJson)
 int InfoCommand(const std::string& name, bool asJson)
 {
     const host::Registration& reg = ResolveTool(name);
-    std::unique_ptr<host::Operator> op(reg.creator());
+    std::unique_ptr<host::Operator> op(host::CreateOperator(reg));
     if (asJson) {
         json inputs = json::array(), outputs = json::array();
         for (auto& in : op->Inputs()) {

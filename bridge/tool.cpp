@@ -461,10 +461,12 @@ void KTool::ApplyMessage(const KMessage& m, double time)
             op->SetVisible(in, show);
             if (p->flags & kFlagPreview) op->SetPreviewVisible(in, show);
         };
-        if (p->controlKind == kControlXYZ) {
+        // One control on screen may be several host inputs here: its group
+        // shows and hides together.
+        if (p->controlKind == kControlXYZ || p->controlKind == kControlColor ||
+            p->controlKind == kControlRange) {
             for (KInput* j = inputs.First(); j; j = j->Next())
-                if (j->parameter->group == p->group && j->parameter->controlKind == kControlXYZ)
-                    apply(j->hostInput);
+                if (j->parameter == p) apply(j->hostInput);
         } else {
             apply(k->hostInput);
         }

@@ -526,37 +526,58 @@ void KProcessImageInverse::DoJob(int32_t y, int32_t pass)
 template <class P> void KProcessImageInverse::PointRow(int32_t y, bool interpolated)
 {
     using A = RowAccess<P>;
-    typename A::T* out = A::Row(**target, y);
+    using T = typename A::T;
+    constexpr int32_t kChunk = 64;
+    T* out = A::Row(**target, y);
     const KImage* mask = settings.warpMask;
-    const typename A::T* maskRow = nullptr;
-    int32_t maskWidth = 0;
-    if (mask && y < mask->height && mask->IsFloat() == std::is_same_v<P, KPixelF>) {
-        maskRow = A::Row(*mask, y);
-        maskWidth = mask->width;
-    }
     const int32_t edges = settings.edges;
     const bool nearest = settings.filter == 0;
-    for (int32_t x = 0; x < width; ++x, out += 4) {
-        P p;
-        bool unmasked = mask && (x >= maskWidth || A::AlphaZero(maskRow + 4 * x));
-        if (unmasked && mask->IsFloat() != std::is_same_v<P, KPixelF>) {
-            KPixelF m;
-            mask->GetPixel(x, y, m, kEdgeBlack);
-            unmasked = m.a == 0.0f;
-        }
-        if (unmasked) {
-            source->GetPixel(x, y, p, edges);
-        } else {
+    // A chunk of pixels is mapped, then read in one call, then streamed out.
+    enum : uint8_t { kMapped, kFailed, kOwn };
+    uint8_t how[kChunk];
+    int32_t xy[2 * kChunk];
+    alignas(16) P got[kChunk];
+    for (int32_t x0 = 0; x0 < width; x0 += kChunk) {
+        const int32_t m = std::min(kChunk, width - x0);
+        for (int32_t i = 0; i < m; ++i) {
+            const int32_t x = x0 + i;
+            if (mask) {
+                KPixelF a;
+                mask->GetPixel(x, y, a, kEdgeBlack);
+                if (a.a == 0.0f) {
+                    how[i] = kOwn;
+                    xy[2 * i] = x << 16;
+                    xy[2 * i + 1] = y << 16;
+                    continue;
+                }
+            }
             KPosition s;
-            bool ok = interpolated ? GridAt(static_cast<float>(x), static_cast<float>(y), s)
-                                   : Map(static_cast<float>(x), static_cast<float>(y), s);
-            if (!ok) p = P{};
-            else if (nearest)
-                source->GetPixel(static_cast<int32_t>(s.x), static_cast<int32_t>(s.y), p, edges);
-            else source->SamplePixel(s.x, s.y, p, edges);
+            const bool ok = interpolated ? GridAt(static_cast<float>(x), static_cast<float>(y), s)
+                                         : Map(static_cast<float>(x), static_cast<float>(y), s);
+            how[i] = ok ? kMapped : kFailed;
+            xy[2 * i] = ok ? KFixed(s.x) : 0;
+            xy[2 * i + 1] = ok ? KFixed(s.y) : 0;
         }
-        A::Store(out, p);
+        if (nearest) {
+            // Nearest reads truncate the mapped position.
+            for (int32_t i = 0; i < m; ++i) {
+                if (how[i] == kFailed) continue;
+                const float sx = xy[2 * i] / 65536.0f, sy = xy[2 * i + 1] / 65536.0f;
+                source->GetPixel(static_cast<int32_t>(sx), static_cast<int32_t>(sy), got[i], edges);
+            }
+        } else {
+            source->SamplePixels(xy, m, got, edges);
+        }
+        alignas(16) T done[kChunk * 4];
+        for (int32_t i = 0; i < m; ++i) {
+            P p{};
+            if (how[i] == kOwn) source->GetPixel(x0 + i, y, p, edges);
+            else if (how[i] == kMapped) p = got[i];
+            A::Store(done + 4 * i, p);
+        }
+        KStreamCopy(out + 4 * x0, done, size_t(m) * 4 * sizeof(T));
     }
+    KStreamFence();
 }
 
 template <class P> void KProcessImageInverse::AreaRow(int32_t y, bool interpolated)
@@ -600,7 +621,9 @@ template <class P> void KProcessImageInverse::AreaRow(int32_t y, bool interpolat
 KProcessImage* KCreateProcess(KEffect* effect, KImage* source, KImage** target,
                               const KRenderSettings& settings)
 {
-    auto* e = static_cast<KEffectImage*>(effect);
+    // Only image families have a process; any other effect is not a KEffectImage.
+    auto* e = dynamic_cast<KEffectImage*>(effect);
+    if (!e) return nullptr;
     switch (effect->GetFamily()) {
     case kFamilyColor: return new KProcessImageColor(source, target, e, settings);
     case kFamilyWarp: return new KProcessImageInverse(source, target, e, settings);

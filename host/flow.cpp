@@ -8,8 +8,7 @@ Flow::Node& Flow::Add(const std::string& name, const Registration& registration)
     auto node = std::make_unique<Node>();
     node->name = name;
     node->registration = &registration;
-    node->op.reset(registration.creator());
-    node->op->registration = &registration;
+    node->op.reset(CreateOperator(registration));
     nodes_.push_back(std::move(node));
     return *nodes_.back();
 }

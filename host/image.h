@@ -103,6 +103,11 @@ public:
     void SamplePixelW(int32_t x, int32_t y, float out[4]) const { SamplePixel(x, y, EdgeWrap, out); }
     void SamplePixelD(int32_t x, int32_t y, float out[4]) const { SamplePixel(x, y, EdgeDuplicate, out); }
 
+    // Many sub-pixel reads at once: `xy` holds n pairs of 16.16 coordinates.
+    // Same results as SamplePixel, one call per row instead of per pixel.
+    void SamplePixels(const int32_t* xy, int n, Edge edge, uint32_t* out) const;
+    void SamplePixels(const int32_t* xy, int n, Edge edge, float* out) const;
+
     // Mean over the quadrilateral given as four 16.16 corner pairs (x0 y0 .. x3 y3),
     // taken over its bounding box, at least one pixel wide and high.
     void SampleArea(const int32_t quad[8], Edge edge, uint32_t out[4]) const;

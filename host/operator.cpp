@@ -1,6 +1,7 @@
 #include "host/operator.h"
 #include <cmath>
 #include <iterator>
+#include "host/registry.h"
 #include "host/threads.h"
 
 namespace host {
@@ -225,6 +226,15 @@ void Operator::SetInputValue(Input* input, Value value, double time)
 void Operator::DoMultiProcess(Request&, int jobs)
 {
     host::DoMultiProcess(jobs, [this](int job) { MultiProcess(job); });
+}
+
+Operator* CreateOperator(const Registration& registration)
+{
+    Operator* op = registration.creator();
+    op->registration = &registration;
+    for (auto& in : op->Inputs())
+        if (in->attrs.notify) op->NotifyChanged(in.get(), in->ValueAt(0.0).get(), 0.0);
+    return op;
 }
 
 SourceOperator::SourceOperator()

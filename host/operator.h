@@ -182,6 +182,11 @@ private:
 
 class ThreadedOperator : public Operator {};
 
+// Creates a registered tool as a host does: the operator, then one change
+// notice per notifying input with its starting value, so that its controls
+// show and hide as they will once values change.
+Operator* CreateOperator(const Registration& registration);
+
 // An operator that makes an image from nothing: it has "Width" and "Height"
 // inputs and the geometry of the picture it is asked for.
 class SourceOperator : public ThreadedOperator {

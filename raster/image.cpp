@@ -37,7 +37,6 @@ inline host::Edge HostEdge(int32_t edges)
          : edges == kEdgeDuplicate ? host::EdgeDuplicate : host::EdgeBlack;
 }
 
-inline int32_t Fixed(float v) { return static_cast<int32_t>(v * 65536.0f); }
 
 }  // namespace
 
@@ -183,7 +182,7 @@ void KImage::SamplePixel(float x, float y, KPixel& out, int32_t edges) const
         KToInt(f, out);
         return;
     }
-    image->SamplePixel(Fixed(x), Fixed(y), HostEdge(edges), &out.r);
+    image->SamplePixel(KFixed(x), KFixed(y), HostEdge(edges), &out.r);
 }
 
 void KImage::SamplePixel(float x, float y, KPixelF& out, int32_t edges) const
@@ -194,7 +193,29 @@ void KImage::SamplePixel(float x, float y, KPixelF& out, int32_t edges) const
         KToFloat(p, out);
         return;
     }
-    image->SamplePixel(Fixed(x), Fixed(y), HostEdge(edges), &out.r);
+    image->SamplePixel(KFixed(x), KFixed(y), HostEdge(edges), &out.r);
+}
+
+void KImage::SamplePixels(const int32_t* xy, int32_t n, KPixel* out, int32_t edges) const
+{
+    if (IsFloat()) {
+        for (int32_t i = 0; i < n; ++i)
+            SamplePixel(xy[2 * i] / 65536.0f, xy[2 * i + 1] / 65536.0f, out[i], edges);
+        return;
+    }
+    static_assert(sizeof(KPixel) == 4 * sizeof(uint32_t));
+    image->SamplePixels(xy, n, HostEdge(edges), &out[0].r);
+}
+
+void KImage::SamplePixels(const int32_t* xy, int32_t n, KPixelF* out, int32_t edges) const
+{
+    if (!IsFloat()) {
+        for (int32_t i = 0; i < n; ++i)
+            SamplePixel(xy[2 * i] / 65536.0f, xy[2 * i + 1] / 65536.0f, out[i], edges);
+        return;
+    }
+    static_assert(sizeof(KPixelF) == 4 * sizeof(float));
+    image->SamplePixels(xy, n, HostEdge(edges), &out[0].r);
 }
 
 void KImage::SampleArea(const float c[8], KPixel& out, int32_t edges) const
@@ -206,7 +227,7 @@ void KImage::SampleArea(const float c[8], KPixel& out, int32_t edges) const
         return;
     }
     int32_t q[8];
-    for (int i = 0; i < 8; ++i) q[i] = Fixed(c[i]);
+    for (int i = 0; i < 8; ++i) q[i] = KFixed(c[i]);
     image->SampleArea(q, HostEdge(edges), &out.r);
 }
 
@@ -219,7 +240,7 @@ void KImage::SampleArea(const float c[8], KPixelF& out, int32_t edges) const
         return;
     }
     int32_t q[8];
-    for (int i = 0; i < 8; ++i) q[i] = Fixed(c[i]);
+    for (int i = 0; i < 8; ++i) q[i] = KFixed(c[i]);
     image->SampleArea(q, HostEdge(edges), &out.r);
 }
 

@@ -58,6 +58,9 @@ public:
     // Sub-pixel reads, the coordinates taken to 16.16 fixed point by truncation.
     void SamplePixel(float x, float y, KPixel& out, int32_t edges) const;
     void SamplePixel(float x, float y, KPixelF& out, int32_t edges) const;
+    // Sub-pixel reads of n positions given as 16.16 pairs, one call per row.
+    void SamplePixels(const int32_t* xy, int32_t n, KPixel* out, int32_t edges) const;
+    void SamplePixels(const int32_t* xy, int32_t n, KPixelF* out, int32_t edges) const;
     // Area read over the quadrilateral (x0,y0)..(x3,y3), corners given as 8 floats.
     void SampleArea(const float corners[8], KPixel& out, int32_t edges) const;
     void SampleArea(const float corners[8], KPixelF& out, int32_t edges) const;

@@ -66,6 +66,16 @@ inline void KToInt(const KPixelF& in, KPixel& out)
     out.a = KFloatToInt(in.a);
 }
 
+// A coordinate at 16.16 fixed point: the float times 65536, truncated.
+// Positions far outside any picture (and NaN) are held at the ends of the
+// range, where every edge mode still gives a defined pixel.
+inline int32_t KFixed(float v)
+{
+    if (!(v > -32767.0f)) return -32767 * 65536;
+    if (!(v < 32767.0f)) return 32767 * 65536;
+    return static_cast<int32_t>(v * 65536.0f);
+}
+
 // The integer scale rule: channel c times weight f (both 0..65535), rounded.
 inline uint32_t KScaleInt(uint32_t c, uint32_t f)
 {

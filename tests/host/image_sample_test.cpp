@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <vector>
 #include <array>
 #include <memory>
 #include "host/image.h"
@@ -174,6 +175,35 @@ TEST(HostSampleArea, TableAndDirectPathsAgree)
                 direct->SampleArea(q, e, a.data());
                 table->SampleArea(q, e, b.data());
                 for (int c = 0; c < 4; ++c) ASSERT_NEAR(a[c], b[c], 1e-5) << "edge " << e << ", case " << i;
+            }
+        }
+    }
+}
+
+TEST(HostSamplePixel, RowReadsEqualSingleReads)
+{
+    uint32_t seed = 777;
+    auto next = [&] { return seed = seed * 1664525u + 1013904223u; };
+    for (bool isFloat : {false, true}) {
+        auto value = [&](int, int, int) { return isFloat ? (next() >> 16) / 8192.0 - 2.0 : next() >> 16; };
+        Img img = Make(11, 7, isFloat, value);
+        constexpr int n = 500;
+        std::vector<int32_t> xy(2 * n);
+        for (int i = 0; i < 2 * n; ++i) xy[i] = static_cast<int32_t>(next() % (20u << 16)) - (4 << 16);
+        for (host::Edge e : {EdgeBlack, EdgeWrap, EdgeDuplicate}) {
+            std::vector<float> f(4 * n);
+            std::vector<uint32_t> w(4 * n);
+            img->SamplePixels(xy.data(), n, e, f.data());
+            img->SamplePixels(xy.data(), n, e, w.data());
+            for (int i = 0; i < n; ++i) {
+                float one[4];
+                uint32_t wone[4];
+                img->SamplePixel(xy[2 * i], xy[2 * i + 1], e, one);
+                img->SamplePixel(xy[2 * i], xy[2 * i + 1], e, wone);
+                for (int c = 0; c < 4; ++c) {
+                    ASSERT_EQ(f[4 * i + c], one[c]) << "edge " << e << " read " << i;
+                    ASSERT_EQ(w[4 * i + c], wone[c]) << "edge " << e << " read " << i;
+                }
             }
         }
     }

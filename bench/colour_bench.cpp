@@ -1,0 +1,121 @@
+// Colour tools over a UHD plate through their processes, threaded as the
+// bridge runs them, against the memcpy floor and the nearest ImageBufAlgo
+// operation on the same pixels and thread count:
+//   Invert          ImageBufAlgo::invert
+//   Hue/Saturation  ImageBufAlgo::saturate (an RGB saturation scale)
+//   Threshold       ImageBufAlgo::contrast_remap with black == white (a hard threshold)
+#include <OpenImageIO/imagebuf.h>
+#include <OpenImageIO/imagebufalgo.h>
+#include <memory>
+#include "bridge/operator.h"
+#include "framework/process.h"
+#include "support.h"
+
+using namespace zvbench;
+
+namespace {
+
+// A registered tool's effect, its fields set through its declarations.
+struct Tool {
+    explicit Tool(const char* className)
+        : op(host::Registry::Get().FindClass(className)->creator()),
+          effect(static_cast<KEffectImage*>(static_cast<ZV_ThreadedOperator*>(op.get())->Effect()))
+    {
+    }
+    template <class T> void Set(uint32_t id, T v)
+    {
+        *static_cast<T*>(effect->inputList.Find(id)->field) = v;
+    }
+
+    std::unique_ptr<host::Operator> op;
+    KEffectImage* effect;
+};
+
+void RunProcess(KEffectImage& effect, KImage* source, KImage*& target, const KRenderSettings& s)
+{
+    effect.settings = s;
+    KProcessImage* p = KCreateProcess(&effect, source, &target, s);
+    KRunPasses(*p, [](int32_t jobs, const std::function<void(int32_t)>& job) {
+        host::DoMultiProcess(jobs, job);
+    });
+    delete p;
+}
+
+// The image's own pixels as an ImageBuf, without a copy.
+OIIO::ImageBuf Wrap(const KImage& img)
+{
+    OIIO::ImageSpec spec(img.width, img.height, 4,
+                         img.IsFloat() ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::UINT16);
+    return OIIO::ImageBuf(spec, img.RowW(0), OIIO::AutoStride,
+                          static_cast<OIIO::stride_t>(img.RowBytes()));
+}
+
+enum Which { kInvert, kHueSaturation, kThreshold };
+
+void BM_Colour(benchmark::State& state, Which which)
+{
+    const bool isFloat = state.range(0) != 0;
+    const int threads = static_cast<int>(state.range(1));
+    Threads pool(threads);
+    std::unique_ptr<KImage> source(Plate(isFloat));
+    KImage* target = source->CreateLike();
+    KRenderSettings s;
+    s.depth = isFloat ? 2 : 1;
+
+    std::unique_ptr<Tool> tool;
+    std::function<bool(OIIO::ImageBuf&, const OIIO::ImageBuf&)> reference;
+    switch (which) {
+    case kInvert:
+        tool = std::make_unique<Tool>("ZV_Invert");
+        reference = [&](OIIO::ImageBuf& d, const OIIO::ImageBuf& a) {
+            return OIIO::ImageBufAlgo::invert(d, a, {}, threads);
+        };
+        break;
+    case kHueSaturation:
+        tool = std::make_unique<Tool>("ZV_HueSaturation");
+        tool->Set("sHue"_id, 0.1f);
+        tool->Set("sSaM"_id, 1.2f);
+        tool->Set("sLig"_id, 0.05f);
+        reference = [&](OIIO::ImageBuf& d, const OIIO::ImageBuf& a) {
+            return OIIO::ImageBufAlgo::saturate(d, a, 1.2f, 0, {}, threads);
+        };
+        break;
+    case kThreshold:
+        tool = std::make_unique<Tool>("ZV_Threshold");
+        tool->Set("SoRe"_id, 0.3f);
+        tool->Set("ReRe"_id, 2.5f);
+        tool->Set("RePR"_id, true);
+        reference = [&](OIIO::ImageBuf& d, const OIIO::ImageBuf& a) {
+            return OIIO::ImageBufAlgo::contrast_remap(d, a, 0.5f, 0.5f, 0.0f, 1.0f, 1.0f, 0.5f,
+                                                      {}, threads);
+        };
+        break;
+    }
+
+    OIIO::ImageBuf a = Wrap(*source), d = Wrap(*target);
+    reference(d, a);  // warm
+    double oiio = 0.0;
+    constexpr int kRuns = 5;
+    for (int i = 0; i < kRuns; ++i) oiio += Seconds([&] { reference(d, a); });
+    oiio /= kRuns;
+
+    Measure(state, *source, *target, [&] { RunProcess(*tool->effect, source.get(), target, s); });
+    const double mean = state.counters["x_floor"].value * state.counters["floor_ms"].value * 1e-3;
+    state.counters["oiio_ms"] = oiio * 1e3;
+    state.counters["x_oiio"] = mean / oiio;
+    delete target;
+}
+
+void Args(benchmark::internal::Benchmark* b)
+{
+    b->ArgNames({"float", "threads"});
+    for (int f : {0, 1})
+        for (int t : {1, 2}) b->Args({f, t});
+    b->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5);
+}
+
+}  // namespace
+
+BENCHMARK_CAPTURE(BM_Colour, Invert, kInvert)->Apply(Args);
+BENCHMARK_CAPTURE(BM_Colour, HueSaturation, kHueSaturation)->Apply(Args);
+BENCHMARK_CAPTURE(BM_Colour, Threshold, kThreshold)->Apply(Args);

@@ -1,0 +1,96 @@
+// Small vectors and matrices shared by warps, shapes and 3D tools.
+// Matrix3f is row-major and maps (x, y, 1); its building steps apply in the
+// order they are called: m.Translate(a).Rotate(b) moves a point by a, then turns it.
+#pragma once
+#include <cmath>
+
+struct Vector2f {
+    float x = 0.0f, y = 0.0f;
+    Vector2f operator+(Vector2f o) const { return {x + o.x, y + o.y}; }
+    Vector2f operator-(Vector2f o) const { return {x - o.x, y - o.y}; }
+    Vector2f operator*(float k) const { return {x * k, y * k}; }
+    float Dot(Vector2f o) const { return x * o.x + y * o.y; }
+    float Length() const { return std::sqrt(x * x + y * y); }
+};
+
+struct Vector3f {
+    float x = 0.0f, y = 0.0f, z = 0.0f;
+};
+
+struct Matrix3f {
+    float m[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+
+    static Matrix3f Identity() { return {}; }
+
+    // this = a * b: b applies first.
+    static Matrix3f Product(const Matrix3f& a, const Matrix3f& b)
+    {
+        Matrix3f r;
+        for (int i = 0; i < 3; ++i)
+            for (int j = 0; j < 3; ++j)
+                r.m[i][j] = a.m[i][0] * b.m[0][j] + a.m[i][1] * b.m[1][j] + a.m[i][2] * b.m[2][j];
+        return r;
+    }
+    // Applies `step` after what the matrix already does.
+    Matrix3f& Then(const Matrix3f& step)
+    {
+        *this = Product(step, *this);
+        return *this;
+    }
+    Matrix3f& Translate(float tx, float ty)
+    {
+        Matrix3f t;
+        t.m[0][2] = tx;
+        t.m[1][2] = ty;
+        return Then(t);
+    }
+    // Rows (cos a, -sin a), (sin a, cos a).
+    Matrix3f& Rotate(float a)
+    {
+        Matrix3f r;
+        const float c = std::cos(a), s = std::sin(a);
+        r.m[0][0] = c;
+        r.m[0][1] = -s;
+        r.m[1][0] = s;
+        r.m[1][1] = c;
+        return Then(r);
+    }
+    Matrix3f& Scale(float sx, float sy)
+    {
+        Matrix3f s;
+        s.m[0][0] = sx;
+        s.m[1][1] = sy;
+        return Then(s);
+    }
+    // The inverse; a singular matrix gives the identity.
+    Matrix3f Inverted() const
+    {
+        const float (&a)[3][3] = m;
+        const float c00 = a[1][1] * a[2][2] - a[1][2] * a[2][1];
+        const float c01 = a[1][2] * a[2][0] - a[1][0] * a[2][2];
+        const float c02 = a[1][0] * a[2][1] - a[1][1] * a[2][0];
+        const float det = a[0][0] * c00 + a[0][1] * c01 + a[0][2] * c02;
+        if (det == 0.0f) return {};
+        const float k = 1.0f / det;
+        Matrix3f r;
+        r.m[0][0] = c00 * k;
+        r.m[0][1] = (a[0][2] * a[2][1] - a[0][1] * a[2][2]) * k;
+        r.m[0][2] = (a[0][1] * a[1][2] - a[0][2] * a[1][1]) * k;
+        r.m[1][0] = c01 * k;
+        r.m[1][1] = (a[0][0] * a[2][2] - a[0][2] * a[2][0]) * k;
+        r.m[1][2] = (a[0][2] * a[1][0] - a[0][0] * a[1][2]) * k;
+        r.m[2][0] = c02 * k;
+        r.m[2][1] = (a[0][1] * a[2][0] - a[0][0] * a[2][1]) * k;
+        r.m[2][2] = (a[0][0] * a[1][1] - a[0][1] * a[1][0]) * k;
+        return r;
+    }
+    // Maps a point, dividing by the third component when it is not 0.
+    Vector2f Apply(Vector2f p) const
+    {
+        const float x = m[0][0] * p.x + m[0][1] * p.y + m[0][2];
+        const float y = m[1][0] * p.x + m[1][1] * p.y + m[1][2];
+        const float w = m[2][0] * p.x + m[2][1] * p.y + m[2][2];
+        if (w != 0.0f && w != 1.0f) return {x / w, y / w};
+        return {x, y};
+    }
+};

@@ -1,0 +1,99 @@
+// Helpers of the colour tools' tests: a registered tool's effect driven
+// through its process on one row of pixels, and the same tool in a flow.
+#pragma once
+#include <gtest/gtest.h>
+#include <memory>
+#include <vector>
+#include "bridge/operator.h"
+#include "host/flow.h"
+#include "host/image.h"
+#include "support.h"
+
+namespace zvcolour {
+
+template <class P> constexpr bool kIsFloat = std::is_same_v<P, KPixelF>;
+
+// One row image of the given pixels, and its pixels read back.
+template <class P> KImage* Row(const std::vector<P>& pixels)
+{
+    KImage* img = KImage::Create(static_cast<int32_t>(pixels.size()), 1, kIsFloat<P>);
+    for (size_t x = 0; x < pixels.size(); ++x) img->SetPixel(static_cast<int32_t>(x), 0, pixels[x]);
+    return img;
+}
+
+template <class P> std::vector<P> Pixels(const KImage& img)
+{
+    std::vector<P> out(img.width);
+    for (int32_t x = 0; x < img.width; ++x) img.GetPixel(x, 0, out[x], kEdgeBlack);
+    return out;
+}
+
+// An operator of a registered class. Its effect's fields are reached through
+// the declarations, as the bridge reaches them.
+struct Tool {
+    explicit Tool(const char* className)
+        : op(host::Registry::Get().FindClass(className)->creator()),
+          effect(static_cast<KEffectColor*>(static_cast<ZV_ThreadedOperator*>(op.get())->Effect()))
+    {
+    }
+
+    template <class T> T& Field(uint32_t id)
+    {
+        KParameter* p = effect->inputList.Find(id);
+        if (!p) ADD_FAILURE() << "no declaration " << std::hex << id;
+        return *static_cast<T*>(p->field);
+    }
+
+    const host::Input& In(const char* id) const
+    {
+        const host::Input* in = op->FindInput(id);
+        if (!in) ADD_FAILURE() << "no input " << id;
+        return *in;
+    }
+
+    // The pixels through the effect's process, serial or threaded.
+    template <class P> std::vector<P> Run(const std::vector<P>& pixels, bool threaded = false)
+    {
+        std::unique_ptr<KImage> in(Row(pixels));
+        std::unique_ptr<KImage> out(
+            zvtest::RunEffect(*effect, in.get(), zvtest::Settings(kIsFloat<P>), threaded));
+        return Pixels<P>(*out);
+    }
+    template <class P> P Run(const P& pixel) { return Run(std::vector<P>{pixel})[0]; }
+
+    std::unique_ptr<host::Operator> op;
+    KEffectColor* effect;
+};
+
+// A tool in a flow, fed one constant image.
+struct Flow {
+    Flow(const char* className, KImage* image)
+        : plate(image), node(flow.Add("tool", *host::Registry::Get().FindClass(className)))
+    {
+        flow.SetValue(node, Input("Image"), host::MakeImage(plate->HostImage()));
+    }
+
+    host::Input* Input(const char* id)
+    {
+        host::Input* in = node.op->FindInput(id);
+        if (!in) ADD_FAILURE() << "no input " << id;
+        return in;
+    }
+    void Set(const char* id, double v) { flow.SetValue(node, Input(id), host::MakeNumber(v)); }
+    bool Visible(const char* id) { return Input(id)->attrs.visible; }
+
+    template <class P> std::vector<P> Render(double time = 0.0)
+    {
+        flow.BeginFrame();
+        host::Value v = flow.Evaluate(node, node.op->MainOutput(), time);
+        std::unique_ptr<KImage> out(
+            KImage::Wrap(static_cast<const host::ImageValue*>(v.get())->image, false));
+        return Pixels<P>(*out);
+    }
+
+    std::unique_ptr<KImage> plate;
+    host::Flow flow;
+    host::Flow::Node& node;
+};
+
+}  // namespace zvcolour

@@ -1,0 +1,124 @@
+#include <vector>
+#include "position_support.h"
+
+using namespace zvposition;
+
+namespace {
+
+using Positions = std::vector<int32_t>;
+
+// A ramp from 0 to 1 along x, or down y, in red and green; blue 0, alpha full.
+KImage* Ramp(int32_t n, bool isFloat, bool down = false)
+{
+    const int32_t w = down ? 16 : n, h = down ? n : 3;
+    KImage* img = KImage::Create(w, h, isFloat);
+    for (int32_t y = 0; y < h; ++y)
+        for (int32_t x = 0; x < w; ++x) {
+            const int32_t i = down ? y : x;
+            const uint32_t v = static_cast<uint32_t>(i) * 65535u / static_cast<uint32_t>(n - 1);
+            if (isFloat) img->SetPixel(x, y, KPixelF{i / float(n - 1), i / float(n - 1), 0, 1});
+            else img->SetPixel(x, y, KPixel{v, v, 0, 65535});
+        }
+    return img;
+}
+
+struct Contour : Tool {
+    Contour() : Tool("ZV_Contour") {}
+    // Samples half a pixel each way on an n pixel wide picture.
+    void HalfPixel(int32_t n) { Field<float>("CoWH"_id) = 1.0f / static_cast<float>(n); }
+    // The places along the ramp where channel c is full; all others must be 0.
+    Positions Lines(KImage* img, int32_t c = 0, bool down = false)
+    {
+        std::unique_ptr<KImage> out(Run(img));
+        Positions at;
+        for (int32_t i = 0; i < (down ? img->height : img->width); ++i) {
+            const float v = At<KPixelF>(*out, down ? 1 : i, down ? i : 1)[c];
+            if (v == 1.0f) at.push_back(i);
+            else EXPECT_EQ(v, 0.0f);
+        }
+        return at;
+    }
+};
+
+TEST(ContourDeclarations, ControlsAndLocks)
+{
+    Flow f("ZV_Contour");
+    EXPECT_EQ(*f.Input("Width")->attrs.softMax, 0.1f);
+    EXPECT_EQ(f.Input("ThresholdAlpha")->attrs.control, host::Control::Screw);
+    EXPECT_EQ(*f.Input("LevelsBlue")->attrs.softMax, 20.0);
+    EXPECT_NE(f.Input("KSup"), nullptr);
+    f.Set("Lockhorizontalandverticalwidth", 1);
+    f.Set("Lockthresholdforallchannels", 1);
+    f.Set("Locklevelsforallchannels", 1);
+    for (const char* id : {"WidthVertical", "ThresholdGreen", "ThresholdBlue", "ThresholdAlpha",
+                           "LevelsGreen", "LevelsBlue", "LevelsAlpha"})
+        EXPECT_FALSE(f.Input(id)->attrs.visible) << id;
+    EXPECT_TRUE(f.Input("Threshold")->attrs.visible);
+    f.Set("Lockthresholdforallchannels", 0);
+    EXPECT_TRUE(f.Input("ThresholdBlue")->attrs.visible);
+}
+
+TEST(ContourLines, ThresholdAndTwoStepsEitherSideAtBothDepths)
+{
+    Contour t;
+    t.HalfPixel(16);
+    // 4369 a pixel, threshold 32767, steps of 13107: the threshold and 2 steps off it.
+    std::unique_ptr<KImage> ints(Ramp(16, false));
+    EXPECT_EQ(t.Lines(ints.get()), (Positions{1, 7, 13}));
+    EXPECT_EQ(t.Lines(ints.get(), 2), Positions{});  // flat channels never cross
+    EXPECT_EQ(t.Lines(ints.get(), 3), Positions{});
+    t.HalfPixel(17);  // 1/16 a pixel, threshold 0.5, steps of 0.2
+    std::unique_ptr<KImage> floats(Ramp(17, true));
+    EXPECT_EQ(t.Lines(floats.get()), (Positions{2, 8, 14}));
+}
+
+TEST(ContourLines, FromTheFifthStepTheWaveKeepsItsFirstOffsets)
+{
+    Contour t;
+    t.HalfPixel(201);
+    t.Field<float>("CoLR"_id) = 20.0f;  // steps of 0.05, ten pixels
+    std::unique_ptr<KImage> ramp(Ramp(201, true));
+    // Crossings 0, 2, 4, 5, 8 and 9 steps from the threshold.
+    EXPECT_EQ(t.Lines(ramp.get()), (Positions{10, 20, 50, 60, 80, 100, 120, 140, 150, 180, 190}));
+    t.Field<float>("CoLR"_id) = 0.0f;  // no step: nothing crosses
+    EXPECT_EQ(t.Lines(ramp.get()), Positions{});
+}
+
+TEST(ContourLines, LocksCopyTheFirstChannelAndWidth)
+{
+    Contour t;
+    t.HalfPixel(16);
+    t.Field<float>("CoTR"_id) = 0.25f;
+    t.Field<float>("CoLR"_id) = 20.0f;
+    std::unique_ptr<KImage> ramp(Ramp(16, false));
+    t.Field<bool>("CoTL"_id) = t.Field<bool>("CoLL"_id) = true;
+    EXPECT_EQ(t.Lines(ramp.get(), 1), t.Lines(ramp.get(), 0));
+    EXPECT_NE(t.Lines(ramp.get(), 1), (Positions{1, 7, 13}));
+    t.Field<bool>("CoTL"_id) = t.Field<bool>("CoLL"_id) = false;
+    std::unique_ptr<KImage> down(Ramp(16, false, true));
+    t.Field<float>("CoWV"_id) = 0.0f;
+    EXPECT_EQ(t.Lines(down.get(), 1, true), Positions{});
+    t.Field<bool>("CoWL"_id) = true;
+    EXPECT_EQ(t.Lines(down.get(), 1, true), (Positions{1, 7, 13}));
+}
+
+TEST(ContourImage, FlowAndThreads)
+{
+    Flow f("ZV_Contour");
+    std::unique_ptr<KImage> ramp(Ramp(16, false));
+    f.SetImage("Image", ramp.get());
+    f.Set("Width", 1.0 / 16.0);
+    auto out = f.Render();
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(At<KPixel>(*out, 7, 2).r, 65535u);
+    EXPECT_EQ(At<KPixel>(*out, 8, 2).r, 0u);
+
+    Contour t;
+    t.Field<float>("CoLG"_id) = 13.0f;
+    ExpectThreadsAgree([&](bool isFloat, bool threaded) {
+        std::unique_ptr<KImage> plate(zvtest::Pattern(67, 43, isFloat));
+        return t.Run(plate.get(), threaded);
+    });
+}
+
+}  // namespace

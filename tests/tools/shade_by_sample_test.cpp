@@ -1,0 +1,135 @@
+#include <cmath>
+#include "position_support.h"
+
+using namespace zvposition;
+
+namespace {
+
+// One row of half-grey pixels of alpha 40000 (0.75), one normal each; the
+// normal channels come shuffled after a depth channel.
+KImage* Normals(const std::vector<KXYZ>& normals, bool isFloat)
+{
+    host::ImageSpec spec;
+    spec.width = static_cast<int>(normals.size());
+    spec.height = 1;
+    spec.depth = isFloat ? host::DepthFloat32 : host::DepthInt16;
+    spec.aux = {host::ChanZ, host::ChanNormalZ, host::ChanNormalX, host::ChanNormalY};
+    KImage* img = KImage::Wrap(host::Image::New(spec), true);
+    for (int32_t x = 0; x < img->width; ++x) {
+        if (isFloat) img->SetPixel(x, 0, KPixelF{0.5f, 0.5f, 0.5f, 0.75f});
+        else img->SetPixel(x, 0, KPixel{32768, 32768, 32768, 40000});
+        img->AuxPlane(host::ChanZ)[x] = 10.0f + x;
+        img->AuxPlane(host::ChanNormalX)[x] = normals[x].x;
+        img->AuxPlane(host::ChanNormalY)[x] = normals[x].y;
+        img->AuxPlane(host::ChanNormalZ)[x] = normals[x].z;
+    }
+    return img;
+}
+
+// A map whose red tells the pixel: n = 1 + x + w y, as n x 1000 or n / 16.
+KImage* Map(int32_t w, int32_t h, bool isFloat)
+{
+    KImage* img = KImage::Create(w, h, isFloat);
+    for (int32_t y = 0; y < h; ++y)
+        for (int32_t x = 0; x < w; ++x) {
+            const int32_t n = 1 + x + w * y;
+            if (isFloat) img->SetPixel(x, y, KPixelF{n / 16.0f, 1.0f, 0.0f, 1.0f});
+            else img->SetPixel(x, y, KPixel{1000u * n, 65535, 0, 65535});
+        }
+    return img;
+}
+
+struct Shade : Tool {
+    Shade() : Tool("ZV_ShadeBySample") {}
+    ~Shade() { SetMap(nullptr); }  // the map belongs to the test, not to the tool
+    void SetMap(KImage* map) { *static_cast<KImage**>(effect->inputList.Find(2)->field) = map; }
+    template <class P> P Pixel(KImage* img, int32_t x)
+    {
+        std::unique_ptr<KImage> out(Run(img));
+        return At<P>(*out, x, 0);
+    }
+};
+
+TEST(ShadeBySampleDeclarations, MapTypeRotationAndASecondImage)
+{
+    Flow f("ZV_ShadeBySample");
+    EXPECT_EQ(f.Input("MapType")->attrs.items, (std::vector<std::string>{"Sphere", "Spherical Map"}));
+    EXPECT_EQ(f.Input("ShadingMap")->attrs.linkNumber, 2);
+    EXPECT_EQ(f.Input("Image")->attrs.linkNumber, 1);
+    EXPECT_NE(f.Input("RotationRotationOrder"), nullptr);
+    EXPECT_EQ(*f.Input("RotationRotationY")->attrs.hardMax, 180.0);
+    EXPECT_EQ(f.Input("RotationPositionX"), nullptr);
+    EXPECT_EQ(f.Input("RotationScaleX"), nullptr);
+}
+
+TEST(ShadeBySampleSphere, NormalsAddressTheMapAtBothDepths)
+{
+    Shade t;
+    std::unique_ptr<KImage> mapI(Map(3, 3, false)), mapF(Map(3, 3, true));
+    std::unique_ptr<KImage> ints(Normals({{0, 0, 1}, {1, 0, 0}, {0, 1, 0}, {0, 0, 2}}, false));
+    std::unique_ptr<KImage> floats(Normals({{0, 0, 1}, {0, 1, 0}}, true));
+    t.SetMap(mapI.get());
+    std::unique_ptr<KImage> out(t.Run(ints.get()));
+    EXPECT_EQ(At<KPixel>(*out, 0, 0).r, KScaleInt(32768, 5000));  // facing: the centre
+    EXPECT_EQ(At<KPixel>(*out, 1, 0).r, KScaleInt(32768, 6000));  // right: the right column
+    EXPECT_EQ(At<KPixel>(*out, 2, 0).r, KScaleInt(32768, 2000));  // up: the top row
+    EXPECT_EQ(At<KPixel>(*out, 3, 0).r, KScaleInt(32768, 5000));  // normalised first
+    EXPECT_EQ(At<KPixel>(*out, 0, 0).a, 40000u);                  // alpha stays
+    EXPECT_EQ(out->AuxPlane(host::ChanZ)[1], 11.0f);
+    t.SetMap(mapF.get());
+    EXPECT_EQ(t.Pixel<KPixelF>(floats.get(), 1).r, 0.5f * 2.0f / 16.0f);
+
+    t.SetMap(mapI.get());
+    std::unique_ptr<KImage> facing(Normals({{0, 0, 1}}, false));
+    auto& r = t.Field<KTransformValue>("Rota"_id);
+    r.rotateY = r.rotateX = 1.5707964f;  // X then Y: the left column
+    EXPECT_EQ(t.Pixel<KPixel>(facing.get(), 0).r, KScaleInt(32768, 4000));
+    r.rotationOrder = 5;  // Z, Y, X: the top row
+    EXPECT_EQ(t.Pixel<KPixel>(facing.get(), 0).r, KScaleInt(32768, 2000));
+}
+
+TEST(ShadeBySampleSpherical, LongitudeWrapsAndLatitudeRunsDown)
+{
+    Shade t;
+    t.Field<int32_t>("TiAd"_id) = 1;
+    const float h = std::sqrt(0.5f);
+    std::unique_ptr<KImage> map(Map(4, 3, true));
+    std::unique_ptr<KImage> img(Normals({{0, 0, 1}, {0, 1, 0}, {-h, 0, -h}, {0, 0, -1}}, true));
+    t.SetMap(map.get());
+    std::unique_ptr<KImage> out(t.Run(img.get()));
+    EXPECT_EQ(At<KPixelF>(*out, 0, 0).r, 0.5f * 6.5f / 16.0f);  // columns 1 and 2, middle row
+    EXPECT_NEAR(At<KPixelF>(*out, 1, 0).r, 0.5f * 2.5f / 16.0f, 1e-6f);  // the pole: top row
+    EXPECT_NEAR(At<KPixelF>(*out, 2, 0).r, 0.5f * 5.0f / 16.0f, 1e-6f);  // column 0
+    EXPECT_NEAR(At<KPixelF>(*out, 3, 0).r, 0.5f * 6.5f / 16.0f, 1e-6f);  // columns 3 and 0
+}
+
+TEST(ShadeBySampleImage, CopiesWithoutMapOrNormalsFlowAndThreads)
+{
+    Shade t;
+    std::unique_ptr<KImage> map(Map(3, 3, false));
+    std::unique_ptr<KImage> img(Normals({{0, 0, 1}, {0, 1, 0}}, false));
+    std::unique_ptr<KImage> out(t.Run(img.get()));
+    EXPECT_EQ(zvtest::Differ(*out, *img), "");
+    t.SetMap(map.get());
+    std::unique_ptr<KImage> plain(zvtest::Pattern(5, 3, false));
+    out.reset(t.Run(plain.get()));
+    EXPECT_EQ(zvtest::Differ(*out, *plain), "");
+
+    Flow f("ZV_ShadeBySample");
+    f.SetImage("Image", img.get());
+    f.SetImage("ShadingMap", map.get());
+    auto shaded = f.Render();
+    ASSERT_NE(shaded, nullptr);
+    EXPECT_EQ(At<KPixel>(*shaded, 1, 0).r, KScaleInt(32768, 2000));
+
+    t.Field<int32_t>("TiAd"_id) = 1;
+    std::vector<KXYZ> normals;
+    for (int32_t i = 0; i < 300; ++i)
+        normals.push_back({std::sin(0.1f * i), std::cos(0.37f * i), std::cos(0.1f * i)});
+    ExpectThreadsAgree([&](bool isFloat, bool threaded) {
+        std::unique_ptr<KImage> many(Normals(normals, isFloat));
+        return t.Run(many.get(), threaded);
+    });
+}
+
+}  // namespace

@@ -1,0 +1,150 @@
+// Helpers of the number and text tool tests: a tool made through the registry
+// and driven directly (fields written through its declarations, FinishRender
+// at a time), host input lookups, and the random hash computed independently.
+#pragma once
+#include <gtest/gtest.h>
+#include <cstdint>
+#include <memory>
+#include <initializer_list>
+#include <string>
+#include <vector>
+#include "bridge/operator.h"
+#include "host/flow.h"
+#include "host/registry.h"
+
+namespace zvvalue {
+
+inline const host::Registration& Registered(const char* className)
+{
+    const host::Registration* r = host::Registry::Get().FindClass(className);
+    if (!r) throw std::runtime_error(std::string("not registered: ") + className);
+    return *r;
+}
+
+// A tool's effect, without a request: the host-free driver.
+class Tool {
+public:
+    explicit Tool(const char* className) : op(Registered(className).creator())
+    {
+        effect = static_cast<ZV_ThreadedOperator*>(op.get())->Effect();
+    }
+
+    // The declaration with this label (labels are unique where ids are not).
+    KParameter& Param(const std::string& label) const
+    {
+        for (KParameter* p = effect->inputs(); p; p = p->Next())
+            if (p->name == label) return *p;
+        throw std::runtime_error("no parameter " + label);
+    }
+    template <class T> T& Field(const std::string& label, int32_t kind) const
+    {
+        KParameter& p = Param(label);
+        EXPECT_EQ(p.valueKind, kind) << label;
+        return *static_cast<T*>(p.field);
+    }
+    void SetFloat(const std::string& label, float v) { Field<float>(label, kValueFloat) = v; }
+    void SetInt(const std::string& label, int32_t v) { Field<int32_t>(label, kValueInteger) = v; }
+    void SetBool(const std::string& label, bool v) { Field<bool>(label, kValueBoolean) = v; }
+    void SetText(const std::string& label, const std::string& v)
+    {
+        Field<std::string>(label, kValueText) = v;
+    }
+    void SetPoint(const std::string& label, float x, float y)
+    {
+        Field<KPoint2>(label, kValuePoint) = {x, y};
+    }
+    void SetColor(const std::string& label, KColor c) { Field<KColor>(label, kValueColor) = c; }
+
+    void Run(float time)
+    {
+        effect->settings.time = time;
+        effect->FinishRender();
+    }
+    KOutput& Output(int32_t index = 0) const
+    {
+        KOutput* o = effect->outputs();
+        for (int32_t i = 0; i < index && o; ++i) o = o->Next();
+        if (!o) throw std::runtime_error("no output " + std::to_string(index));
+        return *o;
+    }
+    float Number(int32_t index = 0) const { return *static_cast<float*>(Output(index).field); }
+    const std::string& Text() const { return *static_cast<std::string*>(Output(0).field); }
+
+    std::unique_ptr<host::Operator> op;
+    KEffect* effect = nullptr;
+};
+
+inline host::Input* In(host::Flow::Node& n, const char* id)
+{
+    host::Input* in = n.op->FindInput(id);
+    EXPECT_NE(in, nullptr) << id;
+    return in;
+}
+
+inline double NumberOf(const host::Value& v)
+{
+    auto* n = dynamic_cast<const host::Number*>(v.get());
+    EXPECT_NE(n, nullptr);
+    return n ? n->value : -1.0;
+}
+
+inline std::string TextOf(const host::Value& v)
+{
+    auto* t = dynamic_cast<const host::Text*>(v.get());
+    EXPECT_NE(t, nullptr);
+    return t ? t->value : std::string("<none>");
+}
+
+// One number input as the host shows it: id, label, default and soft limits.
+struct NumberRow {
+    const char* id;
+    const char* label;
+    double def, lo, hi;
+};
+
+inline void ExpectNumberInputs(const host::Operator& op, std::initializer_list<NumberRow> rows)
+{
+    for (const NumberRow& r : rows) {
+        const host::Input* in = op.FindInput(r.id);
+        ASSERT_NE(in, nullptr) << r.id;
+        EXPECT_EQ(in->name, r.label);
+        EXPECT_EQ(*in->attrs.defaultNumber, r.def) << r.id;
+        EXPECT_EQ(*in->attrs.softMin, r.lo) << r.id;
+        EXPECT_EQ(*in->attrs.softMax, r.hi) << r.id;
+    }
+}
+
+// The ids of the first inputs, in the order the host lists them.
+inline std::vector<std::string> FirstInputIds(const host::Operator& op, size_t n)
+{
+    std::vector<std::string> ids;
+    for (auto& in : op.Inputs())
+        if (ids.size() < n) ids.push_back(in->id);
+    return ids;
+}
+
+// The four-character codes of the declared values, pages and nests left out.
+inline std::vector<uint32_t> ValueCodes(const KEffect& effect)
+{
+    std::vector<uint32_t> codes;
+    for (KParameter* p = effect.inputs(); p; p = p->Next())
+        if (p->valueKind != kValueNone) codes.push_back(p->id);
+    return codes;
+}
+
+// The time hash written out from its definition: the C standard's reference
+// generator seeded with trunc(time * 10 + seed), seed % 97 values thrown away,
+// the next one scaled by the single-precision 3.051851e-05.
+inline float Noise(float time, int32_t seed)
+{
+    const uint32_t s = static_cast<uint32_t>(static_cast<double>(time) * 10.0 + seed);
+    uint32_t state = s;
+    auto next = [&state] {
+        state = state * 1103515245u + 12345u;
+        return (state / 65536u) % 32768u;
+    };
+    for (int32_t i = static_cast<int32_t>(s) % 97; i > 0; --i) next();
+    return static_cast<float>(next()) * 3.051851e-05f;
+}
+
+}  // namespace zvvalue
