@@ -111,7 +111,7 @@ class KEffectWarp : public KEffectImage {
 public:
     int32_t GetFamily() override { return kFamilyWarp; }
     // Maps an output position to the source position, both normalised as
-    // u = x / (width - 1), v = y / ((height - 1) * pixelAspect). False: no source.
+    // u = x / (width - 1), v = y / ((height - 1) * pictureAspect). False: no source.
     virtual bool InverseMap(KPosition& out, const KPosition& in) = 0;
 };
 

@@ -228,6 +228,17 @@ template <class P> void KProcessImageColor::Row(int32_t y)
     for (int32_t x0 = 0; x0 < n; x0 += kChunk) {
         const int32_t m = std::min(kChunk, n - x0);
         const T* s = in + 4 * x0;
+        if constexpr (std::is_same_v<P, KPixelF>) {
+            if (all && !pre) {
+                // Float pixels are the effect's own form: it reads the row and
+                // writes the buffer with no copy between.
+                const auto* from = reinterpret_cast<const KPixelF*>(s);
+                auto* to = reinterpret_cast<KPixelF*>(done);
+                for (int32_t i = 0; i < m; ++i) e->ProcessColor(to[i], from[i]);
+                KStreamCopy(out + 4 * x0, done, size_t(m) * 4 * sizeof(T));
+                continue;
+            }
+        }
         for (int32_t i = 0; i < m; ++i, s += 4) {
             P p, o;
             A::Load(s, p);
@@ -443,9 +454,11 @@ KProcessImageInverse::KProcessImageInverse(KImage* src, KImage** tgt, KEffectIma
                                            const KRenderSettings& s)
     : KProcessImageWarp(src, tgt, e, s)
 {
-    // A one-pixel axis has no span to normalise by; take 1 so it maps to 0.
+    // Positions run 0..1 across and 0..1/aspect down, in square units, so that
+    // a warp's circles stay round on any picture. A one-pixel axis has no span
+    // to normalise by; take 1 so it maps to 0.
     uScale = static_cast<float>(std::max(width - 1, 1));
-    vScale = static_cast<float>(std::max(height - 1, 1)) * pixelAspect;
+    vScale = static_cast<float>(std::max(height - 1, 1)) * pictureAspect;
     if (settings.filter == 2 && source) source->UseSAT();
     if (settings.underSample >= 2 && source) {
         gridWidth = source->width / settings.underSample + 2;
@@ -559,11 +572,14 @@ template <class P> void KProcessImageInverse::PointRow(int32_t y, bool interpola
             xy[2 * i + 1] = ok ? KFixed(s.y) : 0;
         }
         if (nearest) {
-            // Nearest reads truncate the mapped position.
+            // Nearest reads truncate the mapped position toward zero. A whole
+            // position that went through the normalised space comes back a hair
+            // short of itself, so a 1/256-pixel slack keeps an unmoved pixel in place.
             for (int32_t i = 0; i < m; ++i) {
                 if (how[i] == kFailed) continue;
-                const float sx = xy[2 * i] / 65536.0f, sy = xy[2 * i + 1] / 65536.0f;
-                source->GetPixel(static_cast<int32_t>(sx), static_cast<int32_t>(sy), got[i], edges);
+                auto whole = [](int32_t v) { return (v < 0 ? v - 256 : v + 256) / 65536; };
+                const int32_t sx = whole(xy[2 * i]), sy = whole(xy[2 * i + 1]);
+                source->GetPixel(sx, sy, got[i], edges);
             }
         } else {
             source->SamplePixels(xy, m, got, edges);

@@ -144,9 +144,11 @@ Image* ReadImage(const std::string& path)
     if (alpha < 0 && (nc == 4 || nc == 2)) alpha = nc - 1;
     const int colours = alpha >= 0 ? nc - 1 : nc;
     Image* img = Image::New(is);
+    // Rows count upward from the bottom of the picture, files downward from the top.
     for (int y = 0; y < spec.height; ++y) {
+        const int fileRow = spec.height - 1 - y;
         for (int x = 0; x < spec.width; ++x) {
-            const size_t at = (size_t(y) * spec.width + x) * nc;
+            const size_t at = (size_t(fileRow) * spec.width + x) * nc;
             for (int c = 0; c < 4; ++c) {
                 int from;
                 if (c == 3) from = alpha;
@@ -203,13 +205,14 @@ void WriteImage(const Image& image, const std::string& path, FileDepth depth)
         throw BadInput("cannot write " + path + ": " + FirstLine(out->geterror()));
     }
     bool ok;
+    // The file's first row is the picture's top one: written from the last row upward.
     const OIIO::stride_t pixel = static_cast<OIIO::stride_t>(image.PixelBytes());
+    const OIIO::stride_t up = -static_cast<OIIO::stride_t>(image.RowBytes());
+    const void* top = image.Row(image.Height() - 1);
     if (image.IsFloat())
-        ok = out->write_image(OIIO::TypeDesc::FLOAT, image.Row(0), pixel,
-                              static_cast<OIIO::stride_t>(image.RowBytes()));
+        ok = out->write_image(OIIO::TypeDesc::FLOAT, top, pixel, up);
     else
-        ok = out->write_image(OIIO::TypeDesc::UINT16, image.Row(0), pixel,
-                              static_cast<OIIO::stride_t>(image.RowBytes()));
+        ok = out->write_image(OIIO::TypeDesc::UINT16, top, pixel, up);
     ok = out->close() && ok;
     if (!ok) {
         std::error_code ec;

@@ -14,7 +14,9 @@ bool IsSequence(const std::string& pattern);
 std::string FramePath(const std::string& pattern, int frame);
 
 // Reads a file: 8- and 16-bit files as 16-bit integer images, half and float
-// files as float images. Throws BadInput naming the file and what is wrong.
+// files as float images. Row 0 is the bottom of the picture, as everywhere in
+// the host; files keep their top row first. Throws BadInput naming the file
+// and what is wrong.
 Image* ReadImage(const std::string& path);
 
 // Opens the file's header: BadInput when it is missing or not an image.

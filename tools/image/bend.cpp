@@ -31,7 +31,7 @@ public:
     {
         KEffectWarp::Start(input, output, extras);
         // Rows are normalised by the pixel aspect; host points span 0..1 on both axes.
-        aspect = pixelAspect;
+        aspect = pictureAspect;
         Vector2f s = At(start);
         const Vector2f m = At(midpoint), e = At(end);
         const float sh = std::max(scaleH, 1e-7f), sv = std::max(scaleV, 1e-7f);

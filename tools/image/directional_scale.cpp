@@ -23,7 +23,7 @@ public:
     {
         KEffectWarp::Start(input, output, extras);
         // Rows are normalised by the pixel aspect; host points span 0..1 on both axes.
-        c = {center.x, center.y / pixelAspect};
+        c = {center.x, center.y / pictureAspect};
         const float along = std::max(size, 1e-7f), other = std::max(sizeOther, 1e-7f);
         // The axis points along (cos a, -sin a): turning by a lays it on x.
         matrix = Matrix3f();

@@ -34,7 +34,7 @@ public:
     {
         KEffectWarp::Start(input, output, extras);
         // Rows are normalised by the pixel aspect; host points span 0..1 on both axes.
-        const float aspect = pixelAspect;
+        const float aspect = pictureAspect;
         view = std::max(std::fabs(viewAngle), 1e-7f);
         triangleHeight = radius * kSlope;
         lattice = Matrix3f();

@@ -23,7 +23,7 @@ public:
     {
         KEffectWarp::Start(input, output, extras);
         // Rows are normalised by the pixel aspect; host points span 0..1 on both axes.
-        const float aspect = pixelAspect;
+        const float aspect = pictureAspect;
         c = {center.x, center.y / aspect};
         float s = scale;
         if (pinCorners) {

@@ -21,8 +21,8 @@ public:
     {
         KEffectWarp::Start(input, output, extras);
         // Rows are normalised by the pixel aspect; host points span 0..1 on both axes.
-        l = {left.x, left.y / pixelAspect};
-        const Vector2f r{right.x, right.y / pixelAspect};
+        l = {left.x, left.y / pictureAspect};
+        const Vector2f r{right.x, right.y / pictureAspect};
         const Vector2f d = r - l;
         const float len = d.Length();
         float a = 0.0f;

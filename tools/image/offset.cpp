@@ -34,7 +34,7 @@ public:
         factorY = (blackY - whiteY) * scale * 1.5259022e-5f;
         // Positions run to 1 across and 1 / aspect down: this takes them to map pixels.
         mapWidth = static_cast<float>(map->width);
-        mapHeight = static_cast<float>(map->height) * pixelAspect;
+        mapHeight = static_cast<float>(map->height) * pictureAspect;
         return true;
     }
 

@@ -18,7 +18,7 @@ public:
     {
         KEffectWarp::Start(input, output, extras);
         // Rows are normalised by the pixel aspect; host points span 0..1 on both axes.
-        c = {center.x, center.y / pixelAspect};
+        c = {center.x, center.y / pictureAspect};
         return true;
     }
 

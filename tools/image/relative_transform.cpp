@@ -39,7 +39,7 @@ public:
                                                                       range.high, lo, hi);
         if (!found) return false;  // nothing to pivot on: the picture stays
         // Rows are normalised by the pixel aspect; Center arrives relative to the middle.
-        const float aspect = pixelAspect;
+        const float aspect = pictureAspect;
         const float cx = ((1.0f - pivotX) / 2.0f * lo[0] + (pivotX + 1.0f) / 2.0f * hi[0]) /
                          static_cast<float>(width);
         const float cy = ((1.0f - pivotY) / 2.0f * lo[1] + (pivotY + 1.0f) / 2.0f * hi[1]) /

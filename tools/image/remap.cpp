@@ -25,7 +25,7 @@ public:
     bool Start(KImage* input, KImage** output, void* extras) override
     {
         KEffectWarp::Start(input, output, extras);
-        aspect = pixelAspect;  // rows are normalised by the pixel aspect
+        aspect = pictureAspect;  // rows run to 1 / picture aspect
         fromProbe = typeInput == 0;
         // The turn of the spherical input, one axis after the other in the
         // listed order, each by the angle as it arrives.

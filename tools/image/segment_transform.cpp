@@ -40,7 +40,7 @@ public:
             for (int c = 0; c < 2; ++c) cellMatrix[r][c] = cell.m[r][c];
         radial = type == 1;
         // Rows are normalised by the pixel aspect; host points span 0..1 on both axes.
-        middle = {center.x, center.y / pixelAspect};
+        middle = {center.x, center.y / pictureAspect};
         return true;
     }
 

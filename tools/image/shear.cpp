@@ -39,7 +39,7 @@ public:
         slant.m[0][1] = along;
         slant.m[1][0] = across;
         // Rows are normalised by the pixel aspect; host points span 0..1 on both axes.
-        const float aspect = pixelAspect;
+        const float aspect = pictureAspect;
         offset = {center.x, center.y / aspect};
         const Vector2f p{pivot.x, pivot.y / aspect};
         Matrix3f m;

@@ -61,7 +61,7 @@ public:
             }
         }
         cellsX = static_cast<float>(h);
-        cellsY = static_cast<float>(v) * pixelAspect;  // rows run to 1 / pixel aspect
+        cellsY = static_cast<float>(v) * pictureAspect;  // rows run to 1 / picture aspect
         cellW = 1.0f / cellsX;
         cellH = 1.0f / cellsY;
         return true;

@@ -29,7 +29,7 @@ public:
         defV = lock ? deformH : deformV;
         invHalf = 1.0f / std::max(size * 0.5f, 1e-7f);
         // Rows are normalised by the pixel aspect; host points span 0..1 on both axes.
-        middle = {center.x, center.y / pixelAspect};
+        middle = {center.x, center.y / pictureAspect};
         return defH != 0.0f || defV != 0.0f;
     }
 

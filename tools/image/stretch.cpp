@@ -25,7 +25,7 @@ public:
     {
         KEffectWarp::Start(input, output, extras);
         // Rows are normalised by the pixel aspect; host points span 0..1 on both axes.
-        const float aspect = pixelAspect;
+        const float aspect = pictureAspect;
         const Vector2f s0{sourceStart.x, sourceStart.y / aspect};
         const Vector2f s1{sourceEnd.x, sourceEnd.y / aspect};
         const Vector2f s = s1 - s0;

@@ -25,7 +25,7 @@ public:
         const float sx = std::max(sizeX, 1e-7f);
         const float sy = std::max(sizeType == 1 ? sizeY * sizeX : sizeY, 1e-7f);
         // Rows are normalised by the pixel aspect; host points span 0..1 on both axes.
-        const float aspect = pixelAspect;
+        const float aspect = pictureAspect;
         // Angles arrive negated; turning by the arriving value makes a
         // positive angle turn the picture counter-clockwise, rows running upward.
         Matrix3f m;
