@@ -15,40 +15,8 @@ using namespace zvbench;
 
 namespace {
 
-// A registered tool's effect, its fields set through its declarations.
-struct Tool {
-    explicit Tool(const char* className)
-        : op(host::Registry::Get().FindClass(className)->creator()),
-          effect(static_cast<KEffectImage*>(static_cast<ZV_ThreadedOperator*>(op.get())->Effect()))
-    {
-    }
-    template <class T> void Set(uint32_t id, T v)
-    {
-        *static_cast<T*>(effect->inputList.Find(id)->field) = v;
-    }
 
-    std::unique_ptr<host::Operator> op;
-    KEffectImage* effect;
-};
 
-void RunProcess(KEffectImage& effect, KImage* source, KImage*& target, const KRenderSettings& s)
-{
-    effect.settings = s;
-    KProcessImage* p = KCreateProcess(&effect, source, &target, s);
-    KRunPasses(*p, [](int32_t jobs, const std::function<void(int32_t)>& job) {
-        host::DoMultiProcess(jobs, job);
-    });
-    delete p;
-}
-
-// The image's own pixels as an ImageBuf, without a copy.
-OIIO::ImageBuf Wrap(const KImage& img)
-{
-    OIIO::ImageSpec spec(img.width, img.height, 4,
-                         img.IsFloat() ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::UINT16);
-    return OIIO::ImageBuf(spec, img.RowW(0), OIIO::AutoStride,
-                          static_cast<OIIO::stride_t>(img.RowBytes()));
-}
 
 enum Which { kInvert, kHueSaturation, kThreshold };
 
@@ -92,7 +60,7 @@ void BM_Colour(benchmark::State& state, Which which)
         break;
     }
 
-    OIIO::ImageBuf a = Wrap(*source), d = Wrap(*target);
+    OIIO::ImageBuf a = WrapForOIIO(*source), d = WrapForOIIO(*target);
     reference(d, a);  // warm
     double oiio = 0.0;
     constexpr int kRuns = 5;
@@ -106,16 +74,9 @@ void BM_Colour(benchmark::State& state, Which which)
     delete target;
 }
 
-void Args(benchmark::internal::Benchmark* b)
-{
-    b->ArgNames({"float", "threads"});
-    for (int f : {0, 1})
-        for (int t : {1, 2}) b->Args({f, t});
-    b->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5);
-}
 
 }  // namespace
 
-BENCHMARK_CAPTURE(BM_Colour, Invert, kInvert)->Apply(Args);
-BENCHMARK_CAPTURE(BM_Colour, HueSaturation, kHueSaturation)->Apply(Args);
-BENCHMARK_CAPTURE(BM_Colour, Threshold, kThreshold)->Apply(Args);
+BENCHMARK_CAPTURE(BM_Colour, Invert, kInvert)->Apply(DepthsAndThreads);
+BENCHMARK_CAPTURE(BM_Colour, HueSaturation, kHueSaturation)->Apply(DepthsAndThreads);
+BENCHMARK_CAPTURE(BM_Colour, Threshold, kThreshold)->Apply(DepthsAndThreads);

@@ -22,15 +22,6 @@ public:
     }
 };
 
-void RunProcess(KEffectImage& effect, KImage* source, KImage*& target, KRenderSettings s)
-{
-    effect.settings = s;
-    KProcessImage* p = KCreateProcess(&effect, source, &target, s);
-    KRunPasses(*p, [](int32_t jobs, const std::function<void(int32_t)>& job) {
-        host::DoMultiProcess(jobs, job);
-    });
-    delete p;
-}
 
 template <class Effect> void BM_Process(benchmark::State& state)
 {
@@ -46,17 +37,10 @@ template <class Effect> void BM_Process(benchmark::State& state)
     delete source;
 }
 
-void Args(benchmark::internal::Benchmark* b)
-{
-    b->ArgNames({"float", "threads"});
-    for (int f : {0, 1})
-        for (int t : {1, 2}) b->Args({f, t});
-    b->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5);
-}
 
 }  // namespace
 
-BENCHMARK_TEMPLATE(BM_Process, KEffectPass)->Name("ColorProcess/pass")->Apply(Args);
-BENCHMARK_TEMPLATE(BM_Process, KEffectSame)->Name("InverseProcess/identity")->Apply(Args);
+BENCHMARK_TEMPLATE(BM_Process, KEffectPass)->Name("ColorProcess/pass")->Apply(DepthsAndThreads);
+BENCHMARK_TEMPLATE(BM_Process, KEffectSame)->Name("InverseProcess/identity")->Apply(DepthsAndThreads);
 
 BENCHMARK_MAIN();

@@ -6,6 +6,11 @@
 #include <cstring>
 #include <functional>
 #include <vector>
+#include <OpenImageIO/imagebuf.h>
+#include <memory>
+#include "bridge/operator.h"
+#include "framework/process.h"
+#include "host/registry.h"
 #include "host/threads.h"
 #include "raster/image.h"
 
@@ -66,5 +71,52 @@ struct Threads {
     explicit Threads(int n) { host::SetThreadCount(n); }
     ~Threads() { host::SetThreadCount(0); }
 };
+
+// A registered tool's effect, its fields set through its declarations as the
+// bridge leaves them.
+struct Tool {
+    explicit Tool(const host::Registration& r)
+        : op(r.creator()),
+          effect(static_cast<KEffectImage*>(static_cast<ZV_ThreadedOperator*>(op.get())->Effect()))
+    {
+    }
+    explicit Tool(const char* className) : Tool(*host::Registry::Get().FindClass(className)) {}
+    template <class T> void Set(uint32_t id, T v)
+    {
+        *static_cast<T*>(effect->inputList.Find(id)->field) = v;
+    }
+
+    std::unique_ptr<host::Operator> op;
+    KEffectImage* effect;
+};
+
+// The effect's process over source into target, threaded as the bridge runs it.
+inline void RunProcess(KEffectImage& effect, KImage* source, KImage*& target, const KRenderSettings& s)
+{
+    effect.settings = s;
+    KProcessImage* p = KCreateProcess(&effect, source, &target, s);
+    KRunPasses(*p, [](int32_t jobs, const std::function<void(int32_t)>& job) {
+        host::DoMultiProcess(jobs, job);
+    });
+    delete p;
+}
+
+// The image's own pixels as an ImageBuf, without a copy.
+inline OIIO::ImageBuf WrapForOIIO(const KImage& img)
+{
+    OIIO::ImageSpec spec(img.width, img.height, 4,
+                         img.IsFloat() ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::UINT16);
+    return OIIO::ImageBuf(spec, img.RowW(0), OIIO::AutoStride,
+                          static_cast<OIIO::stride_t>(img.RowBytes()));
+}
+
+// Integer and float plates, one and two threads.
+inline void DepthsAndThreads(benchmark::internal::Benchmark* b)
+{
+    b->ArgNames({"float", "threads"});
+    for (int f : {0, 1})
+        for (int t : {1, 2}) b->Args({f, t});
+    b->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5);
+}
 
 }  // namespace zvbench

@@ -33,39 +33,8 @@ const host::Registration* Find(const char* className)
     return host::Registry::Get().FindClass(className);
 }
 
-// A registered warp's effect, its fields set through its declarations as the
-// bridge leaves them (angles negated in radians, Center an offset).
-struct Tool {
-    explicit Tool(const host::Registration& r)
-        : op(r.creator()),
-          effect(static_cast<KEffectImage*>(static_cast<ZV_ThreadedOperator*>(op.get())->Effect()))
-    {
-    }
-    template <class T> void Set(uint32_t id, T v)
-    {
-        *static_cast<T*>(effect->inputList.Find(id)->field) = v;
-    }
 
-    std::unique_ptr<host::Operator> op;
-    KEffectImage* effect;
-};
 
-void RunProcess(KEffectImage& effect, KImage* source, KImage*& target, const KRenderSettings& s)
-{
-    effect.settings = s;
-    KProcessImage* p = KCreateProcess(&effect, source, &target, s);
-    KRunPasses(*p, [](int32_t jobs, const std::function<void(int32_t)>& job) {
-        host::DoMultiProcess(jobs, job);
-    });
-    delete p;
-}
-
-OIIO::ImageBuf Wrap(const KImage& img)
-{
-    OIIO::ImageSpec spec(img.width, img.height, 4, OIIO::TypeDesc::FLOAT);
-    return OIIO::ImageBuf(spec, img.RowW(0), OIIO::AutoStride,
-                          static_cast<OIIO::stride_t>(img.RowBytes()));
-}
 
 // Transform's map in pixels, forward (source to output) as ImageBufAlgo wants
 // it: rows for a row vector (x, y, 1), pixel centres at + 0.5.
@@ -118,7 +87,7 @@ Timing Reference(const KImage& source, KImage& target, int threads)
     static std::map<int, Timing> known;
     auto it = known.find(threads);
     if (it != known.end()) return it->second;
-    OIIO::ImageBuf a = Wrap(source), d = Wrap(target);
+    OIIO::ImageBuf a = WrapForOIIO(source), d = WrapForOIIO(target);
     const Matrix33 m = TransformMatrix(source);
     auto run = [&] {
         OIIO::ImageBufAlgo::warp(d, a, m.m, "triangle", 2.0f, false, OIIO::ImageBuf::WrapBlack, {},

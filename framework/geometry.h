@@ -94,3 +94,17 @@ struct Matrix3f {
         return {x, y};
     }
 };
+
+// A matrix that acts only on the side of a line where its normal points, or
+// everywhere; the other side stays where it is.
+struct HalfPlaneMap {
+    Matrix3f matrix;
+    Vector2f origin, normal;
+    bool everywhere = false;
+
+    Vector2f Apply(Vector2f p) const
+    {
+        if (!everywhere && (p - origin).Dot(normal) <= 0.0f) return p;
+        return matrix.Apply(p);
+    }
+};

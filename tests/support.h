@@ -3,11 +3,21 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <stdexcept>
 #include "framework/process.h"
+#include "host/registry.h"
 #include "host/threads.h"
 #include "raster/image.h"
 
 namespace zvtest {
+
+// A registered tool's registration; the tests name tools by class.
+inline const host::Registration& Registered(const char* className)
+{
+    const host::Registration* r = host::Registry::Get().FindClass(className);
+    if (!r) throw std::runtime_error(std::string("not registered: ") + className);
+    return *r;
+}
 
 // A deterministic pattern with every channel distinct and alpha varying.
 inline KPixel PatternPixel(int32_t x, int32_t y)

@@ -11,16 +11,12 @@
 #include "host/flow.h"
 #include "host/image.h"
 #include "host/registry.h"
+#include "support.h"
 #include "raster/image.h"
 
 namespace zvwarp {
 
-inline const host::Registration& Registered(const char* className)
-{
-    const host::Registration* r = host::Registry::Get().FindClass(className);
-    if (!r) throw std::runtime_error(std::string("not registered: ") + className);
-    return *r;
-}
+using zvtest::Registered;
 
 // A warp's effect without a request. Values are written as they arrive from
 // the bridge: angles negated in radians, points already in their unit.

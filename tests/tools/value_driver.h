@@ -11,15 +11,11 @@
 #include "bridge/operator.h"
 #include "host/flow.h"
 #include "host/registry.h"
+#include "support.h"
 
 namespace zvvalue {
 
-inline const host::Registration& Registered(const char* className)
-{
-    const host::Registration* r = host::Registry::Get().FindClass(className);
-    if (!r) throw std::runtime_error(std::string("not registered: ") + className);
-    return *r;
-}
+using zvtest::Registered;
 
 // A tool's effect, without a request: the host-free driver.
 class Tool {

@@ -22,28 +22,25 @@ public:
     bool Start(KImage* input, KImage** output, void* extras) override
     {
         KEffectWarp::Start(input, output, extras);
-        // Rows are normalised by the pixel aspect; host points span 0..1 on both axes.
+        // Rows run to 1 / picture aspect; host points span 0..1 on both axes.
         c = {center.x, center.y / pictureAspect};
         const float along = std::max(size, 1e-7f), other = std::max(sizeOther, 1e-7f);
         // The axis points along (cos a, -sin a): turning by a lays it on x.
-        matrix = Matrix3f();
-        matrix.Translate(-c.x, -c.y)
+        map.matrix = Matrix3f();
+        map.matrix.Translate(-c.x, -c.y)
             .Rotate(angle)
             .Scale(1.0f / along, 1.0f / other)
             .Rotate(-angle)
             .Translate(c.x, c.y);
-        normal = {std::cos(angle), -std::sin(angle)};
+        map.origin = c;
+        map.everywhere = scaleAll;
+        map.normal = {std::cos(angle), -std::sin(angle)};
         return true;
     }
 
     bool InverseMap(KPosition& out, const KPosition& in) override
     {
-        const Vector2f p{in.x, in.y};
-        if (!scaleAll && (p - c).Dot(normal) <= 0.0f) {
-            out = in;
-            return true;
-        }
-        const Vector2f q = matrix.Apply(p);
+        const Vector2f q = map.Apply({in.x, in.y});
         out = {q.x, q.y};
         return true;
     }
@@ -53,8 +50,8 @@ private:
     KPoint2 center;
     float angle = 0.0f, size = 5.0f, sizeOther = 1.0f;
 
-    Vector2f c, normal;
-    Matrix3f matrix;
+    Vector2f c;
+    HalfPlaneMap map;
 };
 
 ZV_TOOL(KEffectDirectionalScale, ZV_DirectionalScale, "Directional Scale", "Zelvarine\\Image Warp",

@@ -20,7 +20,7 @@ public:
     bool Start(KImage* input, KImage** output, void* extras) override
     {
         KEffectWarp::Start(input, output, extras);
-        // Rows are normalised by the pixel aspect; host points span 0..1 on both axes.
+        // Rows run to 1 / picture aspect; host points span 0..1 on both axes.
         l = {left.x, left.y / pictureAspect};
         const Vector2f r{right.x, right.y / pictureAspect};
         const Vector2f d = r - l;
@@ -31,20 +31,17 @@ public:
             if (!(d.y > 0.0f)) a = -a;
         }
         // Turned by -a the line lies on x, where the reflection flips y.
-        matrix = Matrix3f();
-        matrix.Translate(-l.x, -l.y).Rotate(-a).Scale(1.0f, -1.0f).Rotate(a).Translate(l.x, l.y);
-        normal = {-d.y, d.x};
+        map.matrix = Matrix3f();
+        map.matrix.Translate(-l.x, -l.y).Rotate(-a).Scale(1.0f, -1.0f).Rotate(a).Translate(l.x, l.y);
+        map.origin = l;
+        map.everywhere = mirrorAll;
+        map.normal = {-d.y, d.x};
         return true;
     }
 
     bool InverseMap(KPosition& out, const KPosition& in) override
     {
-        const Vector2f p{in.x, in.y};
-        if (!mirrorAll && (p - l).Dot(normal) <= 0.0f) {
-            out = in;
-            return true;
-        }
-        const Vector2f q = matrix.Apply(p);
+        const Vector2f q = map.Apply({in.x, in.y});
         out = {q.x, q.y};
         return true;
     }
@@ -53,8 +50,8 @@ private:
     bool mirrorAll = false;
     KPoint2 left, right;
 
-    Vector2f l, normal;
-    Matrix3f matrix;
+    Vector2f l;
+    HalfPlaneMap map;
 };
 
 ZV_TOOL(KEffectMirror, ZV_Mirror, "Mirror", "Zelvarine\\Image Warp", "Mir", "");
