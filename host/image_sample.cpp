@@ -325,6 +325,11 @@ void Image::SamplePixels(const int32_t* xy, int n, Edge edge, float* out) const
         const int ix = x >> 16, iy = y >> 16;
         if (static_cast<unsigned>(ix) >= static_cast<unsigned>(w - 1) ||
             static_cast<unsigned>(iy) >= static_cast<unsigned>(h - 1)) {
+            // Wholly outside a black edge: all four taps are zero.
+            if (edge == EdgeBlack && (ix < -1 || iy < -1 || ix >= w || iy >= h)) {
+                out[0] = out[1] = out[2] = out[3] = 0.0f;
+                continue;
+            }
             SamplePixel(x, y, edge, out);
             continue;
         }
@@ -355,6 +360,10 @@ void Image::SamplePixels(const int32_t* xy, int n, Edge edge, uint32_t* out) con
         const int ix = x >> 16, iy = y >> 16;
         if (static_cast<unsigned>(ix) >= static_cast<unsigned>(w - 1) ||
             static_cast<unsigned>(iy) >= static_cast<unsigned>(h - 1)) {
+            if (edge == EdgeBlack && (ix < -1 || iy < -1 || ix >= w || iy >= h)) {
+                out[0] = out[1] = out[2] = out[3] = 0;
+                continue;
+            }
             SamplePixel(x, y, edge, out);
             continue;
         }

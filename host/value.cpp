@@ -23,6 +23,15 @@ const char* DataTypeName(DataType type)
 namespace {
 std::string Shortest(double v)
 {
+    // Most numbers are single-precision values widened: print them as such.
+    const float f = static_cast<float>(v);
+    if (static_cast<double>(f) == v) {
+        for (int precision = 6; precision <= 9; ++precision) {
+            char trial[64];
+            std::snprintf(trial, sizeof trial, "%.*g", precision, f);
+            if (std::strtof(trial, nullptr) == f) return trial;
+        }
+    }
     char buf[64];
     std::snprintf(buf, sizeof buf, "%.17g", v);
     for (int precision = 6; precision <= 17; ++precision) {
