@@ -61,14 +61,3 @@ bool KQuadraticRoots(float a, float b, float c, float& r1, float& r2)
     r2 = (-b - s) * (0.5f / a);
     return true;
 }
-
-float KHueSegment(float m1, float m2, float h)
-{
-    if (h > 1.0f) h -= 1.0f;
-    if (h < 0.0f) h += 1.0f;
-    if (h < 0.16666666666666666) return (m2 - m1) * h * 6.0f + m1;
-    if (h < 0.5f) return m2;
-    if (h < 0.6666666666666666)
-        return static_cast<float>((m2 - m1) * (2.0 / 3.0 - h) * 6.0 + m1);
-    return m1;
-}

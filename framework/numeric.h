@@ -21,5 +21,15 @@ float KTimeNoise(float time, int32_t seed);
 float KRamp(float x, float a, float b, int32_t shape);
 bool KQuadraticRoots(float a, float b, float c, float& r1, float& r2);
 
-// Segment function of the HLS to RGB conversion.
-float KHueSegment(float m1, float m2, float h);
+// Segment function of the HLS to RGB conversion; inline, as colour tools call
+// it three times a pixel.
+inline float KHueSegment(float m1, float m2, float h)
+{
+    if (h > 1.0f) h -= 1.0f;
+    if (h < 0.0f) h += 1.0f;
+    if (h < 0.16666666666666666) return (m2 - m1) * h * 6.0f + m1;
+    if (h < 0.5f) return m2;
+    if (h < 0.6666666666666666)
+        return static_cast<float>((m2 - m1) * (2.0 / 3.0 - h) * 6.0 + m1);
+    return m1;
+}

@@ -228,6 +228,11 @@ template <class P> void KProcessImageColor::Row(int32_t y)
     for (int32_t x0 = 0; x0 < n; x0 += kChunk) {
         const int32_t m = std::min(kChunk, n - x0);
         const T* s = in + 4 * x0;
+        // Ask for the next chunk now: a slow effect leaves the memory idle
+        // between its reads, and each read would otherwise wait for it.
+        if (x0 + 2 * kChunk <= n)
+            for (size_t b = 0; b < kChunk * 4 * sizeof(T); b += 64)
+                __builtin_prefetch(reinterpret_cast<const char*>(s + 4 * kChunk) + b);
         if constexpr (std::is_same_v<P, KPixelF>) {
             if (all && !pre) {
                 // Float pixels are the effect's own form: it reads the row and
