@@ -308,75 +308,70 @@ void Image::SampleArea(const int32_t quad[8], Edge edge, float out[4]) const
 
 namespace host {
 
-// The inner taps of a float image: the four neighbours lie inside, so the
-// edge rules have nothing to do. Same arithmetic, in the same order, as
-// BilinearFloat.
-void Image::SamplePixels(const int32_t* xy, int n, Edge edge, float* out) const
+namespace {
+
+// Walks n 16.16 positions: those whose four taps lie inside go to `inner`
+// with the top-left tap, the others to the image's own SamplePixel, and those
+// wholly outside a black edge are zero at once.
+template <typename T, typename Out, typename Inner>
+void SampleRow(const Image& img, const T* base, const int32_t* xy, int n, Edge edge, Out* out,
+               Inner inner)
 {
-    const int w = Width(), h = Height();
-    if (!IsFloat()) {
-        for (int i = 0; i < n; ++i) SamplePixel(xy[2 * i], xy[2 * i + 1], edge, out + 4 * i);
-        return;
-    }
-    const size_t stride = RowBytes() / sizeof(float);
-    const float* base = RowF(0);
+    const int w = img.Width(), h = img.Height();
+    const size_t stride = img.RowBytes() / sizeof(T);
     for (int i = 0; i < n; ++i, out += 4) {
         const int32_t x = xy[2 * i], y = xy[2 * i + 1];
         const int ix = x >> 16, iy = y >> 16;
-        if (static_cast<unsigned>(ix) >= static_cast<unsigned>(w - 1) ||
-            static_cast<unsigned>(iy) >= static_cast<unsigned>(h - 1)) {
-            // Wholly outside a black edge: all four taps are zero.
-            if (edge == EdgeBlack && (ix < -1 || iy < -1 || ix >= w || iy >= h)) {
-                out[0] = out[1] = out[2] = out[3] = 0.0f;
-                continue;
-            }
-            SamplePixel(x, y, edge, out);
-            continue;
-        }
-        const float* p0 = base + static_cast<size_t>(iy) * stride + static_cast<size_t>(ix) * 4;
-        const float* p1 = p0 + stride;
-        const float wx = static_cast<float>(static_cast<uint32_t>(x) & 0xFFFFu) * (1.0f / 65536.0f);
-        const float wy = static_cast<float>(static_cast<uint32_t>(y) & 0xFFFFu) * (1.0f / 65536.0f);
-        const float ax = 1.0f - wx, ay = 1.0f - wy;
-        for (int c = 0; c < 4; ++c) {
-            const float top = p0[c] * ax + p0[4 + c] * wx;
-            const float bot = p1[c] * ax + p1[4 + c] * wx;
-            out[c] = (top * ay + bot * wy) * 1.0f;
+        if (static_cast<unsigned>(ix) < static_cast<unsigned>(w - 1) &&
+            static_cast<unsigned>(iy) < static_cast<unsigned>(h - 1)) {
+            const T* p0 = base + static_cast<size_t>(iy) * stride + static_cast<size_t>(ix) * 4;
+            inner(p0, p0 + stride, static_cast<uint32_t>(x) & 0xFFFFu,
+                  static_cast<uint32_t>(y) & 0xFFFFu, out);
+        } else if (edge == EdgeBlack && (ix < -1 || iy < -1 || ix >= w || iy >= h)) {
+            out[0] = out[1] = out[2] = out[3] = Out{};
+        } else {
+            img.SamplePixel(x, y, edge, out);
         }
     }
 }
 
+}  // namespace
+
+// Same arithmetic, in the same order, as BilinearFloat and the integer SamplePixel.
+void Image::SamplePixels(const int32_t* xy, int n, Edge edge, float* out) const
+{
+    if (!IsFloat()) {
+        for (int i = 0; i < n; ++i) SamplePixel(xy[2 * i], xy[2 * i + 1], edge, out + 4 * i);
+        return;
+    }
+    SampleRow(*this, RowF(0), xy, n, edge, out,
+              [](const float* p0, const float* p1, uint32_t fx, uint32_t fy, float* o) {
+                  const float wx = static_cast<float>(fx) * (1.0f / 65536.0f);
+                  const float wy = static_cast<float>(fy) * (1.0f / 65536.0f);
+                  const float ax = 1.0f - wx, ay = 1.0f - wy;
+                  for (int c = 0; c < 4; ++c) {
+                      const float top = p0[c] * ax + p0[4 + c] * wx;
+                      const float bot = p1[c] * ax + p1[4 + c] * wx;
+                      o[c] = (top * ay + bot * wy) * 1.0f;
+                  }
+              });
+}
+
 void Image::SamplePixels(const int32_t* xy, int n, Edge edge, uint32_t* out) const
 {
-    const int w = Width(), h = Height();
     if (IsFloat()) {
         for (int i = 0; i < n; ++i) SamplePixel(xy[2 * i], xy[2 * i + 1], edge, out + 4 * i);
         return;
     }
-    const size_t stride = RowBytes() / sizeof(uint16_t);
-    const uint16_t* base = RowW(0);
-    for (int i = 0; i < n; ++i, out += 4) {
-        const int32_t x = xy[2 * i], y = xy[2 * i + 1];
-        const int ix = x >> 16, iy = y >> 16;
-        if (static_cast<unsigned>(ix) >= static_cast<unsigned>(w - 1) ||
-            static_cast<unsigned>(iy) >= static_cast<unsigned>(h - 1)) {
-            if (edge == EdgeBlack && (ix < -1 || iy < -1 || ix >= w || iy >= h)) {
-                out[0] = out[1] = out[2] = out[3] = 0;
-                continue;
-            }
-            SamplePixel(x, y, edge, out);
-            continue;
-        }
-        const uint16_t* p0 = base + static_cast<size_t>(iy) * stride + static_cast<size_t>(ix) * 4;
-        const uint16_t* p1 = p0 + stride;
-        const uint64_t fx = static_cast<uint32_t>(x) & 0xFFFFu, fy = static_cast<uint32_t>(y) & 0xFFFFu;
-        const uint64_t ix0 = 65536u - fx, iy0 = 65536u - fy;
-        for (int c = 0; c < 4; ++c) {
-            const uint64_t top = p0[c] * ix0 + p0[4 + c] * fx;
-            const uint64_t bot = p1[c] * ix0 + p1[4 + c] * fx;
-            out[c] = static_cast<uint32_t>((top * iy0 + bot * fy + (uint64_t(1) << 31)) >> 32);
-        }
-    }
+    SampleRow(*this, RowW(0), xy, n, edge, out,
+              [](const uint16_t* p0, const uint16_t* p1, uint32_t fx, uint32_t fy, uint32_t* o) {
+                  const uint64_t ix = 65536u - fx, iy = 65536u - fy;
+                  for (int c = 0; c < 4; ++c) {
+                      const uint64_t top = p0[c] * ix + p0[4 + c] * uint64_t(fx);
+                      const uint64_t bot = p1[c] * ix + p1[4 + c] * uint64_t(fx);
+                      o[c] = static_cast<uint32_t>((top * iy + bot * fy + (uint64_t(1) << 31)) >> 32);
+                  }
+              });
 }
 
 }  // namespace host

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <sstream>
 #include "app/values.h"
+#include "command_support.h"
 #include "host/errors.h"
 #include "host/image.h"
 #include "host/imageio.h"
@@ -17,18 +18,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct Result {
-    int code;
-    std::string out, err;
-};
-
-std::string Slurp(const fs::path& p)
-{
-    std::ifstream f(p);
-    std::stringstream s;
-    s << f.rdbuf();
-    return s.str();
-}
+using Result = zvtest::CommandResult;
+using zvtest::Slurp;
 
 class CommandTest : public ::testing::Test {
 protected:
@@ -41,17 +32,7 @@ protected:
     }
     void TearDown() override { fs::remove_all(dir); }
 
-    Result Run(const std::string& args)
-    {
-        const fs::path out = dir / ".stdout", err = dir / ".stderr";
-        const std::string cmd = "cd '" + dir.string() + "' && '" ZV_COMMAND "' " + args + " > '" +
-                                out.string() + "' 2> '" + err.string() + "' < /dev/null";
-        const int status = std::system(cmd.c_str());
-        Result r{WEXITSTATUS(status), Slurp(out), Slurp(err)};
-        fs::remove(out);
-        fs::remove(err);
-        return r;
-    }
+    Result Run(const std::string& args) { return zvtest::RunCommand(dir, args); }
 
     // Files in the folder, for checking that nothing was left behind.
     std::vector<std::string> Files()

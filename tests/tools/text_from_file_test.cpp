@@ -3,6 +3,7 @@
 // files that are missing, the declarations and visibility rules, a flow, and
 // the zelvarine command on an existing and a missing file.
 #include <gtest/gtest.h>
+#include "command_support.h"
 #include <unistd.h>
 #include <algorithm>
 #include <cstdlib>
@@ -261,28 +262,8 @@ TEST_F(TextFromFileFiles, InAFlowOverFramesAndWithTheFileGone)
 // The built command, run in the test's folder.
 class TextFromFileCommand : public TextFromFileFiles {
 protected:
-    struct Result {
-        int code;
-        std::string out, err;
-    };
-    static std::string Slurp(const fs::path& p)
-    {
-        std::ifstream f(p);
-        std::stringstream s;
-        s << f.rdbuf();
-        return s.str();
-    }
-    Result Run(const std::string& args)
-    {
-        const fs::path out = dir / ".stdout", err = dir / ".stderr";
-        const std::string cmd = "cd '" + dir.string() + "' && '" ZV_COMMAND "' " + args + " > '" +
-                                out.string() + "' 2> '" + err.string() + "' < /dev/null";
-        const int status = std::system(cmd.c_str());
-        Result r{WEXITSTATUS(status), Slurp(out), Slurp(err)};
-        fs::remove(out);
-        fs::remove(err);
-        return r;
-    }
+    using Result = zvtest::CommandResult;
+    Result Run(const std::string& args) { return zvtest::RunCommand(dir, args); }
 };
 
 TEST_F(TextFromFileCommand, PrintsTheLineOfTheFrame)
