@@ -4,6 +4,8 @@
 #include <functional>
 #include <string>
 #include <stdexcept>
+#include <memory>
+#include "bridge/operator.h"
 #include "framework/process.h"
 #include "host/registry.h"
 #include "host/threads.h"
@@ -87,5 +89,72 @@ inline KRenderSettings Settings(bool isFloat)
     s.depth = isFloat ? 2 : 1;
     return s;
 }
+
+// The effect inside a registered tool's operator.
+inline KEffect* EffectOf(host::Operator* op)
+{
+    if (auto* t = dynamic_cast<ZV_ThreadedOperator*>(op)) return t->Effect();
+    if (auto* s = dynamic_cast<ZV_SourceOperator*>(op)) return s->Effect();
+    return nullptr;
+}
+
+// A registered tool's effect driven without a request: fields are written
+// through its declarations, as the bridge leaves them.
+template <class E = KEffect> class EffectDriver {
+public:
+    explicit EffectDriver(const char* className) : op(Registered(className).creator())
+    {
+        effect = dynamic_cast<E*>(EffectOf(op.get()));
+        if (!effect) throw std::runtime_error(std::string("not of the expected family: ") + className);
+    }
+
+    // The control with this label; pages are passed over.
+    KParameter& Param(const std::string& label) const
+    {
+        for (KParameter* p = effect->inputs(); p; p = p->Next())
+            if (p->name == label && p->controlKind != kControlPage) return *p;
+        throw std::runtime_error("no parameter " + label);
+    }
+    template <class T> T& Field(const std::string& label, int32_t kind) const
+    {
+        KParameter& p = Param(label);
+        if (p.valueKind != kind) throw std::runtime_error("another kind of value: " + label);
+        return *static_cast<T*>(p.field);
+    }
+    // The field of the declaration with this id.
+    template <class T> T& Field(uint32_t id) const
+    {
+        KParameter* p = effect->inputList.Find(id);
+        if (!p) throw std::runtime_error("no declaration with that id");
+        return *static_cast<T*>(p->field);
+    }
+    // The host input with this id.
+    const host::Input& In(const char* id) const
+    {
+        const host::Input* in = op->FindInput(id);
+        if (!in) throw std::runtime_error(std::string("no input ") + id);
+        return *in;
+    }
+    void SetFloat(const std::string& label, float v) { Field<float>(label, kValueFloat) = v; }
+    void SetInt(const std::string& label, int32_t v) { Field<int32_t>(label, kValueInteger) = v; }
+    void SetBool(const std::string& label, bool v) { Field<bool>(label, kValueBoolean) = v; }
+    void SetText(const std::string& label, const std::string& v)
+    {
+        Field<std::string>(label, kValueText) = v;
+    }
+    void SetPoint(const std::string& label, float x, float y)
+    {
+        Field<KPoint2>(label, kValuePoint) = {x, y};
+    }
+    void SetColor(const std::string& label, KColor c) { Field<KColor>(label, kValueColor) = c; }
+    // An angle control's value in degrees, as the bridge hands it over.
+    void SetDegrees(const std::string& label, float degrees)
+    {
+        Field<float>(label, kValueFloat) = -degrees * 0.017453292f;
+    }
+
+    std::unique_ptr<host::Operator> op;
+    E* effect = nullptr;
+};
 
 }  // namespace zvtest

@@ -30,26 +30,8 @@ template <class P> std::vector<P> Pixels(const KImage& img)
 
 // An operator of a registered class. Its effect's fields are reached through
 // the declarations, as the bridge reaches them.
-struct Tool {
-    explicit Tool(const char* className)
-        : op(host::Registry::Get().FindClass(className)->creator()),
-          effect(static_cast<KEffectColor*>(static_cast<ZV_ThreadedOperator*>(op.get())->Effect()))
-    {
-    }
-
-    template <class T> T& Field(uint32_t id)
-    {
-        KParameter* p = effect->inputList.Find(id);
-        if (!p) ADD_FAILURE() << "no declaration " << std::hex << id;
-        return *static_cast<T*>(p->field);
-    }
-
-    const host::Input& In(const char* id) const
-    {
-        const host::Input* in = op->FindInput(id);
-        if (!in) ADD_FAILURE() << "no input " << id;
-        return *in;
-    }
+struct Tool : zvtest::EffectDriver<KEffectColor> {
+    using EffectDriver::EffectDriver;
 
     // The pixels through the effect's process, serial or threaded.
     template <class P> std::vector<P> Run(const std::vector<P>& pixels, bool threaded = false)
@@ -60,9 +42,6 @@ struct Tool {
         return Pixels<P>(*out);
     }
     template <class P> P Run(const P& pixel) { return Run(std::vector<P>{pixel})[0]; }
-
-    std::unique_ptr<host::Operator> op;
-    KEffectColor* effect;
 };
 
 // A tool in a flow, fed one constant image.

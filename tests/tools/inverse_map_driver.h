@@ -20,40 +20,10 @@ using zvtest::Registered;
 
 // A warp's effect without a request. Values are written as they arrive from
 // the bridge: angles negated in radians, points already in their unit.
-class Warp {
+class Warp : public zvtest::EffectDriver<KEffectWarp> {
 public:
-    explicit Warp(const char* className) : op(Registered(className).creator())
-    {
-        effect = dynamic_cast<KEffectWarp*>(static_cast<ZV_ThreadedOperator*>(op.get())->Effect());
-        if (!effect) throw std::runtime_error(std::string("not a warp: ") + className);
-    }
+    explicit Warp(const char* className) : EffectDriver(className) {}
     ~Warp() { Stop(); }
-
-    // The control with this label; pages are passed over.
-    KParameter& Param(const std::string& label) const
-    {
-        for (KParameter* p = effect->inputs(); p; p = p->Next())
-            if (p->name == label && p->controlKind != kControlPage) return *p;
-        throw std::runtime_error("no parameter " + label);
-    }
-    template <class T> T& Field(const std::string& label, int32_t kind) const
-    {
-        KParameter& p = Param(label);
-        EXPECT_EQ(p.valueKind, kind) << label;
-        return *static_cast<T*>(p.field);
-    }
-    void SetFloat(const std::string& label, float v) { Field<float>(label, kValueFloat) = v; }
-    void SetInt(const std::string& label, int32_t v) { Field<int32_t>(label, kValueInteger) = v; }
-    void SetBool(const std::string& label, bool v) { Field<bool>(label, kValueBoolean) = v; }
-    void SetPoint(const std::string& label, float x, float y)
-    {
-        Field<KPoint2>(label, kValuePoint) = {x, y};
-    }
-    // An angle control's value in degrees, as the bridge hands it over.
-    void SetDegrees(const std::string& label, float degrees)
-    {
-        Field<float>(label, kValueFloat) = -degrees * 0.017453292f;
-    }
 
     // Starts on an image of this size and pixel aspect (only its geometry is read).
     bool Start(int32_t w = 9, int32_t h = 9, float pixelAspect = 1.0f)
@@ -73,8 +43,6 @@ public:
     }
     bool Map(float x, float y, KPosition& out) const { return effect->InverseMap(out, {x, y}); }
 
-    std::unique_ptr<host::Operator> op;
-    KEffectWarp* effect = nullptr;
     std::unique_ptr<KImage> image;
     bool started = false;
 };

@@ -31,23 +31,14 @@ inline std::unique_ptr<KImage> Constant(int32_t w, int32_t h, float value)
 // An operator of a registered class; its effect's fields are reached through
 // the declarations, as the bridge reaches them. Image fields lent by a test
 // must be given back (set to null) before the tool goes.
-struct Tool {
-    explicit Tool(const char* className)
-        : op(host::Registry::Get().FindClass(className)->creator()),
-          effect(static_cast<KEffectPixel*>(static_cast<ZV_ThreadedOperator*>(op.get())->Effect()))
-    {
-    }
+struct Tool : zvtest::EffectDriver<KEffectPixel> {
+    using EffectDriver::EffectDriver;
     KParameter& Declared(uint32_t id) const { return *effect->inputList.Find(id); }
-    template <class T> T& Field(uint32_t id) { return *static_cast<T*>(Declared(id).field); }
-    const host::Input& In(const char* id) const { return *op->FindInput(id); }
     std::unique_ptr<KImage> Run(KImage* source, bool threaded = false)
     {
         return std::unique_ptr<KImage>(
             zvtest::RunEffect(*effect, source, zvtest::Settings(source->IsFloat()), threaded));
     }
-
-    std::unique_ptr<host::Operator> op;
-    KEffectPixel* effect;
 };
 
 // A tool in a flow, fed one image.

@@ -11,18 +11,8 @@
 namespace zvposition {
 
 // An operator of a registered class; fields are reached through the declarations.
-struct Tool {
-    explicit Tool(const char* className) : op(host::Registry::Get().FindClass(className)->creator())
-    {
-        auto* s = dynamic_cast<ZV_SourceOperator*>(op.get());
-        auto* t = dynamic_cast<ZV_ThreadedOperator*>(op.get());
-        effect = dynamic_cast<KEffectPosition*>(s ? s->Effect() : t->Effect());
-    }
-    template <class T> T& Field(uint32_t id)
-    {
-        return *static_cast<T*>(effect->inputList.Find(id)->field);
-    }
-    const host::Input& In(const char* id) const { return *op->FindInput(id); }
+struct Tool : zvtest::EffectDriver<KEffectPosition> {
+    using EffectDriver::EffectDriver;
 
     KImage* Run(KImage* source, bool threaded = false)
     {
@@ -40,9 +30,6 @@ struct Tool {
         else process->Run();
         return target;
     }
-
-    std::unique_ptr<host::Operator> op;
-    KEffectPosition* effect = nullptr;
 };
 
 template <class P> P At(const KImage& img, int32_t x, int32_t y)

@@ -18,38 +18,9 @@ namespace zvvalue {
 using zvtest::Registered;
 
 // A tool's effect, without a request: the host-free driver.
-class Tool {
+class Tool : public zvtest::EffectDriver<> {
 public:
-    explicit Tool(const char* className) : op(Registered(className).creator())
-    {
-        effect = static_cast<ZV_ThreadedOperator*>(op.get())->Effect();
-    }
-
-    // The declaration with this label (labels are unique where ids are not).
-    KParameter& Param(const std::string& label) const
-    {
-        for (KParameter* p = effect->inputs(); p; p = p->Next())
-            if (p->name == label) return *p;
-        throw std::runtime_error("no parameter " + label);
-    }
-    template <class T> T& Field(const std::string& label, int32_t kind) const
-    {
-        KParameter& p = Param(label);
-        EXPECT_EQ(p.valueKind, kind) << label;
-        return *static_cast<T*>(p.field);
-    }
-    void SetFloat(const std::string& label, float v) { Field<float>(label, kValueFloat) = v; }
-    void SetInt(const std::string& label, int32_t v) { Field<int32_t>(label, kValueInteger) = v; }
-    void SetBool(const std::string& label, bool v) { Field<bool>(label, kValueBoolean) = v; }
-    void SetText(const std::string& label, const std::string& v)
-    {
-        Field<std::string>(label, kValueText) = v;
-    }
-    void SetPoint(const std::string& label, float x, float y)
-    {
-        Field<KPoint2>(label, kValuePoint) = {x, y};
-    }
-    void SetColor(const std::string& label, KColor c) { Field<KColor>(label, kValueColor) = c; }
+    explicit Tool(const char* className) : EffectDriver(className) {}
 
     void Run(float time)
     {
@@ -65,9 +36,6 @@ public:
     }
     float Number(int32_t index = 0) const { return *static_cast<float*>(Output(index).field); }
     const std::string& Text() const { return *static_cast<std::string*>(Output(0).field); }
-
-    std::unique_ptr<host::Operator> op;
-    KEffect* effect = nullptr;
 };
 
 inline host::Input* In(host::Flow::Node& n, const char* id)

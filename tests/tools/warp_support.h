@@ -15,22 +15,12 @@ namespace warptest {
 
 // The effect of a registered tool on an 11 x 11 picture; fields are written
 // as the bridge leaves them (angles negated and in radians).
-struct Warp {
-    std::unique_ptr<host::Operator> op;
-    KEffectWarp* effect;
+struct Warp : zvtest::EffectDriver<KEffectWarp> {
     KImage* image = KImage::Create(11, 11, false);
 
-    explicit Warp(const char* className)
-        : op(host::Registry::Get().FindClass(className)->creator()),
-          effect(static_cast<KEffectWarp*>(static_cast<ZV_ThreadedOperator*>(op.get())->Effect()))
-    {
-    }
+    explicit Warp(const char* className) : EffectDriver(className) {}
     ~Warp() { delete image; }
 
-    template <class T> T& Field(uint32_t id)
-    {
-        return *static_cast<T*>(effect->inputList.Find(id)->field);
-    }
     void Set(uint32_t id, float v) { Field<float>(id) = v; }
     void SetInt(uint32_t id, int32_t v) { Field<int32_t>(id) = v; }
     void SetBool(uint32_t id, bool v) { Field<bool>(id) = v; }
