@@ -4,7 +4,7 @@
 #include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/numeric.h"
-#include "tools/image/pixel_store.h"
+#include "raster/pixel_store.h"
 
 class KEffectHueSaturation : public KEffectColor {
 public:

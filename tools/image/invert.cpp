@@ -5,7 +5,7 @@
 #include <algorithm>
 #include "bridge/operator.h"
 #include "framework/effect.h"
-#include "tools/image/pixel_store.h"
+#include "raster/pixel_store.h"
 
 class KEffectInvert : public KEffectColor {
 public:

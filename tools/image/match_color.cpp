@@ -7,7 +7,7 @@
 #include <cmath>
 #include "bridge/operator.h"
 #include "framework/effect.h"
-#include "tools/image/pixel_store.h"
+#include "raster/pixel_store.h"
 
 class KEffectMatchColor : public KEffectColor {
 public:

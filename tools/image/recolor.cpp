@@ -6,7 +6,7 @@
 #include <string>
 #include "bridge/operator.h"
 #include "framework/effect.h"
-#include "tools/image/pixel_store.h"
+#include "raster/pixel_store.h"
 
 class KEffectRecolor : public KEffectColor {
 public:

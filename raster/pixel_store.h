@@ -1,4 +1,4 @@
-// Whole-pixel stores and conversions for colour tools. The colour process
+// Whole-pixel stores and conversions for per-pixel code. The colour process
 // reads a finished pixel as one 16-byte value; four narrower stores in front
 // of that read would stall store forwarding on every pixel, so per-pixel code
 // hands its result over in one store. The conversions give the same bits as
