@@ -22,17 +22,7 @@ using json = nlohmann::ordered_json;
 
 namespace {
 
-// Limits and defaults are single-precision at heart: print them as such.
-std::string Number(double v)
-{
-    const float f = static_cast<float>(v);
-    if (static_cast<double>(f) == v) {
-        char buf[32];
-        std::snprintf(buf, sizeof buf, "%.7g", f);
-        return buf;
-    }
-    return host::Number(v).ToText();
-}
+std::string Number(double v) { return host::Number(v).ToText(); }
 
 std::string TypeName(const host::Input& in)
 {

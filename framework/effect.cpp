@@ -131,11 +131,6 @@ void KEffectPosition::ProcessPositionInt(KPositionPixelInt& out, const KPosition
     std::memcpy(out.extra, in.extra, sizeof out.extra);
 }
 
-bool KEffectImageShape::Start(KImage* input, KImage** output, void* extras)
-{
-    return KEffectImage::Start(input, output, extras);
-}
-
 void KEffectImageShape::ProcessJob(int32_t, int32_t, KImage*, KImage*)
 {
     // Drawing needs the shape value; with no shapes there is nothing to draw.

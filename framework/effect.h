@@ -120,7 +120,6 @@ public:
 class KShapeList;
 class KEffectImageShape : public KEffectThreads {
 public:
-    bool Start(KImage* input, KImage** output, void* extras) override;
     void ProcessJob(int32_t pass, int32_t job, KImage* source, KImage* target) override;
     virtual KShapeList* GetShapes() { return nullptr; }
 

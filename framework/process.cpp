@@ -51,53 +51,30 @@ template <> struct RowAccess<KPixelF> {
     static bool AlphaZero(const T* s) { return s[3] == 0.0f; }
 };
 
-// Pre-divide and post-multiply, colour by alpha; a zero alpha leaves colour alone.
-template <class P> inline void Divide(P& p);
-template <class P> inline void Multiply(P& p);
+// Pre-divide and post-multiply, colour by alpha; a zero alpha leaves colour
+// alone. One form for every pixel type: the channel type picks the path.
+template <class P> inline void Divide(P& p)
+{
+    if constexpr (std::is_floating_point_v<std::remove_reference_t<decltype(p.r)>>) {
+        if (p.a == 0.0f) return;
+        const float k = 1.0f / p.a;
+        p.r *= k; p.g *= k; p.b *= k;
+    } else {
+        if (p.a == 0) return;
+        for (int c = 0; c < 3; ++c) {
+            const auto v = static_cast<uint32_t>((static_cast<uint64_t>(p[c]) * 65535u + p.a / 2) / p.a);
+            p[c] = v > 65535u ? 65535u : v;
+        }
+    }
+}
 
-template <> inline void Divide(KPixel& p)
+template <class P> inline void Multiply(P& p)
 {
-    if (p.a == 0) return;
-    for (int c = 0; c < 3; ++c) {
-        uint32_t v = static_cast<uint32_t>((static_cast<uint64_t>(p[c]) * 65535u + p.a / 2) / p.a);
-        p[c] = v > 65535u ? 65535u : v;
+    if constexpr (std::is_floating_point_v<std::remove_reference_t<decltype(p.r)>>) {
+        p.r *= p.a; p.g *= p.a; p.b *= p.a;
+    } else {
+        for (int c = 0; c < 3; ++c) p[c] = KScaleInt(p[c], p.a);
     }
-}
-template <> inline void Multiply(KPixel& p)
-{
-    for (int c = 0; c < 3; ++c) p[c] = KScaleInt(p[c], p.a);
-}
-template <> inline void Divide(KPixelF& p)
-{
-    if (p.a == 0.0f) return;
-    float k = 1.0f / p.a;
-    p.r *= k; p.g *= k; p.b *= k;
-}
-template <> inline void Multiply(KPixelF& p)
-{
-    p.r *= p.a; p.g *= p.a; p.b *= p.a;
-}
-template <> inline void Divide(KPositionPixel& p)
-{
-    if (p.a == 0.0f) return;
-    float k = 1.0f / p.a;
-    p.r *= k; p.g *= k; p.b *= k;
-}
-template <> inline void Multiply(KPositionPixel& p)
-{
-    p.r *= p.a; p.g *= p.a; p.b *= p.a;
-}
-template <> inline void Divide(KPositionPixelInt& p)
-{
-    if (p.a == 0) return;
-    for (int c = 0; c < 3; ++c) {
-        uint32_t v = static_cast<uint32_t>((static_cast<uint64_t>(p[c]) * 65535u + p.a / 2) / p.a);
-        p[c] = v > 65535u ? 65535u : v;
-    }
-}
-template <> inline void Multiply(KPositionPixelInt& p)
-{
-    for (int c = 0; c < 3; ++c) p[c] = KScaleInt(p[c], p.a);
 }
 
 // Copies into `into` each channel whose switch is on.

@@ -1,7 +1,6 @@
 #include "host/threads.h"
 #include <memory>
 #include <mutex>
-#include <thread>
 #include <tbb/global_control.h>
 #include <tbb/parallel_for.h>
 
@@ -10,7 +9,6 @@ namespace host {
 namespace {
 std::mutex controlLock;
 std::unique_ptr<tbb::global_control> control;
-int threadLimit = 0;
 }  // namespace
 
 void DoMultiProcess(int jobs, const std::function<void(int)>& fn)
@@ -30,18 +28,9 @@ void SetThreadCount(int threads)
 {
     std::lock_guard<std::mutex> guard(controlLock);
     control.reset();
-    threadLimit = threads > 0 ? threads : 0;
-    if (threadLimit > 0)
+    if (threads > 0)
         control = std::make_unique<tbb::global_control>(
-            tbb::global_control::max_allowed_parallelism, threadLimit);
-}
-
-int ThreadCount()
-{
-    std::lock_guard<std::mutex> guard(controlLock);
-    if (threadLimit > 0) return threadLimit;
-    return static_cast<int>(tbb::global_control::active_value(
-        tbb::global_control::max_allowed_parallelism));
+            tbb::global_control::max_allowed_parallelism, threads);
 }
 
 }  // namespace host

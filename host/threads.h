@@ -9,6 +9,5 @@ void DoMultiProcess(int jobs, const std::function<void(int)>& fn);
 
 // Bounds the pool for the rest of the process; 0 means one per core.
 void SetThreadCount(int threads);
-int ThreadCount();
 
 }  // namespace host

@@ -4,6 +4,7 @@
 #include <cfloat>
 #include <cmath>
 #include <cstring>
+#include <vector>
 #include "host/image.h"
 #include "raster/image.h"
 
@@ -233,31 +234,35 @@ namespace {
 template <bool Inverse> void MaskBy(KImage& img, const KImage& mask)
 {
     const int32_t h = std::min(img.height, mask.height), w = std::min(img.width, mask.width);
+    // The mask's alphas of one row, in this image's form; beyond the mask they are 0.
+    std::vector<float> af(img.IsFloat() ? img.width : 0, 0.0f);
+    std::vector<uint32_t> aw(img.IsFloat() ? 0 : img.width, 0u);
     for (int32_t y = 0; y < img.height; ++y) {
         if (y >= h) {
             if (!Inverse) std::memset(img.RowW(y), 0, img.RowBytes());
             continue;
         }
-        for (int32_t x = 0; x < img.width; ++x) {
+        for (int32_t x = 0; x < w; ++x) {
             if (img.IsFloat()) {
-                float m = 0.0f;
-                if (x < w) {
-                    KPixelF p;
-                    mask.GetPixel(x, y, p, kEdgeBlack);
-                    m = p.a;
-                }
-                if (Inverse) m = 1.0f - m;
-                float* d = img.RowF(y) + 4 * x;
-                for (int c = 0; c < 4; ++c) d[c] *= m;
+                KPixelF p;
+                mask.GetPixel(x, y, p, kEdgeBlack);
+                af[x] = p.a;
             } else {
-                uint32_t m = 0;
-                if (x < w) {
-                    KPixel p;
-                    mask.GetPixel(x, y, p, kEdgeBlack);
-                    m = p.a;
-                }
-                if (Inverse) m = 65535u - m;
-                uint16_t* d = img.RowW(y) + 4 * x;
+                KPixel p;
+                mask.GetPixel(x, y, p, kEdgeBlack);
+                aw[x] = p.a;
+            }
+        }
+        if (img.IsFloat()) {
+            float* d = img.RowF(y);
+            for (int32_t x = 0; x < img.width; ++x, d += 4) {
+                const float m = Inverse ? 1.0f - af[x] : af[x];
+                for (int c = 0; c < 4; ++c) d[c] *= m;
+            }
+        } else {
+            uint16_t* d = img.RowW(y);
+            for (int32_t x = 0; x < img.width; ++x, d += 4) {
+                const uint32_t m = Inverse ? 65535u - aw[x] : aw[x];
                 for (int c = 0; c < 4; ++c) d[c] = static_cast<uint16_t>(KScaleInt(d[c], m));
             }
         }
