@@ -11,11 +11,6 @@ namespace {
 
 struct Beat : Tool {
     Beat() : Tool("ZV_NumberBeat") {}
-    float At(float t)
-    {
-        Run(t);
-        return Number();
-    }
 };
 
 TEST(NumberBeatEnvelope, DefaultsRiseDecaySustainReleaseThenRest)

@@ -14,11 +14,6 @@ namespace {
 
 struct Random : Tool {
     Random() : Tool("ZV_NumberRandom") {}
-    float At(float t)
-    {
-        Run(t);
-        return Number();
-    }
 };
 
 TEST(NumberRandomHash, ReferenceValuesOfTheGenerator)

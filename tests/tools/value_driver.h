@@ -35,6 +35,12 @@ public:
         return *o;
     }
     float Number(int32_t index = 0) const { return *static_cast<float*>(Output(index).field); }
+    // The first number output, evaluated at `time`.
+    float At(float time)
+    {
+        Run(time);
+        return Number();
+    }
     const std::string& Text() const { return *static_cast<std::string*>(Output(0).field); }
 };
 
