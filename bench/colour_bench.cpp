@@ -62,15 +62,9 @@ void BM_Colour(benchmark::State& state, Which which)
 
     OIIO::ImageBuf a = WrapForOIIO(*source), d = WrapForOIIO(*target);
     reference(d, a);  // warm
-    double oiio = 0.0;
-    constexpr int kRuns = 5;
-    for (int i = 0; i < kRuns; ++i) oiio += Seconds([&] { reference(d, a); });
-    oiio /= kRuns;
-
-    Measure(state, *source, *target, [&] { RunProcess(*tool->effect, source.get(), target, s); });
-    const double mean = state.counters["x_floor"].value * state.counters["floor_ms"].value * 1e-3;
-    state.counters["oiio_ms"] = oiio * 1e3;
-    state.counters["x_oiio"] = mean / oiio;
+    const double oiio = Best(5, [&] { reference(d, a); });
+    Measure(state, *source, *target, [&] { RunProcess(*tool->effect, source.get(), target, s); },
+            oiio);
     delete target;
 }
 

@@ -33,27 +33,44 @@ inline void CopyBytes(const KImage& from, KImage& to)
     });
 }
 
-// Best of five copies of the same bytes: the floor the figures are measured against.
-inline double MemcpyFloor(const KImage& from, KImage& to)
+// The shortest of `runs` timings of `fn`.
+inline double Best(int runs, const std::function<void()>& fn)
 {
     double best = 1e30;
-    for (int i = 0; i < 5; ++i) best = std::min(best, Seconds([&] { CopyBytes(from, to); }));
+    for (int i = 0; i < runs; ++i) best = std::min(best, Seconds(fn));
     return best;
 }
 
-// Runs `body` in the benchmark loop and reports its time over the floor.
-inline void Measure(benchmark::State& state, const KImage& from, KImage& to,
-                    const std::function<void()>& body)
+// Best of five copies of the same bytes: the floor the figures are measured against.
+inline double MemcpyFloor(const KImage& from, KImage& to)
 {
-    const double floor = MemcpyFloor(from, to);
-    double total = 0.0;
+    return Best(5, [&] { CopyBytes(from, to); });
+}
+
+// Runs `body` in the benchmark loop and reports its best time over the floor
+// and, when given, over the reference's best time. A floor copy runs beside
+// every iteration and every figure is a best of several runs, so that a shared
+// machine's pauses do not land on one side only.
+inline void Measure(benchmark::State& state, const KImage& from, KImage& to,
+                    const std::function<void()>& body, double reference = 0.0)
+{
+    double floor = MemcpyFloor(from, to), best = 1e30;
     int64_t n = 0;
     for (auto _ : state) {
-        total += Seconds(body);
+        best = std::min(best, Seconds(body));
+        state.PauseTiming();
+        floor = std::min(floor, Seconds([&] { CopyBytes(from, to); }));
+        state.ResumeTiming();
         ++n;
     }
+    if (!n) return;
     state.counters["floor_ms"] = floor * 1e3;
-    state.counters["x_floor"] = n ? total / n / floor : 0.0;
+    state.counters["best_ms"] = best * 1e3;
+    state.counters["x_floor"] = best / floor;
+    if (reference > 0.0) {
+        state.counters["oiio_ms"] = reference * 1e3;
+        state.counters["x_oiio"] = best / reference;
+    }
     state.SetBytesProcessed(n * int64_t(from.RowBytes()) * from.height);
 }
 
@@ -116,7 +133,7 @@ inline void DepthsAndThreads(benchmark::internal::Benchmark* b)
     b->ArgNames({"float", "threads"});
     for (int f : {0, 1})
         for (int t : {1, 2}) b->Args({f, t});
-    b->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5);
+    b->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
 }
 
 }  // namespace zvbench

@@ -8,11 +8,8 @@
 // host flow, with the transfer and a new output image per frame. The
 // ImageBufAlgo figure for Lens Distortion is the same affine warp: it has no
 // lens warp of its own, so it stands as the cost of a bilinear warp.
-// Beside the wall-clock ratios (x_floor, x_oiio), cpu_x_floor and cpu_x_oiio
-// give the same in processor time, which holds steady on a busy machine.
 #include <OpenImageIO/imagebuf.h>
 #include <OpenImageIO/imagebufalgo.h>
-#include <time.h>
 #include <map>
 #include <memory>
 #include "bridge/operator.h"
@@ -56,35 +53,10 @@ Matrix33 TransformMatrix(const KImage& img)
     return {{{f.m[0][0], f.m[1][0], 0.0f}, {f.m[0][1], f.m[1][1], 0.0f}, {f.m[0][2], f.m[1][2], 1.0f}}};
 }
 
-// Processor time of the whole process, all threads: on a shared machine it
-// shows the work done where the wall clock also shows the waiting.
-double CpuSeconds(const std::function<void()>& fn)
+// ImageBufAlgo::warp's best time at a thread count, measured once per run.
+double Reference(const KImage& source, KImage& target, int threads)
 {
-    auto now = [] {
-        timespec t;
-        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
-        return static_cast<double>(t.tv_sec) + 1e-9 * static_cast<double>(t.tv_nsec);
-    };
-    const double t0 = now();
-    fn();
-    return now() - t0;
-}
-
-double BestCpu(int runs, const std::function<void()>& fn)
-{
-    double best = 1e30;
-    for (int i = 0; i < runs; ++i) best = std::min(best, CpuSeconds(fn));
-    return best;
-}
-
-struct Timing {
-    double wall = 0.0, cpu = 0.0;
-};
-
-// ImageBufAlgo::warp's times at a thread count, best of three, measured once per run.
-Timing Reference(const KImage& source, KImage& target, int threads)
-{
-    static std::map<int, Timing> known;
+    static std::map<int, double> known;
     auto it = known.find(threads);
     if (it != known.end()) return it->second;
     OIIO::ImageBuf a = WrapForOIIO(source), d = WrapForOIIO(target);
@@ -94,25 +66,7 @@ Timing Reference(const KImage& source, KImage& target, int threads)
                                  threads);
     };
     run();  // warm
-    Timing best{1e30, 0.0};
-    for (int i = 0; i < 3; ++i) best.wall = std::min(best.wall, Seconds(run));
-    best.cpu = BestCpu(3, run);
-    return known[threads] = best;
-}
-
-// The wall-clock figures of Measure, then the same ratios in processor time.
-void Report(benchmark::State& state, const KImage& source, KImage& target,
-            const std::function<void()>& body, const Timing& oiio)
-{
-    Measure(state, source, target, body);
-    const double mean = state.counters["x_floor"].value * state.counters["floor_ms"].value * 1e-3;
-    state.counters["oiio_ms"] = oiio.wall * 1e3;
-    state.counters["x_oiio"] = mean / oiio.wall;
-    const double floorCpu = BestCpu(5, [&] { CopyBytes(source, target); });
-    const double cpu = BestCpu(3, body);
-    state.counters["cpu_ms"] = cpu * 1e3;
-    state.counters["cpu_x_floor"] = cpu / floorCpu;
-    state.counters["cpu_x_oiio"] = cpu / oiio.cpu;
+    return known[threads] = Best(3, run);
 }
 
 enum Which { kTransform, kLens };
@@ -129,7 +83,7 @@ void BM_Warp(benchmark::State& state, Which which, bool flow)
     }
     std::unique_ptr<KImage> source(Plate(true));
     std::unique_ptr<KImage> target(source->CreateLike());
-    const Timing oiio = Reference(*source, *target, threads);
+    const double oiio = Reference(*source, *target, threads);
     std::function<void()> body;
 
     if (flow) {
@@ -150,7 +104,7 @@ void BM_Warp(benchmark::State& state, Which which, bool flow)
             host::Value out = f.Evaluate(node, node.op->MainOutput(), 0.0);
             benchmark::DoNotOptimize(out.get());
         };
-        Report(state, *source, *target, body, oiio);
+        Measure(state, *source, *target, body, oiio);
     } else {
         Tool tool(*reg);
         if (which == kTransform) {
@@ -164,7 +118,7 @@ void BM_Warp(benchmark::State& state, Which which, bool flow)
         s.filter = filter;
         KImage* out = target.get();
         body = [&] { RunProcess(*tool.effect, source.get(), out, s); };
-        Report(state, *source, *target, body, oiio);
+        Measure(state, *source, *target, body, oiio);
     }
 }
 
@@ -173,7 +127,7 @@ void Args(benchmark::internal::Benchmark* b, std::initializer_list<int> filters)
     b->ArgNames({"filter", "threads"});
     for (int f : filters)
         for (int t : {1, 2}) b->Args({f, t});
-    b->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5);
+    b->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
 }
 
 }  // namespace
