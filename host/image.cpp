@@ -1,8 +1,39 @@
 #include "host/image.h"
 #include <algorithm>
 #include <cstring>
+#include <new>
+#include <sys/mman.h>
 
 namespace host {
+
+namespace {
+constexpr size_t kHugePage = size_t(2) << 20;
+}
+
+// Below a few huge pages the heap serves; above, an anonymous mapping (zeroed
+// by the kernel) aligned to a huge page and advised to use them.
+Image::Pixels Image::Allocate(size_t bytes)
+{
+    if (bytes < 4 * kHugePage) return Pixels(new uint8_t[bytes ? bytes : 1](), Release{0});
+    bytes = (bytes + kHugePage - 1) & ~(kHugePage - 1);
+    const size_t span = bytes + kHugePage;
+    void* m = mmap(nullptr, span, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (m == MAP_FAILED) throw std::bad_alloc();
+    uint8_t* base = static_cast<uint8_t*>(m);
+    uint8_t* aligned = reinterpret_cast<uint8_t*>(
+        (reinterpret_cast<uintptr_t>(base) + kHugePage - 1) & ~(kHugePage - 1));
+    if (aligned > base) munmap(base, aligned - base);
+    const size_t tail = span - (aligned - base) - bytes;
+    if (tail) munmap(aligned + bytes, tail);
+    madvise(aligned, bytes, MADV_HUGEPAGE);
+    return Pixels(aligned, Release{bytes});
+}
+
+void Image::Release::operator()(uint8_t* p) const
+{
+    if (bytes) munmap(p, bytes);
+    else delete[] p;
+}
 
 Image::Image(const ImageSpec& spec) : spec_(spec)
 {
@@ -10,7 +41,7 @@ Image::Image(const ImageSpec& spec) : spec_(spec)
     spec_.height = std::max(spec_.height, 0);
     rowBytes_ = static_cast<size_t>(spec_.width) * PixelBytes();
     size_t bytes = rowBytes_ * static_cast<size_t>(spec_.height);
-    data_.reset(new uint8_t[bytes ? bytes : 1]());
+    data_ = Allocate(bytes);
     std::vector<int> aux;
     for (int c : spec_.aux)
         if (c > ChanAlpha && std::find(aux.begin(), aux.end(), c) == aux.end()) aux.push_back(c);

@@ -131,9 +131,18 @@ private:
     void Integral(double x, double y, double out[4]) const;
     void AreaMean(double x0, double y0, double x1, double y1, Edge edge, double out[4]) const;
 
+    // Zeroed pixel memory; large buffers are mapped on huge pages so that
+    // warps reading across many rows do not thrash the address translation.
+    struct Release {
+        size_t bytes;
+        void operator()(uint8_t* p) const;
+    };
+    using Pixels = std::unique_ptr<uint8_t[], Release>;
+    static Pixels Allocate(size_t bytes);
+
     ImageSpec spec_;
     size_t rowBytes_ = 0;
-    std::unique_ptr<uint8_t[]> data_;
+    Pixels data_;
     std::vector<std::unique_ptr<float[]>> auxData_;
     std::vector<double> sat_;  // (width+1) * (height+1) * 4 running sums
     mutable std::atomic<int> uses_{1};

@@ -352,7 +352,7 @@ void Image::SamplePixels(const int32_t* xy, int n, Edge edge, float* out) const
                   for (int c = 0; c < 4; ++c) {
                       const float top = p0[c] * ax + p0[4 + c] * wx;
                       const float bot = p1[c] * ax + p1[4 + c] * wx;
-                      o[c] = (top * ay + bot * wy) * 1.0f;
+                      o[c] = top * ay + bot * wy;
                   }
               });
 }

@@ -208,3 +208,26 @@ TEST(HostSamplePixel, RowReadsEqualSingleReads)
         }
     }
 }
+
+namespace {
+
+// Plates large enough for the mapped allocation start black, hold what is
+// written to their last byte, and copy whole.
+TEST(HostImageMemory, LargePlatesStartBlackAndCopyWhole)
+{
+    host::ImageSpec spec;
+    spec.width = 2049;  // rows not a multiple of any page
+    spec.height = 1031;
+    spec.depth = host::DepthFloat32;
+    Img img(Image::New(spec));
+    ASSERT_GT(img->RowBytes() * spec.height, size_t(8) << 20);
+    for (int y : {0, 517, spec.height - 1})
+        for (int x : {0, 1024, spec.width - 1})
+            for (int c = 0; c < 4; ++c) ASSERT_EQ(img->RowF(y)[4 * x + c], 0.0f) << x << "," << y;
+    img->RowF(spec.height - 1)[4 * spec.width - 1] = 0.75f;
+    Img copy(img->CopyOfImage());
+    EXPECT_EQ(copy->RowF(spec.height - 1)[4 * spec.width - 1], 0.75f);
+    EXPECT_EQ(copy->RowF(0)[0], 0.0f);
+}
+
+}  // namespace
