@@ -95,6 +95,16 @@ void KEffectColor::ProcessColorInt(KPixel& out, const KPixel& in)
     KToInt(fout, out);
 }
 
+void KEffectColor::ProcessColors(KPixelF* out, const KPixelF* in, int32_t n)
+{
+    for (int32_t i = 0; i < n; ++i) ProcessColor(out[i], in[i]);
+}
+
+void KEffectColor::ProcessColorsInt(KPixel* out, const KPixel* in, int32_t n)
+{
+    for (int32_t i = 0; i < n; ++i) ProcessColorInt(out[i], in[i]);
+}
+
 void KEffectPixel::ProcessPixel(KPixel& out, int32_t x, int32_t y, KImage* image)
 {
     KPixelF f;

@@ -80,6 +80,10 @@ public:
     int32_t GetFamily() override { return kFamilyColor; }
     virtual void ProcessColor(KPixelF& out, const KPixelF& in) = 0;
     virtual void ProcessColorInt(KPixel& out, const KPixel& in);
+    // The process hands over a run of pixels at a time; the defaults call the
+    // per-pixel forms. An effect overrides them to work on several pixels at once.
+    virtual void ProcessColors(KPixelF* out, const KPixelF* in, int32_t n);
+    virtual void ProcessColorsInt(KPixel* out, const KPixel* in, int32_t n);
 };
 
 class KEffectPixel : public KEffectImage {

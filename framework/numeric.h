@@ -1,6 +1,7 @@
 // Numeric helpers shared by every tool: the random generator, ramps, roots.
 #pragma once
 #include <cstdint>
+#include "framework/lanes.h"
 
 // The generator is the C standard's reference rand (15 bits, RAND_MAX 32767),
 // kept per thread so that a job that seeds and draws gets the same numbers
@@ -21,15 +22,21 @@ float KTimeNoise(float time, int32_t seed);
 float KRamp(float x, float a, float b, int32_t shape);
 bool KQuadraticRoots(float a, float b, float c, float& r1, float& r2);
 
-// Segment function of the HLS to RGB conversion; inline, as colour tools call
-// it three times a pixel.
-inline float KHueSegment(float m1, float m2, float h)
+// Segment function of the HLS to RGB conversion, for one pixel or four lanes.
+// The rise is in single precision, the fall in double. The bounds 1/6 and 2/3
+// are double: a float lies below one exactly when it lies below the nearest
+// float above it, which is what the two constants are.
+constexpr float kSixthAbove = 0.16666667f, kTwoThirdsAbove = 0.6666667f;
+static_assert(double(kSixthAbove) > 1.0 / 6.0 && double(kTwoThirdsAbove) > 2.0 / 3.0);
+
+template <class V> [[gnu::always_inline]] inline V KHueSegment(V m1, V m2, V h)
 {
-    if (h > 1.0f) h -= 1.0f;
-    if (h < 0.0f) h += 1.0f;
-    if (h < 0.16666666666666666) return (m2 - m1) * h * 6.0f + m1;
-    if (h < 0.5f) return m2;
-    if (h < 0.6666666666666666)
-        return static_cast<float>((m2 - m1) * (2.0 / 3.0 - h) * 6.0 + m1);
-    return m1;
+    h = KSelect(h > 1.0f, h - 1.0f, h);
+    h = KSelect(h < 0.0f, h + 1.0f, h);
+    const V rise = (m2 - m1) * h * 6.0f + m1;
+    V fall = m1;
+    if (KAny((h >= 0.5f) & (h < kTwoThirdsAbove)))
+        fall = KNarrow(KWiden(m2 - m1) * (2.0 / 3.0 - KWiden(h)) * 6.0 + KWiden(m1));
+    return KSelect(h < kSixthAbove, rise,
+                   KSelect(h < 0.5f, m2, KSelect(h < kTwoThirdsAbove, fall, m1)));
 }

@@ -97,6 +97,14 @@ template <class P, class Q> inline void MergeOff(P& into, const Q& from, const K
 
 inline void Colour(KEffectColor* e, KPixelF& out, const KPixelF& in) { e->ProcessColor(out, in); }
 inline void Colour(KEffectColor* e, KPixel& out, const KPixel& in) { e->ProcessColorInt(out, in); }
+inline void Colours(KEffectColor* e, KPixelF* out, const KPixelF* in, int32_t n)
+{
+    e->ProcessColors(out, in, n);
+}
+inline void Colours(KEffectColor* e, KPixel* out, const KPixel* in, int32_t n)
+{
+    e->ProcessColorsInt(out, in, n);
+}
 
 constexpr float kNoMap = -1e30f;  // grid entry of a failed mapping
 
@@ -214,25 +222,24 @@ template <class P> void KProcessImageColor::Row(int32_t y)
             if (all && !pre) {
                 // Float pixels are the effect's own form: it reads the row and
                 // writes the buffer with no copy between.
-                const auto* from = reinterpret_cast<const KPixelF*>(s);
-                auto* to = reinterpret_cast<KPixelF*>(done);
-                for (int32_t i = 0; i < m; ++i) e->ProcessColor(to[i], from[i]);
+                e->ProcessColors(reinterpret_cast<KPixelF*>(done),
+                                 reinterpret_cast<const KPixelF*>(s), m);
                 KStreamCopy(out + 4 * x0, done, size_t(m) * 4 * sizeof(T));
                 continue;
             }
         }
-        for (int32_t i = 0; i < m; ++i, s += 4) {
-            P p, o;
-            A::Load(s, p);
-            if (pre) {
-                P c = p;
-                Divide(c);
-                Colour(e, o, c);
-                Multiply(o);
-            } else {
-                Colour(e, o, p);
-            }
+        alignas(16) P from[kChunk], to[kChunk];
+        for (int32_t i = 0; i < m; ++i) {
+            A::Load(s + 4 * i, from[i]);
+            if (pre) Divide(from[i]);
+        }
+        Colours(e, to, from, m);
+        for (int32_t i = 0; i < m; ++i) {
+            P& o = to[i];
+            if (pre) Multiply(o);
             if (!all) {
+                P p;
+                A::Load(s + 4 * i, p);
                 MergeOn(p, o, settings);
                 o = p;
             }
@@ -566,14 +573,18 @@ template <class P> void KProcessImageInverse::PointRow(int32_t y, bool interpola
         } else {
             source->SamplePixels(xy, m, got, edges);
         }
-        alignas(16) T done[kChunk * 4];
         for (int32_t i = 0; i < m; ++i) {
-            P p{};
-            if (how[i] == kOwn) source->GetPixel(x0 + i, y, p, edges);
-            else if (how[i] == kMapped) p = got[i];
-            A::Store(done + 4 * i, p);
+            if (how[i] == kOwn) source->GetPixel(x0 + i, y, got[i], edges);
+            else if (how[i] == kFailed) got[i] = P{};
         }
-        KStreamCopy(out + 4 * x0, done, size_t(m) * 4 * sizeof(T));
+        if constexpr (sizeof(P) == 4 * sizeof(T)) {
+            // Float pixels are already laid out as the row stores them.
+            KStreamCopy(out + 4 * x0, got, size_t(m) * sizeof(P));
+        } else {
+            alignas(16) T done[kChunk * 4];
+            for (int32_t i = 0; i < m; ++i) A::Store(done + 4 * i, got[i]);
+            KStreamCopy(out + 4 * x0, done, size_t(m) * 4 * sizeof(T));
+        }
     }
     KStreamFence();
 }

@@ -29,12 +29,20 @@ inline void KStorePixel(KPixel& out, uint32_t r, uint32_t g, uint32_t b, uint32_
 #endif
 }
 
+#if defined(__SSE2__)
+// The pixel conversion to float of one pixel's four channels.
+inline __m128 KLoadFloatLanes(const KPixel& in)
+{
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(&in.r));
+    return _mm_mul_ps(_mm_cvtepi32_ps(v), _mm_set1_ps(kIntToFloat));
+}
+#endif
+
 // The pixel conversion to float, all four channels at once.
 inline void KLoadFloat(KPixelF& out, const KPixel& in)
 {
 #if defined(__SSE2__)
-    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(&in.r));
-    _mm_storeu_ps(&out.r, _mm_mul_ps(_mm_cvtepi32_ps(v), _mm_set1_ps(kIntToFloat)));
+    _mm_storeu_ps(&out.r, KLoadFloatLanes(in));
 #else
     KToFloat(in, out);
 #endif
@@ -50,16 +58,22 @@ inline uint32_t KFloatToIntDouble(float v)
     return static_cast<uint32_t>(static_cast<double>(v) * 65535.0);
 }
 
-inline void KStoreIntDouble(KPixel& out, const KPixelF& in)
-{
 #if defined(__SSE2__)
+inline void KStoreIntDouble(KPixel& out, __m128 v)
+{
     // max gives its second operand for NaN, so NaN clips to 0 as above.
-    const __m128 v =
-        _mm_min_ps(_mm_max_ps(_mm_loadu_ps(&in.r), _mm_setzero_ps()), _mm_set1_ps(1.0f));
+    v = _mm_min_ps(_mm_max_ps(v, _mm_setzero_ps()), _mm_set1_ps(1.0f));
     const __m128d scale = _mm_set1_pd(65535.0);
     const __m128i low = _mm_cvttpd_epi32(_mm_mul_pd(_mm_cvtps_pd(v), scale));
     const __m128i high = _mm_cvttpd_epi32(_mm_mul_pd(_mm_cvtps_pd(_mm_movehl_ps(v, v)), scale));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(&out.r), _mm_unpacklo_epi64(low, high));
+}
+#endif
+
+inline void KStoreIntDouble(KPixel& out, const KPixelF& in)
+{
+#if defined(__SSE2__)
+    KStoreIntDouble(out, _mm_loadu_ps(&in.r));
 #else
     out = {KFloatToIntDouble(in.r), KFloatToIntDouble(in.g), KFloatToIntDouble(in.b),
            KFloatToIntDouble(in.a)};

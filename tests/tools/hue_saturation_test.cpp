@@ -1,3 +1,4 @@
+#include <cstring>
 #include <memory>
 #include "colour_support.h"
 
@@ -90,6 +91,58 @@ TEST(HueSaturationColour, HueTurnColorizeAndAlpha)
     EXPECT_EQ(f.a, 0.75f);
     i = t.Run(KPixel{65535, 0, 0, 65535});
     EXPECT_EQ(i.a, 65535u);  // clipped
+}
+
+// Rows run four pixels at a time; each must come out as the same pixel alone,
+// bit for bit, over greys, ties, primaries, hue sector edges and values outside 0..1.
+TEST(HueSaturationLanes, FourAtOnceEqualOneAtATime)
+{
+    std::vector<KPixelF> pixels = {
+        {0.4f, 0.4f, 0.4f, 1.0f}, {1.0f, 0.0f, 0.0f, 0.5f}, {0.0f, 1.0f, 0.0f, 1.0f},
+        {0.0f, 0.0f, 1.0f, 0.0f}, {0.7f, 0.7f, 0.2f, 1.0f}, {0.2f, 0.7f, 0.7f, 1.0f},
+        {0.7f, 0.2f, 0.7f, 1.0f}, {-0.5f, 1.75f, 0.3f, 2.0f}, {0.0f, 0.0f, 0.0f, 0.0f},
+        {1.0f, 1.0f, 1.0f, 1.0f}, {1.0f, 0.5f, 0.0f, 1.0f}, {1.0f, 0.0f, 1.0f / 6.0f, 1.0f},
+    };
+    uint32_t seed = 12345;
+    auto next = [&] {
+        seed = seed * 1103515245u + 12345u;
+        return static_cast<float>((seed >> 8) & 0xFFFF) / 52000.0f - 0.1f;
+    };
+    while (pixels.size() < 403) pixels.push_back({next(), next(), next(), next()});
+    std::vector<KPixel> codes;
+    for (const KPixelF& f : pixels) {
+        KPixel p;
+        KToInt(f, p);
+        codes.push_back(p);
+    }
+    struct Setting {
+        float hue, satMul, satAdd, lightMul, lightAdd;
+        bool colorize;
+    };
+    const Setting settings[] = {{0.3f, 1.0f, 0.0f, 1.0f, 0.0f, false},
+                                {-0.8f, 1.6f, -0.2f, 0.7f, 0.1f, false},
+                                {0.5f, 0.0f, 0.3f, 1.9f, -0.4f, true},
+                                {1.0f / 3.0f, 2.0f, 1.0f, 0.0f, 0.9f, false}};
+    HueTool t;
+    for (const Setting& c : settings) {
+        t.Hue() = c.hue;
+        t.Field<float>("sSaM"_id) = c.satMul;
+        t.Field<float>("sSat"_id) = c.satAdd;
+        t.Field<float>("sLiM"_id) = c.lightMul;
+        t.Field<float>("sLig"_id) = c.lightAdd;
+        t.Field<bool>("cCol"_id) = c.colorize;
+        SCOPED_TRACE(c.hue);
+        const std::vector<KPixelF> row = t.Run(pixels);
+        const std::vector<KPixel> rowInt = t.Run(codes);
+        for (size_t i = 0; i < pixels.size(); ++i) {
+            KPixelF one;
+            t.effect->ProcessColor(one, pixels[i]);
+            KPixel oneInt;
+            t.effect->ProcessColorInt(oneInt, codes[i]);
+            ASSERT_EQ(std::memcmp(&row[i], &one, sizeof one), 0) << "float pixel " << i;
+            ASSERT_EQ(std::memcmp(&rowInt[i], &oneInt, sizeof oneInt), 0) << "integer pixel " << i;
+        }
+    }
 }
 
 TEST(HueSaturationFlow, SaturationFromTheHost)

@@ -4,7 +4,6 @@
 #include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/numeric.h"
-#include "raster/pixel_store.h"
 
 class KEffectHueSaturation : public KEffectColor {
 public:
@@ -31,50 +30,59 @@ public:
                lightMul != 1.0f || colorize;
     }
 
-    void ProcessColor(KPixelF& out, const KPixelF& in) override { Adjust(out, in); }
+    void ProcessColor(KPixelF& out, const KPixelF& in) override { ProcessColors(&out, &in, 1); }
+    void ProcessColorInt(KPixel& out, const KPixel& in) override { ProcessColorsInt(&out, &in, 1); }
 
-    void ProcessColorInt(KPixel& out, const KPixel& in) override
-    {
-        KPixelF f, o;
-        KLoadFloat(f, in);
-        Adjust(o, f);
-        KStoreIntDouble(out, o);
-    }
+    void ProcessColors(KPixelF* out, const KPixelF* in, int32_t n) override { Run(out, in, n); }
+    void ProcessColorsInt(KPixel* out, const KPixel* in, int32_t n) override { Run(out, in, n); }
 
 private:
-    void Adjust(KPixelF& out, const KPixelF& in) const
+    // Each depth's kernel, built for any x86-64 and for AVX2.
+    auto Pixel() const
     {
-        const float r = in.r, g = in.g, b = in.b;
-        const float hi = std::max(r, std::max(g, b));
-        const float lo = std::min(r, std::min(g, b));
-        const float l = (lo + hi) * 0.5f;
-        float h = 0.0f, s = 0.0f;
-        if (hi != lo) {
-            const float span = hi - lo;
-            s = l <= 0.5f ? span / (hi + lo) : span / (2.0f - (hi + lo));
-            const float k = 1.0f / span;
-            if (hi == r) h = (g - b) * k;
-            else if (hi != g) h = (r - g) * k + 4.0f;
-            else h = (b - r) * k + 2.0f;
-            h = h * 0.16666667f;
-            if (h < 0.0f) h += 1.0f;
-        }
-        const float s2 = std::clamp(s * satMul + satAdd, 0.0f, 1.0f);
-        const float l2 = std::clamp(l * lightMul + lightAdd, 0.0f, 1.0f);
-        float h2 = colorize ? hue : h + hue;
-        if (h2 >= 1.0f) h2 -= 1.0f;
-        if (h2 < 0.0f) h2 += 1.0f;
-        const float a = lightAdd + in.a;
-        if (s2 == 0.0f) {
-            KStorePixel(out, l2, l2, l2, a);
-            return;
-        }
-        const float m2 = l2 > 0.5f ? s2 + l2 - s2 * l2 : (s2 + 1.0f) * l2;
-        const float m1 = 2.0f * l2 - m2;
-        const float hr = static_cast<float>(h2 + 1.0 / 3.0);
-        const float hb = static_cast<float>(h2 - 1.0 / 3.0);
-        KStorePixel(out, KHueSegment(m1, m2, hr), KHueSegment(m1, m2, h2),
-                    KHueSegment(m1, m2, hb), a);
+        return [this](auto r, auto g, auto b, auto a, auto* o)
+                   ZV_LANE_INLINE_LAMBDA { Adjust(r, g, b, a, o); };
+    }
+
+    ZV_LANES_CLONES void Run(KPixelF* out, const KPixelF* in, int32_t n) const
+    {
+        KEachPixel(out, in, n, Pixel());
+    }
+    ZV_LANES_CLONES void Run(KPixel* out, const KPixel* in, int32_t n) const
+    {
+        KEachPixel(out, in, n, Pixel());
+    }
+    // One pixel, or one pixel in each lane: through HLS and back.
+    template <class V> [[gnu::always_inline]] void Adjust(V r, V g, V b, V a, V out[4]) const
+    {
+        const V hi = KMax(r, KMax(g, b));
+        const V lo = KMin(r, KMin(g, b));
+        const V l = (lo + hi) * 0.5f;
+        const auto grey = hi == lo;
+        const V span = hi - lo;
+        const V k = 1.0f / span;
+        V s = KSelect(l <= 0.5f, span / (hi + lo), span / (2.0f - (hi + lo)));
+        V h = KSelect(hi == r, (g - b) * k,
+                      KSelect(hi != g, (r - g) * k + 4.0f, (b - r) * k + 2.0f));
+        h = h * 0.16666667f;
+        h = KSelect(h < 0.0f, h + 1.0f, h);
+        h = KSelect(grey, KSplat<V>(0.0f), h);
+        s = KSelect(grey, KSplat<V>(0.0f), s);
+        const V s2 = KClamp(s * satMul + satAdd, 0.0f, 1.0f);
+        const V l2 = KClamp(l * lightMul + lightAdd, 0.0f, 1.0f);
+        V h2 = colorize ? KSplat<V>(hue) : h + hue;
+        h2 = KSelect(h2 >= 1.0f, h2 - 1.0f, h2);
+        h2 = KSelect(h2 < 0.0f, h2 + 1.0f, h2);
+        const V m2 = KSelect(l2 > 0.5f, s2 + l2 - s2 * l2, (s2 + 1.0f) * l2);
+        const V m1 = 2.0f * l2 - m2;
+        const V hr = KNarrow(KWiden(h2) + 1.0 / 3.0);
+        const V hb = KNarrow(KWiden(h2) - 1.0 / 3.0);
+        // No saturation leaves the lightness in all three.
+        const auto flat = s2 == 0.0f;
+        out[0] = KSelect(flat, l2, KHueSegment(m1, m2, hr));
+        out[1] = KSelect(flat, l2, KHueSegment(m1, m2, h2));
+        out[2] = KSelect(flat, l2, KHueSegment(m1, m2, hb));
+        out[3] = lightAdd + a;
     }
 
     float hue = 0.0f, satMul = 1.0f, satAdd = 0.0f, lightMul = 1.0f, lightAdd = 0.0f;
