@@ -1,4 +1,5 @@
 #include "framework/effect.h"
+#include <atomic>
 #include <cstring>
 #include "raster/image.h"
 
@@ -104,6 +105,22 @@ void KEffectColor::ProcessColorsInt(KPixel* out, const KPixel* in, int32_t n)
 {
     for (int32_t i = 0; i < n; ++i) ProcessColorInt(out[i], in[i]);
 }
+
+namespace {
+std::atomic<bool> allowWide{true};
+}
+
+bool KWideLanes()
+{
+#if defined(ZV_LANES)
+    static const bool hasAvx2 = __builtin_cpu_supports("avx2");
+    return hasAvx2 && allowWide.load(std::memory_order_relaxed);
+#else
+    return false;
+#endif
+}
+
+void KAllowWideLanes(bool allow) { allowWide = allow; }
 
 void KEffectPixel::ProcessPixel(KPixel& out, int32_t x, int32_t y, KImage* image)
 {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include "framework/message.h"
 #include "framework/parameter.h"
+#include "framework/lanes.h"
 #include "framework/settings.h"
 #include "raster/pixel.h"
 
@@ -84,6 +85,39 @@ public:
     // per-pixel forms. An effect overrides them to work on several pixels at once.
     virtual void ProcessColors(KPixelF* out, const KPixelF* in, int32_t n);
     virtual void ProcessColorsInt(KPixel* out, const KPixel* in, int32_t n);
+};
+
+// A colour effect written once as `template <class V> void Adjust(V r, V g,
+// V b, V a, V out[4]) const` over float and the lanes (framework/lanes.h):
+// one pixel, or four or eight at a time, with the same bits.
+template <class E> class KEffectColorLanes : public KEffectColor {
+public:
+    void ProcessColor(KPixelF& out, const KPixelF& in) override { ProcessColors(&out, &in, 1); }
+    void ProcessColorInt(KPixel& out, const KPixel& in) override { ProcessColorsInt(&out, &in, 1); }
+    void ProcessColors(KPixelF* out, const KPixelF* in, int32_t n) override { Run(out, in, n); }
+    void ProcessColorsInt(KPixel* out, const KPixel* in, int32_t n) override { Run(out, in, n); }
+
+private:
+    auto Pixel() const
+    {
+        return [e = static_cast<const E*>(this)](auto r, auto g, auto b, auto a, auto* o)
+                   ZV_LANE_INLINE_LAMBDA { e->Adjust(r, g, b, a, o); };
+    }
+    template <class P> void Run(P* out, const P* in, int32_t n) const
+    {
+#if defined(ZV_LANES)
+        if (KWideLanes()) return Wide(out, in, n);
+        KEachPixel<KLanes4>(out, in, n, Pixel());
+#else
+        KEachPixel<float>(out, in, n, Pixel());
+#endif
+    }
+#if defined(ZV_LANES)
+    template <class P> ZV_AVX2 void Wide(P* out, const P* in, int32_t n) const
+    {
+        KEachPixel<KLanes8>(out, in, n, Pixel());
+    }
+#endif
 };
 
 class KEffectPixel : public KEffectImage {

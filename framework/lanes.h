@@ -1,16 +1,17 @@
 // Several pixels at once for colour code written once.
 //
 // Per-pixel arithmetic written as a template over its number type runs on one
-// pixel with `float` and on eight with `KLanes`, giving the same bits: every
+// pixel with `float` and on four or eight with the lanes, giving the same bits: every
 // operation, comparison and selection below is the IEEE operation the scalar
 // form performs. Branches become selections, so both sides of a choice are
 // computed; a division by zero on the side not taken is harmless.
 //
-// KLanes is a compiler vector: two SSE registers on any x86-64, one AVX
-// register in the AVX2 clone a kernel marked ZV_LANES_CLONES also gets.
+// The lanes are compiler vectors: four in an SSE register on any x86-64,
+// eight in an AVX register in kernels built for AVX2 (ZV_AVX2).
 #pragma once
 #include <algorithm>
 #include <cstdint>
+#include <type_traits>
 #include "raster/pixel_store.h"
 
 // One pixel: the operations on plain numbers.
@@ -33,90 +34,116 @@ template <> inline float KSplat<float>(float v) { return v; }
 
 #if defined(__SSE2__) && defined(__GNUC__)
 #define ZV_LANES 1
-// Everything taking lanes is inlined into its kernel: a call between the
-// kernel's AVX2 clone and code built for any x86-64 would pass them differently.
+// Everything taking lanes is inlined into its kernel: a call between an AVX2
+// kernel and code built for any x86-64 would pass them differently.
 #define ZV_LANE_INLINE [[gnu::always_inline]] inline
+#define ZV_AVX2 __attribute__((target("avx2")))
 
-constexpr int kLaneCount = 8;
-typedef float KLanes __attribute__((vector_size(4 * kLaneCount)));
-typedef int32_t KMask __attribute__((vector_size(4 * kLaneCount)));
-typedef double KLanesD __attribute__((vector_size(8 * kLaneCount)));
-typedef float KQuad __attribute__((vector_size(16)));
+// N float lanes, their comparison masks and their double-precision form: four
+// fill one SSE register, eight one AVX register.
+template <int N> struct KLaneTypes;
+template <> struct KLaneTypes<4> {
+    typedef float F __attribute__((vector_size(16)));
+    typedef int32_t M __attribute__((vector_size(16)));
+    typedef double D __attribute__((vector_size(32)));
+};
+template <> struct KLaneTypes<8> {
+    typedef float F __attribute__((vector_size(32)));
+    typedef int32_t M __attribute__((vector_size(32)));
+    typedef double D __attribute__((vector_size(64)));
+};
+using KLanes4 = KLaneTypes<4>::F;
+using KLanes8 = KLaneTypes<8>::F;
+template <class V> constexpr int kLaneCount = sizeof(V) / sizeof(float);
+template <class V> using KMaskOf = typename KLaneTypes<kLaneCount<V>>::M;
+template <class V> using KDoubleOf = typename KLaneTypes<kLaneCount<V>>::D;
+template <class V>
+concept KLaneVector = std::is_same_v<V, KLanes4> || std::is_same_v<V, KLanes8>;
 
-template <> ZV_LANE_INLINE KLanes KSplat<KLanes>(float v)
+template <> ZV_LANE_INLINE KLanes4 KSplat<KLanes4>(float v) { return KLanes4{v, v, v, v}; }
+template <> ZV_LANE_INLINE KLanes8 KSplat<KLanes8>(float v)
 {
-    return KLanes{v, v, v, v, v, v, v, v};
+    return KLanes8{v, v, v, v, v, v, v, v};
 }
-ZV_LANE_INLINE KLanes KSelect(KMask m, KLanes a, KLanes b) { return m ? a : b; }
-// Whether any lane is set: work no lane needs can be skipped.
-ZV_LANE_INLINE bool KAny(KMask m)
-{
-    const auto lo = __builtin_shufflevector(m, m, 0, 1, 2, 3);
-    const auto hi = __builtin_shufflevector(m, m, 4, 5, 6, 7);
-    return _mm_movemask_ps(_mm_castsi128_ps(__m128i(lo | hi))) != 0;
-}
+template <KLaneVector V> ZV_LANE_INLINE V KSelect(KMaskOf<V> m, V a, V b) { return m ? a : b; }
 // As std::max(a, b) and std::min(a, b) choose, NaN and signed zeros included.
-ZV_LANE_INLINE KLanes KMax(KLanes a, KLanes b) { return a < b ? b : a; }
-ZV_LANE_INLINE KLanes KMin(KLanes a, KLanes b) { return b < a ? b : a; }
+template <KLaneVector V> ZV_LANE_INLINE V KMax(V a, V b) { return a < b ? b : a; }
+template <KLaneVector V> ZV_LANE_INLINE V KMin(V a, V b) { return b < a ? b : a; }
 // As std::clamp(v, lo, hi): (v < lo) ? lo : (hi < v) ? hi : v.
-ZV_LANE_INLINE KLanes KClamp(KLanes v, float lo, float hi)
+template <KLaneVector V> ZV_LANE_INLINE V KClamp(V v, float lo, float hi)
 {
-    const KLanes l = KSplat<KLanes>(lo), h = KSplat<KLanes>(hi);
+    const V l = KSplat<V>(lo), h = KSplat<V>(hi);
     return v < l ? l : (h < v ? h : v);
 }
-ZV_LANE_INLINE KLanesD KWiden(KLanes v) { return __builtin_convertvector(v, KLanesD); }
-ZV_LANE_INLINE KLanes KNarrow(KLanesD v) { return __builtin_convertvector(v, KLanes); }
-
-// Kernels built twice, for any x86-64 and for AVX2, picked when loaded.
-#if defined(__x86_64__) && !defined(__clang__)
-#define ZV_LANES_CLONES __attribute__((target_clones("avx2", "default")))
-#else
-#define ZV_LANES_CLONES
-#endif
+template <KLaneVector V> ZV_LANE_INLINE KDoubleOf<V> KWiden(V v)
+{
+    return __builtin_convertvector(v, KDoubleOf<V>);
+}
+ZV_LANE_INLINE KLanes4 KNarrow(KLaneTypes<4>::D v) { return __builtin_convertvector(v, KLanes4); }
+ZV_LANE_INLINE KLanes8 KNarrow(KLaneTypes<8>::D v) { return __builtin_convertvector(v, KLanes8); }
+// Whether any lane is set: work no lane needs can be skipped.
+ZV_LANE_INLINE bool KAny(KLaneTypes<4>::M m) { return _mm_movemask_ps(_mm_castsi128_ps(__m128i(m))) != 0; }
+ZV_LANE_INLINE bool KAny(KLaneTypes<8>::M m)
+{
+    return KAny(__builtin_shufflevector(m, m, 0, 1, 2, 3) | __builtin_shufflevector(m, m, 4, 5, 6, 7));
+}
 
 namespace klanes {
 
-// Eight pixels, four channels each, to four channel vectors and back.
-ZV_LANE_INLINE void Split(const __m128 px[8], KLanes c[4])
+// N pixels, four channels each, to four channel vectors and back.
+template <class V> ZV_LANE_INLINE void Split(__m128 px[], V c[4])
 {
-    __m128 q[8];
-    for (int k = 0; k < 8; ++k) q[k] = px[k];
-    _MM_TRANSPOSE4_PS(q[0], q[1], q[2], q[3]);
-    _MM_TRANSPOSE4_PS(q[4], q[5], q[6], q[7]);
-    for (int ch = 0; ch < 4; ++ch)
-        c[ch] = __builtin_shufflevector(KQuad(q[ch]), KQuad(q[4 + ch]), 0, 1, 2, 3, 4, 5, 6, 7);
+    _MM_TRANSPOSE4_PS(px[0], px[1], px[2], px[3]);
+    if constexpr (kLaneCount<V> == 4) {
+        for (int ch = 0; ch < 4; ++ch) c[ch] = px[ch];
+    } else {
+        _MM_TRANSPOSE4_PS(px[4], px[5], px[6], px[7]);
+        for (int ch = 0; ch < 4; ++ch)
+            c[ch] = __builtin_shufflevector(KLanes4(px[ch]), KLanes4(px[4 + ch]), 0, 1, 2, 3, 4, 5, 6, 7);
+    }
 }
 
-ZV_LANE_INLINE void Join(const KLanes c[4], __m128 px[8])
+template <class V> ZV_LANE_INLINE void Join(const V c[4], __m128 px[])
 {
-    for (int ch = 0; ch < 4; ++ch) {
-        px[ch] = __m128(__builtin_shufflevector(c[ch], c[ch], 0, 1, 2, 3));
-        px[4 + ch] = __m128(__builtin_shufflevector(c[ch], c[ch], 4, 5, 6, 7));
+    if constexpr (kLaneCount<V> == 4) {
+        for (int ch = 0; ch < 4; ++ch) px[ch] = c[ch];
+    } else {
+        for (int ch = 0; ch < 4; ++ch) {
+            px[ch] = __m128(__builtin_shufflevector(c[ch], c[ch], 0, 1, 2, 3));
+            px[4 + ch] = __m128(__builtin_shufflevector(c[ch], c[ch], 4, 5, 6, 7));
+        }
+        _MM_TRANSPOSE4_PS(px[4], px[5], px[6], px[7]);
     }
     _MM_TRANSPOSE4_PS(px[0], px[1], px[2], px[3]);
-    _MM_TRANSPOSE4_PS(px[4], px[5], px[6], px[7]);
 }
 
 }  // namespace klanes
 #endif
 
-// Runs `f(r, g, b, a, out)` over n pixels, eight at a time where it can; `f`
-// is generic over float and KLanes and writes out[0..3]. Integer pixels go in
-// by the pixel conversion and come out through double, as KLoadFloat and
-// KStoreIntDouble do.
-template <class F> [[gnu::always_inline]] inline void KEachPixel(KPixelF* out, const KPixelF* in,
-                                                                 int32_t n, F f)
+// Whether lane kernels run eight AVX2 lanes (where the processor has them) or
+// four SSE2 lanes; both give the same bits, which tests check by turning the
+// wide lanes off.
+bool KWideLanes();
+void KAllowWideLanes(bool allow);
+
+// Runs `f(r, g, b, a, out)` over n pixels, V's lane count at a time where it
+// can and one at a time for the rest; `f` is generic over float and the lanes
+// and writes out[0..3]. Integer pixels go in by the pixel conversion and come
+// out through double, as KLoadFloat and KStoreIntDouble do.
+template <class V, class F>
+[[gnu::always_inline]] inline void KEachPixel(KPixelF* out, const KPixelF* in, int32_t n, F f)
 {
     int32_t i = 0;
 #if defined(ZV_LANES)
-    for (; i + kLaneCount <= n; i += kLaneCount) {
-        __m128 px[8];
-        KLanes c[4], o[4];
-        for (int k = 0; k < 8; ++k) px[k] = _mm_loadu_ps(&in[i + k].r);
+    constexpr int N = kLaneCount<V>;
+    for (; i + N <= n; i += N) {
+        __m128 px[N];
+        V c[4], o[4];
+        for (int k = 0; k < N; ++k) px[k] = _mm_loadu_ps(&in[i + k].r);
         klanes::Split(px, c);
         f(c[0], c[1], c[2], c[3], o);
         klanes::Join(o, px);
-        for (int k = 0; k < 8; ++k) _mm_storeu_ps(&out[i + k].r, px[k]);
+        for (int k = 0; k < N; ++k) _mm_storeu_ps(&out[i + k].r, px[k]);
     }
 #endif
     for (; i < n; ++i) {
@@ -126,19 +153,20 @@ template <class F> [[gnu::always_inline]] inline void KEachPixel(KPixelF* out, c
     }
 }
 
-template <class F> [[gnu::always_inline]] inline void KEachPixel(KPixel* out, const KPixel* in,
-                                                                 int32_t n, F f)
+template <class V, class F>
+[[gnu::always_inline]] inline void KEachPixel(KPixel* out, const KPixel* in, int32_t n, F f)
 {
     int32_t i = 0;
 #if defined(ZV_LANES)
-    for (; i + kLaneCount <= n; i += kLaneCount) {
-        __m128 px[8];
-        KLanes c[4], o[4];
-        for (int k = 0; k < 8; ++k) px[k] = KLoadFloatLanes(in[i + k]);
+    constexpr int N = kLaneCount<V>;
+    for (; i + N <= n; i += N) {
+        __m128 px[N];
+        V c[4], o[4];
+        for (int k = 0; k < N; ++k) px[k] = KLoadFloatLanes(in[i + k]);
         klanes::Split(px, c);
         f(c[0], c[1], c[2], c[3], o);
         klanes::Join(o, px);
-        for (int k = 0; k < 8; ++k) KStoreIntDouble(out[i + k], px[k]);
+        for (int k = 0; k < N; ++k) KStoreIntDouble(out[i + k], px[k]);
     }
 #endif
     for (; i < n; ++i) {

@@ -93,7 +93,7 @@ TEST(HueSaturationColour, HueTurnColorizeAndAlpha)
     EXPECT_EQ(i.a, 65535u);  // clipped
 }
 
-// Rows run four pixels at a time; each must come out as the same pixel alone,
+// Rows run four or eight pixels at a time; each must come out as the same pixel alone,
 // bit for bit, over greys, ties, primaries, hue sector edges and values outside 0..1.
 TEST(HueSaturationLanes, FourAtOnceEqualOneAtATime)
 {
@@ -132,16 +132,20 @@ TEST(HueSaturationLanes, FourAtOnceEqualOneAtATime)
         t.Field<float>("sLig"_id) = c.lightAdd;
         t.Field<bool>("cCol"_id) = c.colorize;
         SCOPED_TRACE(c.hue);
-        const std::vector<KPixelF> row = t.Run(pixels);
-        const std::vector<KPixel> rowInt = t.Run(codes);
-        for (size_t i = 0; i < pixels.size(); ++i) {
-            KPixelF one;
-            t.effect->ProcessColor(one, pixels[i]);
-            KPixel oneInt;
-            t.effect->ProcessColorInt(oneInt, codes[i]);
-            ASSERT_EQ(std::memcmp(&row[i], &one, sizeof one), 0) << "float pixel " << i;
-            ASSERT_EQ(std::memcmp(&rowInt[i], &oneInt, sizeof oneInt), 0) << "integer pixel " << i;
+        for (bool wide : {true, false}) {
+            KAllowWideLanes(wide);  // the AVX2 build where the processor has it, then the other
+            const std::vector<KPixelF> row = t.Run(pixels);
+            const std::vector<KPixel> rowInt = t.Run(codes);
+            for (size_t i = 0; i < pixels.size(); ++i) {
+                KPixelF one;
+                t.effect->ProcessColor(one, pixels[i]);
+                KPixel oneInt;
+                t.effect->ProcessColorInt(oneInt, codes[i]);
+                ASSERT_EQ(std::memcmp(&row[i], &one, sizeof one), 0) << "float " << i << wide;
+                ASSERT_EQ(std::memcmp(&rowInt[i], &oneInt, sizeof oneInt), 0) << "int " << i << wide;
+            }
         }
+        KAllowWideLanes(true);
     }
 }
 

@@ -5,7 +5,7 @@
 #include "framework/effect.h"
 #include "framework/numeric.h"
 
-class KEffectHueSaturation : public KEffectColor {
+class KEffectHueSaturation : public KEffectColorLanes<KEffectHueSaturation> {
 public:
     KEffectHueSaturation()
     {
@@ -30,29 +30,7 @@ public:
                lightMul != 1.0f || colorize;
     }
 
-    void ProcessColor(KPixelF& out, const KPixelF& in) override { ProcessColors(&out, &in, 1); }
-    void ProcessColorInt(KPixel& out, const KPixel& in) override { ProcessColorsInt(&out, &in, 1); }
-
-    void ProcessColors(KPixelF* out, const KPixelF* in, int32_t n) override { Run(out, in, n); }
-    void ProcessColorsInt(KPixel* out, const KPixel* in, int32_t n) override { Run(out, in, n); }
-
-private:
-    // Each depth's kernel, built for any x86-64 and for AVX2.
-    auto Pixel() const
-    {
-        return [this](auto r, auto g, auto b, auto a, auto* o)
-                   ZV_LANE_INLINE_LAMBDA { Adjust(r, g, b, a, o); };
-    }
-
-    ZV_LANES_CLONES void Run(KPixelF* out, const KPixelF* in, int32_t n) const
-    {
-        KEachPixel(out, in, n, Pixel());
-    }
-    ZV_LANES_CLONES void Run(KPixel* out, const KPixel* in, int32_t n) const
-    {
-        KEachPixel(out, in, n, Pixel());
-    }
-    // One pixel, or one pixel in each lane: through HLS and back.
+    // One pixel, or one in each lane: through HLS and back.
     template <class V> [[gnu::always_inline]] void Adjust(V r, V g, V b, V a, V out[4]) const
     {
         const V hi = KMax(r, KMax(g, b));
@@ -85,6 +63,7 @@ private:
         out[3] = lightAdd + a;
     }
 
+private:
     float hue = 0.0f, satMul = 1.0f, satAdd = 0.0f, lightMul = 1.0f, lightAdd = 0.0f;
     bool colorize = false;
 };
