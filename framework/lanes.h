@@ -126,53 +126,52 @@ template <class V> ZV_LANE_INLINE void Join(const V c[4], __m128 px[])
 bool KWideLanes();
 void KAllowWideLanes(bool allow);
 
+namespace klanes {
+
+// A pixel's channels as floats and back: float pixels as they are, integer
+// pixels by the pixel conversion in and through double out, as KLoadFloat and
+// KStoreIntDouble do.
+inline float In(float v) { return v; }
+inline float In(uint32_t v) { return KIntToFloat(v); }
+inline void Out(KPixelF& p, const float o[4]) { p = {o[0], o[1], o[2], o[3]}; }
+inline void Out(KPixel& p, const float o[4])
+{
+    p = {KFloatToIntDouble(o[0]), KFloatToIntDouble(o[1]), KFloatToIntDouble(o[2]),
+         KFloatToIntDouble(o[3])};
+}
+#if defined(ZV_LANES)
+ZV_LANE_INLINE __m128 In(const KPixelF& p) { return _mm_loadu_ps(&p.r); }
+ZV_LANE_INLINE __m128 In(const KPixel& p) { return KLoadFloatLanes(p); }
+ZV_LANE_INLINE void Out(KPixelF& p, __m128 v) { _mm_storeu_ps(&p.r, v); }
+ZV_LANE_INLINE void Out(KPixel& p, __m128 v) { KStoreIntDouble(p, v); }
+#endif
+
+}  // namespace klanes
+
 // Runs `f(r, g, b, a, out)` over n pixels, V's lane count at a time where it
 // can and one at a time for the rest; `f` is generic over float and the lanes
-// and writes out[0..3]. Integer pixels go in by the pixel conversion and come
-// out through double, as KLoadFloat and KStoreIntDouble do.
-template <class V, class F>
-[[gnu::always_inline]] inline void KEachPixel(KPixelF* out, const KPixelF* in, int32_t n, F f)
+// and writes out[0..3].
+template <class V, class P, class F>
+[[gnu::always_inline]] inline void KEachPixel(P* out, const P* in, int32_t n, F f)
 {
     int32_t i = 0;
 #if defined(ZV_LANES)
-    constexpr int N = kLaneCount<V>;
-    for (; i + N <= n; i += N) {
-        __m128 px[N];
-        V c[4], o[4];
-        for (int k = 0; k < N; ++k) px[k] = _mm_loadu_ps(&in[i + k].r);
-        klanes::Split(px, c);
-        f(c[0], c[1], c[2], c[3], o);
-        klanes::Join(o, px);
-        for (int k = 0; k < N; ++k) _mm_storeu_ps(&out[i + k].r, px[k]);
+    if constexpr (!std::is_same_v<V, float>) {
+        constexpr int N = kLaneCount<V>;
+        for (; i + N <= n; i += N) {
+            __m128 px[N];
+            V c[4], o[4];
+            for (int k = 0; k < N; ++k) px[k] = klanes::In(in[i + k]);
+            klanes::Split(px, c);
+            f(c[0], c[1], c[2], c[3], o);
+            klanes::Join(o, px);
+            for (int k = 0; k < N; ++k) klanes::Out(out[i + k], px[k]);
+        }
     }
 #endif
     for (; i < n; ++i) {
         float o[4];
-        f(in[i].r, in[i].g, in[i].b, in[i].a, o);
-        out[i] = {o[0], o[1], o[2], o[3]};
-    }
-}
-
-template <class V, class F>
-[[gnu::always_inline]] inline void KEachPixel(KPixel* out, const KPixel* in, int32_t n, F f)
-{
-    int32_t i = 0;
-#if defined(ZV_LANES)
-    constexpr int N = kLaneCount<V>;
-    for (; i + N <= n; i += N) {
-        __m128 px[N];
-        V c[4], o[4];
-        for (int k = 0; k < N; ++k) px[k] = KLoadFloatLanes(in[i + k]);
-        klanes::Split(px, c);
-        f(c[0], c[1], c[2], c[3], o);
-        klanes::Join(o, px);
-        for (int k = 0; k < N; ++k) KStoreIntDouble(out[i + k], px[k]);
-    }
-#endif
-    for (; i < n; ++i) {
-        float o[4];
-        f(KIntToFloat(in[i].r), KIntToFloat(in[i].g), KIntToFloat(in[i].b), KIntToFloat(in[i].a), o);
-        out[i] = {KFloatToIntDouble(o[0]), KFloatToIntDouble(o[1]), KFloatToIntDouble(o[2]),
-                  KFloatToIntDouble(o[3])};
+        f(klanes::In(in[i].r), klanes::In(in[i].g), klanes::In(in[i].b), klanes::In(in[i].a), o);
+        klanes::Out(out[i], o);
     }
 }
