@@ -1,6 +1,7 @@
 // Shared helpers of the tests: pattern images, comparison, the two runners.
 #pragma once
 #include <gtest/gtest.h>
+#include <array>
 #include <charconv>
 #include <cstdint>
 #include <functional>
@@ -35,6 +36,16 @@ inline KPixel PatternPixel(int32_t x, int32_t y)
     uint32_t b = (x * 59u * y + 40000u) % 65536u;
     uint32_t a = 65535u - (x * 29u + y * 257u) % 40000u;
     return {r, g, b, a};
+}
+
+// A pixel's four channels, so that whole pixels compare and print at once.
+inline std::array<uint32_t, 4> Channels(const KPixel& p) { return {p.r, p.g, p.b, p.a}; }
+inline std::array<float, 4> Channels(const KPixelF& p) { return {p.r, p.g, p.b, p.a}; }
+
+// Every channel within `tol`; a tolerance of 0 asks for the exact value.
+inline void ExpectNear(const KPixelF& got, const KPixelF& want, float tol, const std::string& what = "")
+{
+    for (int c = 0; c < 4; ++c) EXPECT_NEAR(got[c], want[c], tol) << what << " channel " << c;
 }
 
 inline KImage* Pattern(int32_t w, int32_t h, bool isFloat)
