@@ -152,6 +152,15 @@ public:
         if (!in) throw std::runtime_error(std::string("no input ") + id);
         return *in;
     }
+    // A number control's value, whatever the kind of its field.
+    void Set(const std::string& label, double v)
+    {
+        KParameter& p = Param(label);
+        if (p.valueKind == kValueFloat) *static_cast<float*>(p.field) = static_cast<float>(v);
+        else if (p.valueKind == kValueInteger) *static_cast<int32_t*>(p.field) = static_cast<int32_t>(v);
+        else if (p.valueKind == kValueBoolean) *static_cast<bool*>(p.field) = v != 0.0;
+        else throw std::runtime_error("not a number: " + label);
+    }
     void SetFloat(const std::string& label, float v) { Field<float>(label, kValueFloat) = v; }
     void SetInt(const std::string& label, int32_t v) { Field<int32_t>(label, kValueInteger) = v; }
     void SetBool(const std::string& label, bool v) { Field<bool>(label, kValueBoolean) = v; }

@@ -28,6 +28,7 @@ public:
 
     void Set(uint32_t id, float v) { Field<float>(id) = v; }
     void SetPoint(uint32_t id, float x, float y) { Field<KPoint2>(id) = {x, y}; }
+    using EffectDriver::Set;
     using EffectDriver::SetPoint;
 
     // Starts on `image` (11 x 11 unless replaced), or on a new image of this
