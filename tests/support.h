@@ -246,6 +246,23 @@ public:
     host::Flow::Node& node;
 };
 
+// Steps of changes through the host: after each, which of `ids` it shows, as
+// 1 and 0 in their order. A step without an input only looks.
+struct ShownRow {
+    const char* set;
+    double value;
+    const char* shown;
+};
+inline void ExpectShown(ToolFlow& f, const std::vector<const char*>& ids, std::initializer_list<ShownRow> rows)
+{
+    for (const ShownRow& r : rows) {
+        if (r.set) f.Set(r.set, r.value);
+        std::string shown;
+        for (const char* id : ids) shown += f.Visible(id) ? '1' : '0';
+        EXPECT_EQ(shown, r.shown) << (r.set ? r.set : "as created") << " " << r.value;
+    }
+}
+
 // A number as the shortest text that reads back to it; values that are
 // floats are written as floats, so 0.01f shows as 0.01.
 inline std::string Num(double v)

@@ -43,31 +43,31 @@ protected:
         return names;
     }
 
-    void WriteInt(const std::string& name, std::initializer_list<uint16_t> rgba, int w, int h)
+    // A w x h image at 16 bits or in floats, its channels repeating `values`.
+    template <class T> void Write(const std::string& name, std::initializer_list<T> values, int w, int h)
     {
+        constexpr bool isFloat = std::is_same_v<T, float>;
         host::ImageSpec spec;
         spec.width = w;
         spec.height = h;
+        spec.depth = isFloat ? host::DepthFloat32 : host::DepthInt16;
         host::Image* img = host::Image::New(spec);
-        std::vector<uint16_t> v(rgba);
+        std::vector<T> v(values);
         for (int y = 0; y < h; ++y)
-            for (int i = 0; i < 4 * w; ++i) img->RowW(y)[i] = v[(y * 4 * w + i) % v.size()];
-        host::WriteImage(*img, (dir / name).string(), host::FileDepth::Int16);
+            for (int i = 0; i < 4 * w; ++i) {
+                if constexpr (isFloat) img->RowF(y)[i] = v[(y * 4 * w + i) % v.size()];
+                else img->RowW(y)[i] = v[(y * 4 * w + i) % v.size()];
+            }
+        host::WriteImage(*img, (dir / name).string(), isFloat ? host::FileDepth::Float : host::FileDepth::Int16);
         img->Recycle();
     }
-
+    void WriteInt(const std::string& name, std::initializer_list<uint16_t> rgba, int w, int h)
+    {
+        Write<uint16_t>(name, rgba, w, h);
+    }
     void WriteFloat(const std::string& name, std::initializer_list<float> rgba, int w, int h)
     {
-        host::ImageSpec spec;
-        spec.width = w;
-        spec.height = h;
-        spec.depth = host::DepthFloat32;
-        host::Image* img = host::Image::New(spec);
-        std::vector<float> v(rgba);
-        for (int y = 0; y < h; ++y)
-            for (int i = 0; i < 4 * w; ++i) img->RowF(y)[i] = v[(y * 4 * w + i) % v.size()];
-        host::WriteImage(*img, (dir / name).string(), host::FileDepth::Float);
-        img->Recycle();
+        Write<float>(name, rgba, w, h);
     }
 
     void WriteText(const std::string& name, const std::string& text)
@@ -86,7 +86,7 @@ protected:
     fs::path dir;
 };
 
-TEST_F(CommandTest, BrightnessOnSixteenBitPngIsExact)
+TEST_F(CommandTest, BrightnessOnSixteenBitPngAndFloatExrIsExact)
 {
     // Opaque: PNG keeps straight colour, which is divided out and back by alpha.
     WriteInt("in.png", {1000, 40000, 65535, 65535, 2, 3, 50000, 65535}, 2, 1);
@@ -94,23 +94,17 @@ TEST_F(CommandTest, BrightnessOnSixteenBitPngIsExact)
     ASSERT_EQ(r.code, 0) << r.err;
     host::Image* out = host::ReadImage((dir / "out.png").string());
     ASSERT_FALSE(out->IsFloat());
-    const uint16_t want[8] = {1500, 60000, 65535, 65535, 3, 5, 65535, 65535};
-    for (int i = 0; i < 8; ++i) EXPECT_EQ(out->RowW(0)[i], want[i]) << i;
+    EXPECT_EQ(std::vector<uint16_t>(out->RowW(0), out->RowW(0) + 8),
+              (std::vector<uint16_t>{1500, 60000, 65535, 65535, 3, 5, 65535, 65535}));
     out->Recycle();
-}
-
-TEST_F(CommandTest, BrightnessOnFloatExrKeepsValuesOutsideZeroToOne)
-{
+    // EXR keeps values outside 0 to 1.
     WriteFloat("in.exr", {2.0f, -0.5f, 0.25f, 1.0f}, 3, 2);
-    Result r = Run("run \"Sample Brightness\" Image=in.exr Brightness=2 -o out.exr");
+    r = Run("run \"Sample Brightness\" Image=in.exr Brightness=2 -o out.exr");
     ASSERT_EQ(r.code, 0) << r.err;
-    host::Image* out = host::ReadImage((dir / "out.exr").string());
+    out = host::ReadImage((dir / "out.exr").string());
     ASSERT_TRUE(out->IsFloat());
     EXPECT_EQ(out->Width(), 3);
-    EXPECT_EQ(out->RowF(1)[0], 4.0f);
-    EXPECT_EQ(out->RowF(1)[1], -1.0f);
-    EXPECT_EQ(out->RowF(1)[2], 0.5f);
-    EXPECT_EQ(out->RowF(1)[3], 1.0f);
+    EXPECT_EQ(std::vector<float>(out->RowF(1), out->RowF(1) + 4), (std::vector<float>{4.0f, -1.0f, 0.5f, 1.0f}));
     out->Recycle();
 }
 

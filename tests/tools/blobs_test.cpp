@@ -42,13 +42,8 @@ TEST(BlobsDeclarations, GroupsAfterCountShownByCount)
                                       {"Blobiness64", "default 1; soft 0..2"}});
     EXPECT_EQ(Blobs().effect->inputList.Find("BlP0"_id + 63)->name, "Position 64");
     ToolFlow f("ZV_Blobs");
-    EXPECT_TRUE(f.Visible("Radius3"));
-    EXPECT_FALSE(f.Visible("Position4"));
-    f.Set("Count", 5);
-    EXPECT_TRUE(f.Visible("Blobiness5"));
-    EXPECT_FALSE(f.Visible("RadiusSource6"));
-    f.Set("Count", 1);
-    EXPECT_FALSE(f.Visible("Radius2"));
+    zvtest::ExpectShown(f, {"Position1", "Radius2", "Radius3", "Position4", "Blobiness5", "RadiusSource6"},
+                        {{nullptr, 0, "111000"}, {"Count", 5, "111110"}, {"Count", 1, "100000"}});
 }
 
 TEST(BlobsType1, DistancesBeyondTheRadiiMultiply)

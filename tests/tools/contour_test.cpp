@@ -49,15 +49,12 @@ TEST(ContourDeclarations, ControlsAndLocks)
                                         {"LevelsBlue", "default 5; soft 0..20"},
                                         {"KSup", "present"}});
     ToolFlow f("ZV_Contour");
-    f.Set("Lockhorizontalandverticalwidth", 1);
-    f.Set("Lockthresholdforallchannels", 1);
-    f.Set("Locklevelsforallchannels", 1);
-    for (const char* id : {"WidthVertical", "ThresholdGreen", "ThresholdBlue", "ThresholdAlpha",
-                           "LevelsGreen", "LevelsBlue", "LevelsAlpha"})
-        EXPECT_FALSE(f.Visible(id)) << id;
-    EXPECT_TRUE(f.Visible("Threshold"));
-    f.Set("Lockthresholdforallchannels", 0);
-    EXPECT_TRUE(f.Visible("ThresholdBlue"));
+    zvtest::ExpectShown(f, {"WidthVertical", "Threshold", "ThresholdGreen", "ThresholdBlue", "ThresholdAlpha",
+                            "LevelsGreen", "LevelsBlue", "LevelsAlpha"},
+                        {{"Lockhorizontalandverticalwidth", 1, "01111111"},
+                         {"Lockthresholdforallchannels", 1, "01000111"},
+                         {"Locklevelsforallchannels", 1, "01000000"},
+                         {"Lockthresholdforallchannels", 0, "01111000"}});
 }
 
 TEST(ContourLines, ThresholdAndTwoStepsEitherSideAtBothDepths)

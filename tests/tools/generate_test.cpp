@@ -76,12 +76,7 @@ TEST(GenerateOnChange, TypeShowsItsControls)
 
     std::unique_ptr<KImage> plate(zvtest::Pattern(4, 3, true));
     Flow f("ZV_Generate", plate.get());
-    f.Set("Type", 18);
-    EXPECT_TRUE(f.Visible("SmoothnessMap"));
-    EXPECT_FALSE(f.Visible("IterationsMap"));
-    f.Set("Type", 15);
-    EXPECT_TRUE(f.Visible("IterationsMap"));
-    EXPECT_FALSE(f.Visible("OutputType"));
+    zvtest::ExpectShown(f, {"IterationsMap", "SmoothnessMap", "OutputType"}, {{"Type", 18, "011"}, {"Type", 15, "100"}});
 }
 
 // An 8 x 6 float pattern with square pixels, picture aspect 4/3, and every

@@ -41,15 +41,10 @@ TEST(GradientDeclarations, ControlsAndTheirVisibility)
                           {"EndColorRed", "page Colors; default 0"},
                           {"EndColorAlpha", "default 1"},
                           {"KSuS", "absent"}});
+    // The light controls belong to "Light", the signed slider to Add and Subtract.
     ToolFlow f("ZV_Gradient");
-    f.Set("Type", 2);
-    f.Set("Combine", 1);
-    EXPECT_TRUE(f.Visible("Lightfadewithangle"));
-    EXPECT_TRUE(f.Visible(full));
-    f.Set("Type", 1);
-    f.Set("Combine", 0);
-    EXPECT_FALSE(f.Visible("LightZdistance"));
-    EXPECT_FALSE(f.Visible(full));
+    zvtest::ExpectShown(f, {"LightZdistance", "Lightfadewithangle", full},
+                        {{"Type", 2, "110"}, {"Combine", 1, "111"}, {"Type", 1, "001"}, {"Combine", 0, "000"}});
 }
 
 TEST(GradientLinear, RampMergeMidpointAndOffset)

@@ -84,20 +84,10 @@ TEST(MatchColorThree, GammaThroughTheMidAndAlphaCleared)
 TEST(MatchColorChange, RowsFollowTheNumberOfColors)
 {
     Flow f("ZV_MatchColor", zvcolour::Row<KPixel>({{0, 0, 0, 0}}));
-    const struct {
-        int32_t count;
-        const char* id;
-        bool shown;
-    } rows[] = {{0, "Midtonesmatch", false},     {0, "Whatitis2Red", false},
-                {0, "Whatitshouldbe2Red", false}, {0, "Highlightsmatch", false},
-                {0, "Whatitis3Red", false},       {0, "Whatitshouldbe3Red", false},
-                {0, "Whatitis1Red", true},        {1, "Whatitis2Red", false},
-                {1, "Highlightsmatch", true},     {1, "Whatitshouldbe3Red", true},
-                {2, "Midtonesmatch", true}};
-    for (const auto& r : rows) {
-        f.Set("Numberofcolors", r.count);
-        EXPECT_EQ(f.Visible(r.id), r.shown) << r.count << " " << r.id;
-    }
+    zvtest::ExpectShown(f, {"Whatitis1Red", "Midtonesmatch", "Whatitis2Red", "Whatitshouldbe2Red", "Highlightsmatch",
+                            "Whatitis3Red", "Whatitshouldbe3Red"},
+                        {{"Numberofcolors", 0, "1000000"}, {"Numberofcolors", 1, "1000111"},
+                         {"Numberofcolors", 2, "1111111"}});
 }
 
 }  // namespace

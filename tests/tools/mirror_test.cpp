@@ -29,13 +29,3 @@ TEST(MirrorMap, ReflectsAcrossTheLineThroughBothPoints)
     ExpectMaps(w, {{0.3f, 0.5f, 0.3f, 0.5f}, {0.3f, 0.1f, 0.3f, 0.7f}}, 2e-6f);
 }
 
-TEST(MirrorRender, KeepsOneHalfAndReflectsItOntoTheOther)
-{
-    for (bool isFloat : {false, true}) {
-        std::unique_ptr<KImage> plate(Pattern(9, 7, isFloat));
-        auto out = ToolFlow("ZV_Mirror", plate.get()).Render();  // the line runs along row 3
-        ExpectReadsFrom(*out, *plate, [](int32_t x, int32_t y) {
-            return std::pair{x, y <= 3 ? y : 6 - y};
-        });
-    }
-}

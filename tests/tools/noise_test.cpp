@@ -79,13 +79,8 @@ TEST(NoiseOnChange, BaseColorsAndCountLayOutTheControls)
 
     std::unique_ptr<KImage> plate(zvtest::Pattern(4, 3, true));
     Flow f("ZV_Noise", plate.get());
-    f.Set("Colors", 1);
-    f.Set("Numberofcolors", 2);
-    EXPECT_TRUE(f.Visible("Color2Red"));
-    EXPECT_FALSE(f.Visible("Color3Red"));
-    f.Set("Base", 1);
-    EXPECT_TRUE(f.Visible("Channelused"));
-    EXPECT_FALSE(f.Visible("Color1Red"));
+    zvtest::ExpectShown(f, {"Channelused", "Color1Red", "Color2Red", "Color3Red"},
+                        {{"Colors", 1, "0111"}, {"Numberofcolors", 2, "0110"}, {"Base", 1, "1000"}});
 }
 
 TEST(NoisePosition, CellsSeedByCellRowAndSeed)

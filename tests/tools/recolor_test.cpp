@@ -73,12 +73,8 @@ TEST(RecolorMatch, ClearInBothDepths)
 TEST(RecolorChange, CountShowsItsPairs)
 {
     Flow f("ZV_Recolor", Row<KPixel>({{0, 0, 0, 0}}));
-    f.Set("Numberofcolors", 5);
-    for (const char* id : {"ColorFrom5Red", "ColorTo5Red"}) EXPECT_TRUE(f.Visible(id)) << id;
-    for (const char* id : {"ColorFrom6Red", "ColorTo64Red"}) EXPECT_FALSE(f.Visible(id)) << id;
-    f.Set("Numberofcolors", 63);
-    EXPECT_TRUE(f.Visible("ColorTo63Red"));
-    EXPECT_FALSE(f.Visible("ColorFrom64Red"));
+    zvtest::ExpectShown(f, {"ColorFrom5Red", "ColorTo5Red", "ColorFrom6Red", "ColorTo63Red", "ColorFrom64Red", "ColorTo64Red"},
+                        {{"Numberofcolors", 5, "110000"}, {"Numberofcolors", 63, "111100"}});
 }
 
 }  // namespace

@@ -84,23 +84,4 @@ TEST(SegmentTransformRadial, CellsOnAngleAndRadius)
                1e-5f);
 }
 
-TEST(SegmentTransformRender, HalfTurnOfEveryCell)
-{
-    // Cells 0.25 wide on 17 pixels: middles on pixels 0, 4, 8, 12, 16, so each
-    // pixel reads its mirror through the nearest middle.
-    auto mirror = [](int32_t v) {
-        const int32_t c = static_cast<int32_t>(std::floor((v - 8) / 4.0 + 0.5)) * 4 + 8;
-        return 2 * c - v;
-    };
-    for (bool isFloat : {false, true}) {
-        std::unique_ptr<KImage> plate(Pattern(17, 17, isFloat));
-        ToolFlow r("ZV_SegmentTransform", plate.get());
-        r.Set("SegmentSizeX", 0.25);
-        r.Set("SegmentSizeY", 0.25);
-        r.Set("Angle", 180.0);
-        ExpectReadsFrom(*r.Render(), *plate,
-                        [&](int32_t x, int32_t y) { return std::pair{mirror(x), mirror(y)}; });
-    }
-}
-
 }  // namespace

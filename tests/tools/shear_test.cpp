@@ -84,17 +84,4 @@ TEST(ShearInverseMap, AlongTheAxisStretchAndTurnedAxis)
     ExpectMaps(w, {{0.55f, 0.7f, 0.45f, 0.7f}, {0.7f, 0.7f, 0.6f, 0.8f}}, 1e-5f);
 }
 
-TEST(ShearRender, LowerHalfKeptUpperHalfLeans)
-{
-    for (bool isFloat : {false, true}) {
-        std::unique_ptr<KImage> plate(Pattern(17, 17, isFloat));
-        ToolFlow r("ZV_Shear", plate.get());
-        r.Set("KEdg", 2);
-        // Row y lies (y - 8) / 16 above the pivot: it reads that much to the left.
-        ExpectReadsFrom(*r.Render(), *plate, [](int32_t x, int32_t y) {
-            return std::pair{y <= 8 ? x : std::max(x - (y - 8), 0), y};
-        });
-    }
-}
-
 }  // namespace

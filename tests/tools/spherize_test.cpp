@@ -82,22 +82,4 @@ TEST(SpherizeInverseMap, ShapesDecideTheInside)
     EXPECT_TRUE(w.Start());
 }
 
-TEST(SpherizeRender, MiddleAndOutsideStayPut)
-{
-    for (bool isFloat : {false, true}) {
-        std::unique_ptr<KImage> plate(Pattern(17, 17, isFloat));
-        ToolFlow r("ZV_Spherize", plate.get());
-        auto out = r.Render();
-        for (int32_t y = 0; y < 17; ++y)
-            for (int32_t x = 0; x < 17; ++x)
-                if ((x - 8) * (x - 8) + (y - 8) * (y - 8) >= 64 || (x == 8 && y == 8)) {
-                    EXPECT_EQ(Raw(*out, x, y), Raw(*plate, x, y)) << x << "," << y;
-                }
-        EXPECT_NE(Raw(*out, 12, 8), Raw(*plate, 12, 8));  // inside, a pixel reads nearer the middle
-        r.Set("Deformation", 0.0);
-        r.Set("Deformationvertical", 0.0);
-        EXPECT_EQ(zvtest::Differ(*r.Render(), *plate), "");
-    }
-}
-
 }  // namespace

@@ -75,28 +75,4 @@ TEST(StretchInverseMap, SourceAndOffsetLengthensTheSourceLine)
     ExpectMaps(w, rows, 1e-5f);
 }
 
-TEST(StretchRender, MiddleOfEachRowStretched)
-{
-    // Pixels 4..8 laid over 4..12 of 17: inside, x reads 4 + (x - 4) / 2, odd
-    // places the mean of two; after it, x - 4.
-    for (bool isFloat : {false, true}) {
-        std::unique_ptr<KImage> plate(Pattern(17, 17, isFloat));
-        ToolFlow r("ZV_Stretch", plate.get());
-        r.SetPoint("SourceStart", 0.25, 0.5);
-        r.SetPoint("SourceEnd", 0.5, 0.5);
-        r.SetPoint("DestinationStart", 0.25, 0.5);
-        r.SetPoint("DestinationEnd", 0.75, 0.5);
-        auto out = r.Render();
-        for (int32_t y = 0; y < 17; ++y)
-            for (int32_t x = 0; x < 17; ++x) {
-                const int32_t a = x <= 4 ? x : x <= 12 ? 4 + (x - 4) / 2 : x - 4;
-                const int32_t b = x <= 4 || x > 12 ? a : 4 + (x - 3) / 2;
-                for (int c = 0; c < 4; ++c)
-                    EXPECT_NEAR(Raw(*out, x, y)[c], (Raw(*plate, a, y)[c] + Raw(*plate, b, y)[c]) / 2.0f,
-                                isFloat ? 2e-5f : 1.0f)
-                        << x << "," << y;
-            }
-    }
-}
-
 }  // namespace

@@ -135,19 +135,9 @@ TEST(TextFromFileDeclarations, InputsAndTheControlsSourceAndFormatShow)
 
     // Shown: a file by default, a start frame per line; then by Source and Format.
     zvtest::ToolFlow f("ZV_TextFromFile");
-    const char* ids[] = {"Filename", "Text", "Holdframes", "Loop", "Line"};
-    const struct {
-        const char* set;
-        int value;
-        const char* shown;  // one flag per id above
-    } rows[] = {{nullptr, 0, "10000"}, {"Source", 1, "01000"}, {"Format", 0, "01110"},
-                {"Format", 2, "01001"}, {"Format", 1, "01000"}, {"Source", 0, "10000"}};
-    for (const auto& r : rows) {
-        if (r.set) f.Set(r.set, r.value);
-        std::string shown;
-        for (const char* id : ids) shown += f.Visible(id) ? '1' : '0';
-        EXPECT_EQ(shown, r.shown) << (r.set ? r.set : "created") << " " << r.value;
-    }
+    zvtest::ExpectShown(f, {"Filename", "Text", "Holdframes", "Loop", "Line"},
+                        {{nullptr, 0, "10000"}, {"Source", 1, "01000"}, {"Format", 0, "01110"},
+                         {"Format", 2, "01001"}, {"Format", 1, "01000"}, {"Source", 0, "10000"}});
 }
 
 TEST_F(TextFromFileFiles, InAFlowOverFramesAndWithTheFileGone)

@@ -108,30 +108,16 @@ TEST(ThresholdSources, SelectorLuminanceAndLocks)
 
 TEST(ThresholdChange, LocksShowTheirRows)
 {
+    // The host told the tool its locks at creation: only the first row shows.
     Flow f("ZV_Threshold", Row<KPixel>({{0, 0, 0, 0}}));
-    const struct {
-        const char* lock;
-        int value;
-        const char* id;
-        bool shown;
-    } rows[] = {
-        {"Lockthresholdforallcolorchannels", 0, "ThresholdGreen", true},
-        {"Lockthresholdforallcolorchannels", 0, "ThresholdAlpha", true},
-        {"Lockthresholdforallcolorchannels", 0, "RepeatBlue", false},
-        {"Lockthresholdforallcolorchannels", 0, "SoftnessGreen", false},
-        {"LockSoftnessforallcolorchannels", 0, "SoftnessGreen", true},
-        {"LockSoftnessforallcolorchannels", 1, "SoftnessGreen", false},
-        {"LockSoftnessforallcolorchannels", 1, "Softness", true},
-        {"LockRepeatforallcolorchannels", 0, "RepeatGreen", true},
-        {"LockRepeatforallcolorchannels", 0, "PingpongGreen", true},
-        {"LockRepeatforallcolorchannels", 0, "RepeatAlpha", true},
-        {"LockRepeatforallcolorchannels", 0, "PingpongAlpha", true},
-        {"Lockthresholdforallcolorchannels", 1, "ThresholdBlue", false},
-    };
-    for (const auto& r : rows) {
-        f.Set(r.lock, r.value);
-        EXPECT_EQ(f.Visible(r.id), r.shown) << r.lock << " " << r.value << ": " << r.id;
-    }
+    zvtest::ExpectShown(f, {"ThresholdGreen", "ThresholdBlue", "ThresholdAlpha", "Softness", "SoftnessGreen",
+                            "RepeatGreen", "PingpongGreen", "RepeatBlue", "RepeatAlpha", "PingpongAlpha"},
+                        {{nullptr, 0, "0001000000"},
+                         {"Lockthresholdforallcolorchannels", 0, "1111000000"},
+                         {"LockSoftnessforallcolorchannels", 0, "1111100000"},
+                         {"LockSoftnessforallcolorchannels", 1, "1111000000"},
+                         {"LockRepeatforallcolorchannels", 0, "1111011111"},
+                         {"Lockthresholdforallcolorchannels", 1, "0001011111"}});
 }
 
 TEST(ThresholdFlow, KeyedThresholdOverTwoFrames)

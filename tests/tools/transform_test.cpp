@@ -61,21 +61,6 @@ TEST(TransformInverseMap, HandComputedPoints)
     EXPECT_NEAR(out.x, 0.5f + 0.1f / 1e-7f, 1e3f);
 }
 
-TEST(TransformRender, NeutralSettingsKeepThePicture)
-{
-    for (bool isFloat : {false, true}) {
-        std::unique_ptr<KImage> plate(Pattern(17, 17, isFloat));
-        ToolFlow r("ZV_Transform", plate.get());
-        for (int filter : {0, 1}) {
-            r.Set("KFil", filter);
-            EXPECT_EQ(zvtest::Differ(*r.Render(), *plate), "") << isFloat << " filter " << filter;
-        }
-        // The area read averages a pixel's own box: equal up to its sums.
-        r.Set("KFil", 2);
-        EXPECT_LE(MaxDiff(*r.Render(), *plate, 0, 0, 17, 17), isFloat ? 1e-5f : 0.0f);
-    }
-}
-
 TEST(TransformRender, CenterMovesWholePixelsUnderEachEdgeMode)
 {
     // 17 pixels span 16 steps: Center 0.625 moves the picture right by 2.
@@ -109,18 +94,6 @@ TEST(TransformRender, WidePixelsMoveByTheirOwnRows)
     auto out = r.Render();
     for (int32_t y = 0; y < 9; ++y)
         for (int32_t x = 0; x < 9; ++x) EXPECT_EQ(Raw(*out, x, y), Raw(*plate, x, y - 2)) << x << "," << y;
-}
-
-TEST(TransformRender, QuarterTurnThroughTheHost)
-{
-    // 90 degrees about the middle of a 9 x 9 picture: out(x, y) = in(y, 8 - x),
-    // give or take the last bit of the 16.16 sample position.
-    for (bool isFloat : {false, true}) {
-        std::unique_ptr<KImage> plate(Pattern(9, 9, isFloat));
-        ToolFlow r("ZV_Transform", plate.get());
-        r.Set("Axisangle", 90.0);
-        ExpectReadsFrom(*r.Render(), *plate, [](int32_t x, int32_t y) { return std::pair{y, 8 - x}; });
-    }
 }
 
 TEST(TransformRender, FilteringAndUnderSamplingFromTheHost)
