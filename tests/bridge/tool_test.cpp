@@ -360,33 +360,6 @@ TEST(BridgeRender, TrailsCarryAcrossRendersUntilReset)
     delete black;
 }
 
-TEST(BridgeRender, SerialAndThreadedRendersAreIdentical)
-{
-    for (bool isFloat : {false, true}) {
-        host::Flow flow;
-        auto reg = Local<KEffectTurn>("Turn");
-        auto& node = flow.Add("w", reg);
-        KImage* plate = Pattern(257, 129, isFloat);
-        flow.SetValue(node, In(node, "Image"), ImageValue(plate));
-        flow.SetValue(node, In(node, "KFil"), host::MakeNumber(2));
-        flow.BeginFrame();
-        host::Value a = flow.Evaluate(node, node.op->MainOutput(), 0.0);
-        flow.SetValue(node, In(node, "ZVMT"), host::MakeNumber(0));
-        flow.BeginFrame();
-        host::Value b = flow.Evaluate(node, node.op->MainOutput(), 0.0);
-        KImage* ka = KImage::Wrap(static_cast<const host::ImageValue*>(a.get())->image, false);
-        KImage* kb = KImage::Wrap(static_cast<const host::ImageValue*>(b.get())->image, false);
-        EXPECT_EQ(Differ(*ka, *kb), "");
-        KPixel p, q;
-        ka->GetPixel(0, 5, p, 0);
-        plate->GetPixel(256, 5, q, 0);
-        EXPECT_EQ(p.r, q.r);  // mirrored
-        delete ka;
-        delete kb;
-        delete plate;
-    }
-}
-
 TEST(BridgeFlow, OneToolsImageFeedsAnother)
 {
     host::Flow flow;

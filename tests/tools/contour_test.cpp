@@ -102,15 +102,8 @@ TEST(ContourLines, LocksCopyTheFirstChannelAndWidth)
     EXPECT_EQ(t.Lines(down.get(), 1, true), (Positions{1, 7, 13}));
 }
 
-TEST(ContourImage, FlowAndThreads)
+TEST(ContourImage, ThreadsAgree)
 {
-    std::unique_ptr<KImage> ramp(Ramp(16, false));
-    ToolFlow f("ZV_Contour", ramp.get());
-    f.Set("Width", 1.0 / 16.0);
-    auto out = f.Render();
-    EXPECT_EQ(At<KPixel>(*out, 7, 2).r, 65535u);
-    EXPECT_EQ(At<KPixel>(*out, 8, 2).r, 0u);
-
     Contour t;
     t.SetFloat("Levels Green", 13.0f);
     ExpectThreadsAgree([&](bool isFloat, bool threaded) {

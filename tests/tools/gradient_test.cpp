@@ -123,17 +123,8 @@ TEST(GradientCombine, AddAndSubtractWithTheSignedScale)
     EXPECT_EQ(t.Red(2, 1.0f), 0.625f);
 }
 
-TEST(GradientImage, FlowPointsAuxiliaryChannelsAndThreads)
+TEST(GradientImage, AuxiliaryChannelsStayAndThreadsAgree)
 {
-    std::unique_ptr<KImage> plate(KImage::Create(8, 4, false));
-    ToolFlow f("ZV_Gradient", plate.get());
-    f.Set("StartTransparency", 1.0);
-    f.Set("EndTransparency", 1.0);
-    auto out = f.Render();  // (0.25, 0.5) to (0.75, 0.5) of a 2:1 picture: along row 2
-    EXPECT_EQ(At<KPixel>(*out, 4, 0).r, 32768u);
-    EXPECT_EQ(At<KPixel>(*out, 1, 3).g, 65535u);
-    EXPECT_EQ(At<KPixel>(*out, 7, 3).b, 0u);
-
     Gradient t;
     t.Set(2, {0.1f, 0.2f}, {0.6f, 0.3f}, 1.0f, 0.2f);
     ExpectThreadsAgree([&](bool isFloat, bool threaded) {

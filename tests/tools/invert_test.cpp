@@ -43,13 +43,4 @@ TEST(InvertFloat, TypesDoNotClip)
     }
 }
 
-TEST(InvertFlow, TypeFromTheHostAndChannelSwitches)
-{
-    Flow f("ZV_Invert", Row<KPixel>({{1000, 40000, 65535, 12345}}));
-    f.Set("Type", 2);
-    f.Set("KCCA", 0);
-    // Alpha switched off keeps its own value.
-    EXPECT_EQ(Channels(f.Render<KPixel>()[0]), Channels(KPixel{65535, 31023, 5488, 12345}));
-}
-
 }  // namespace

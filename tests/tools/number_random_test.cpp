@@ -92,46 +92,4 @@ TEST(NumberRandomDeclarations, InputsAsTheHostShowsThem)
                         {{nullptr, 0, "11"}, {"Newvalueforeveryfieldframe", 1, "00"}, {"Newvalueforeveryfieldframe", 0, "11"}});
 }
 
-TEST(NumberRandomFlow, DrivesSampleBrightnessOverFrames)
-{
-    // Random from 0.5 to 1.5, seed 7, a new value every 5 frames, blended.
-    auto brightness = [](int frame) {
-        const float phase = std::fmod(static_cast<float>(frame), 5.0f);
-        const float base = static_cast<float>(frame) - phase, w = phase / 5.0f;
-        return (1.5f - 0.5f) * (Noise(base + 5.0f, 7) * w + Noise(base, 7) * (1.0f - w)) + 0.5f;
-    };
-    EXPECT_EQ(brightness(5), Noise(5.0f, 7) + 0.5f);  // a period boundary: the hash of 5 alone
-    for (bool isFloat : {false, true}) {
-        host::Flow flow;
-        auto& rnd = flow.Add("rnd", Registered("ZV_NumberRandom"));
-        auto& bright = flow.Add("bright", Registered("Sample_Brightness"));
-        for (auto [id, v] : {std::pair{"Seed", 7.0}, {"Minimumvalue", 0.5}, {"Maximumvalue", 1.5}})
-            flow.SetValue(rnd, In(rnd, id), host::MakeNumber(v));
-        const float in[8] = {0.5f, 0.25f, 1.0f, 1.0f, 0.0f, 0.75f, 0.125f, 0.5f};
-        const uint32_t inW[8] = {20000, 40000, 60000, 65535, 1, 30000, 65535, 1234};
-        std::unique_ptr<KImage> plate(KImage::Create(2, 1, isFloat));
-        for (int x = 0; x < 2; ++x) {
-            if (isFloat) plate->SetPixel(x, 0, KPixelF{in[4 * x], in[4 * x + 1], in[4 * x + 2], in[4 * x + 3]});
-            else plate->SetPixel(x, 0, KPixel{inW[4 * x], inW[4 * x + 1], inW[4 * x + 2], inW[4 * x + 3]});
-        }
-        flow.SetValue(bright, In(bright, "Image"), host::MakeImage(plate->HostImage()));
-        flow.Connect(bright, In(bright, "Brightness"), rnd, rnd.op->MainOutput());
-        for (int frame = 1; frame <= 5; ++frame) {
-            flow.BeginFrame();
-            host::Value v = flow.Evaluate(bright, bright.op->MainOutput(), frame);
-            auto* img = static_cast<const host::ImageValue*>(v.get())->image;
-            ASSERT_NE(img, nullptr);
-            const float b = brightness(frame);
-            for (int i = 0; i < 8; ++i) {
-                // Colour scaled, rounded and clipped in integers; alpha kept.
-                const float scaled = static_cast<float>(inW[i]) * b + 0.5f;
-                if (isFloat) EXPECT_EQ(img->RowF(0)[i], i % 4 == 3 ? in[i] : in[i] * b) << frame << " " << i;
-                else EXPECT_EQ(img->RowW(0)[i], i % 4 == 3 ? inW[i] : scaled >= 65535.0f ? 65535u
-                                                                                     : uint32_t(scaled))
-                    << frame << " " << i;
-            }
-        }
-    }
-}
-
 }  // namespace

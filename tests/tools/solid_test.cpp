@@ -67,15 +67,4 @@ TEST(ColorInteger, ClippedIntegerArithmetic)
     }
 }
 
-TEST(ColorFlow, ColourFromTheHost)
-{
-    Flow f("ZV_Color", Row<KPixel>({{1, 2, 3, 4}}));
-    f.Set("ColorGreen", 0.5);
-    f.Set("Type", 3);
-    const KPixel o = f.Render<KPixel>()[0];
-    EXPECT_EQ(o.r, 1u);
-    EXPECT_EQ(o.g, 0u);  // 2 * 32767 / 65535
-    EXPECT_EQ(o.a, 4u);
-}
-
 }  // namespace

@@ -140,22 +140,6 @@ TEST(TextFromFileDeclarations, InputsAndTheControlsSourceAndFormatShow)
                          {"Format", 2, "01001"}, {"Format", 1, "01000"}, {"Source", 0, "10000"}});
 }
 
-TEST_F(TextFromFileFiles, InAFlowOverFramesAndWithTheFileGone)
-{
-    host::Flow flow;
-    auto& node = flow.Add("ff", Registered("ZV_TextFromFile"));
-    const std::string file = Write("subs.txt", "1 Hello\n3 World");
-    flow.SetValue(node, In(node, "Filename"), host::MakeText(file));
-    const char* want[] = {"", "Hello", "Hello", "World", "World"};
-    for (int frame = 0; frame <= 4; ++frame) {
-        flow.BeginFrame();
-        EXPECT_EQ(TextOf(flow.Evaluate(node, node.op->MainOutput(), frame)), want[frame]) << frame;
-    }
-    fs::remove(file);
-    flow.BeginFrame();
-    EXPECT_EQ(TextOf(flow.Evaluate(node, node.op->MainOutput(), 3)), "");
-}
-
 TEST_F(TextFromFileFiles, TheCommandPrintsTheLineOrNamesTheMissingFile)
 {
     Write("lines.txt", "alpha\nbeta\ngamma\n");

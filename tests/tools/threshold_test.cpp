@@ -120,16 +120,4 @@ TEST(ThresholdChange, LocksShowTheirRows)
                          {"Lockthresholdforallcolorchannels", 1, "0001011111"}});
 }
 
-TEST(ThresholdFlow, KeyedThresholdOverTwoFrames)
-{
-    Flow f("ZV_Threshold", Row<KPixelF>({{0.3f, 0.3f, 0.3f, 1.0f}, {0.7f, 0.7f, 0.7f, 1.0f}}));
-    f.flow.SetKeys(f.node, f.Input("Threshold"), {{1.0, 0.2}, {3.0, 0.8}});
-    // 0.2 at 1, 0.5 halfway at 2, 0.8 at 3.
-    const float want[3][2] = {{1, 1}, {0, 1}, {0, 0}};
-    for (int frame = 1; frame <= 3; ++frame) {
-        const std::vector<KPixelF> out = f.Render<KPixelF>(frame);
-        for (int i = 0; i < 2; ++i) EXPECT_EQ(out[i].g, want[frame - 1][i]) << frame << " " << i;
-    }
-}
-
 }  // namespace
