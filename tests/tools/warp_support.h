@@ -102,18 +102,4 @@ inline float MaxDiff(const KImage& a, const KImage& b, int32_t x0, int32_t y0, i
     return worst;
 }
 
-// Every pixel of `out` against the plate's pixel that `from` names (outside
-// the plate: zero), within one code or 2e-5.
-template <class From> void ExpectReadsFrom(const KImage& out, const KImage& plate, From from)
-{
-    const float tol = out.IsFloat() ? 2e-5f : 1.0f;
-    for (int32_t y = 0; y < out.height; ++y)
-        for (int32_t x = 0; x < out.width; ++x) {
-            const auto [sx, sy] = from(x, y);
-            const std::array<float, 4> got = Raw(out, x, y), want = Raw(plate, sx, sy);
-            for (int c = 0; c < 4; ++c)
-                EXPECT_NEAR(got[c], want[c], tol) << x << "," << y << " channel " << c;
-        }
-}
-
 }  // namespace zvwarp
