@@ -1,8 +1,6 @@
 // Pattern: a source of grid, triangle and honeycomb cells with lines between,
 // fills, a numbered repeat, and the same picture from the flow, the command
 // and threads.
-#include <unistd.h>
-#include <filesystem>
 #include "command_support.h"
 #include "host/imageio.h"
 #include "position_support.h"
@@ -140,11 +138,9 @@ TEST(PatternSource, FlowCommandLineAndThreads)
     EXPECT_EQ(PaintOf(At<KPixel>(*img, 32, 16)), kLine);
     EXPECT_EQ(PaintOf(At<KPixel>(*img, 35, 19)), kFill1);
 
-    const auto dir = std::filesystem::temp_directory_path() / ("zvpat." + std::to_string(getpid()));
-    std::filesystem::create_directories(dir);
-    ASSERT_EQ(zvtest::RunCommand(dir, "run Pattern --size 64x32 -o out.png").code, 0);
-    std::unique_ptr<KImage> file(KImage::Wrap(host::ReadImage((dir / "out.png").string()), true));
-    std::filesystem::remove_all(dir);
+    const zvtest::TempDir dir;
+    ASSERT_EQ(dir.Run("run Pattern --size 64x32 -o out.png").code, 0);
+    std::unique_ptr<KImage> file(KImage::Wrap(host::ReadImage((dir.path / "out.png").string()), true));
     EXPECT_EQ(zvtest::Differ(*file, *img), "");
 
     Pattern t;

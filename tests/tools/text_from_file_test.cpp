@@ -2,10 +2,8 @@
 // start frames, the walk that joins an empty line to the next, "\n" escapes,
 // files that are missing, the declarations and visibility rules, a flow, and
 // the zelvarine command on an existing and a missing file.
-#include <unistd.h>
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include "command_support.h"
 #include "value_driver.h"
 
@@ -74,31 +72,13 @@ TEST(TextFromFileBox, EachLineChosenLineStartFramesAndEscapes)
     }
 }
 
-// A folder of its own for each test, removed afterwards.
-class TextFromFileFiles : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        dir = fs::temp_directory_path() / ("zvfromfile." + std::to_string(getpid()) + "." +
-                                           ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(dir);
-        fs::create_directories(dir);
-    }
-    void TearDown() override { fs::remove_all(dir); }
-    std::string Write(const std::string& name, const std::string& text)
-    {
-        std::ofstream(dir / name, std::ios::binary) << text;
-        return (dir / name).string();
-    }
-    fs::path dir;
-};
-
-TEST_F(TextFromFileFiles, ReadsTheFileAnewEachRenderAndIgnoresTheTextBox)
+TEST(TextFromFileFiles, ReadsTheFileAnewEachRenderAndIgnoresTheTextBox)
 {
+    const zvtest::TempDir dir;
     Tool f("ZV_TextFromFile");
     f.SetText("Text", "from the box");
     f.SetInt("Format", 0);
-    EXPECT_EQ(f.Of("Filename", Write("lines.txt", "first\nsecond\r\nthird")), "first");
+    EXPECT_EQ(f.Of("Filename", dir.Write("lines.txt", "first\nsecond\r\nthird")), "first");
     f.Run(1.0f);
     EXPECT_EQ(f.Text(), "second\r");  // bytes as they stand in the file
     f.SetInt("Source", 1);
@@ -107,10 +87,10 @@ TEST_F(TextFromFileFiles, ReadsTheFileAnewEachRenderAndIgnoresTheTextBox)
     // A missing file, or none, gives an empty text.
     f.SetInt("Source", 0);
     f.SetInt("Format", 2);
-    EXPECT_EQ(f.Of("Filename", (dir / "nothing.txt").string()), "");
+    EXPECT_EQ(f.Of("Filename", (dir.path / "nothing.txt").string()), "");
     EXPECT_EQ(f.Of("Filename", ""), "");
-    EXPECT_EQ(f.Of("Filename", Write("there.txt", "now here")), "now here");
-    fs::remove(dir / "there.txt");
+    EXPECT_EQ(f.Of("Filename", dir.Write("there.txt", "now here")), "now here");
+    fs::remove(dir.path / "there.txt");
     f.Run(0.0f);
     EXPECT_EQ(f.Text(), "");
 }
@@ -140,15 +120,16 @@ TEST(TextFromFileDeclarations, InputsAndTheControlsSourceAndFormatShow)
                          {"Format", 2, "01001"}, {"Format", 1, "01000"}, {"Source", 0, "10000"}});
 }
 
-TEST_F(TextFromFileFiles, TheCommandPrintsTheLineOrNamesTheMissingFile)
+TEST(TextFromFileCommand, PrintsTheLineOrNamesTheMissingFile)
 {
-    Write("lines.txt", "alpha\nbeta\ngamma\n");
-    zvtest::CommandResult r = zvtest::RunCommand(dir, "run FrFl Filename=lines.txt Format=0 --time 1");
+    const zvtest::TempDir dir;
+    dir.Write("lines.txt", "alpha\nbeta\ngamma\n");
+    zvtest::CommandResult r = dir.Run("run FrFl Filename=lines.txt Format=0 --time 1");
     EXPECT_EQ(r.code, 0) << r.err;
     EXPECT_EQ(r.out, "beta\n");
     EXPECT_EQ(r.err, "");
-    EXPECT_EQ(zvtest::RunCommand(dir, "run 'From file' Filename=lines.txt Format=2 Line=2").out, "gamma\n");
-    r = zvtest::RunCommand(dir, "run FrFl Filename=absent.txt");
+    EXPECT_EQ(dir.Run("run 'From file' Filename=lines.txt Format=2 Line=2").out, "gamma\n");
+    r = dir.Run("run FrFl Filename=absent.txt");
     EXPECT_EQ(r.code, 2);
     EXPECT_EQ(r.out, "");
     EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;

@@ -33,6 +33,7 @@ TEST(TextJuggleSwaps, WorkedOutFromTheHash)
         {"x", 1.0f, 5, false, "x"},
         {"", 1.0f, 5, false, ""},
         {"leave me be", 0.0f, 0, false, "leave me be"},
+        {"leave me be", 0.0f, 1, false, "leave me be"},
         {"leave me be", 0.0f, 17.5f, false, "leave me be"},
         {"leave me be", 0.04f, 3, false, "leave me be"},  // 2 * 0.04 * 11 truncates to 0 rounds
         // Breaks and tabs stay; spaces too on request.
@@ -58,7 +59,9 @@ TEST(TextJuggleSwaps, BreaksStayAndNoCharacterIsLost)
         std::string out = j.Of(lines, 1.0f, t);
         ASSERT_EQ(out.size(), lines.size());
         for (size_t i = 0; i < lines.size(); ++i)
-            if (lines[i] == '\r' || lines[i] == '\n' || lines[i] == '\t') EXPECT_EQ(out[i], lines[i]) << t;
+            if (lines[i] == '\r' || lines[i] == '\n' || lines[i] == '\t') {
+                EXPECT_EQ(out[i], lines[i]) << t;
+            }
         std::sort(out.begin(), out.end());
         EXPECT_EQ(out, sorted) << t;
     }
