@@ -99,12 +99,7 @@ struct ProbeFlow {
 TEST(BridgeTransfer, ValuesRoundAndConvertByKind)
 {
     using Get = double (*)(const KEffectProbe&);
-    const struct {
-        const char* id;
-        double value;
-        Get get;
-        double want;
-    } rows[] = {
+    const struct { const char* id; double value; Get get; double want; } rows[] = {
         // Integers round half away from zero.
         {"Count", 2.5, +[](const KEffectProbe& e) { return double(e.count); }, 3},
         {"Count", -2.5, +[](const KEffectProbe& e) { return double(e.count); }, -3},

@@ -100,11 +100,7 @@ TEST(FrameworkRandom, StateIsPerThread)
 
 TEST(FrameworkRamp, ShapesEndsStepsAndReversedRamps)
 {
-    const struct {
-        float x, a, b;
-        int32_t shape;
-        float want;
-    } rows[] = {
+    const struct { float x, a, b; int32_t shape; float want; } rows[] = {
         // x = 0.5 on 0..2 gives t = 0.25; unknown shapes are linear.
         {0.5f, 0, 2, 0, 0.25f}, {0.5f, 0, 2, 1, 0.0625f}, {0.5f, 0, 2, 2, 0.4375f}, {0.5f, 0, 2, 3, 0.15625f},
         {0.5f, 0, 2, 4, 0.25f}, {0.5f, 0, 2, -1, 0.25f},  {1.5f, 1, 3, 0, 0.25f},   {2.0f, 1, 3, 3, 0.5f},
@@ -124,9 +120,7 @@ TEST(FrameworkRamp, ShapesEndsStepsAndReversedRamps)
 
 TEST(FrameworkQuadratic, RootsInTheirOrder)
 {
-    const struct {
-        float a, b, c, r1, r2;
-    } rows[] = {
+    const struct { float a, b, c, r1, r2; } rows[] = {
         {1, -3, 2, 2, 1},     // x^2 - 3x + 2: the + root first
         {2, 4, 2, -1, -1},    // a double root
         {-1, 0, 4, -2, 2},    // with a negative a the order turns

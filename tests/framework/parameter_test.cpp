@@ -41,11 +41,7 @@ TEST(FrameworkParameter, NumbersWriteTheirDefaultAndKeepFloatLimits)
     int32_t islider = -1, iscrew = -1, seed = 99, mode = -1, edges = -1;
     bool on = false, off = true;
     const float none = NAN;  // limits not stated
-    const struct {
-        KParameter* p;
-        int32_t value, control;
-        float def, lo, hi;
-    } rows[] = {
+    const struct { KParameter* p; int32_t value, control; float def, lo, hi; } rows[] = {
         {list.AddAngle(&angle, 45.0f, "Angle", "Angl"_id, kFlagPreview, 1), kValueFloat, kControlAngle, 45, none, none},
         {list.AddCheckbox(&on, true, "On", "On  "_id, 0, 2), kValueBoolean, kControlCheckbox, 1, none, none},
         {list.AddCheckbox(&off, false, "Off", "Off "_id, 0, 1), kValueBoolean, kControlCheckbox, 0, none, none},
@@ -88,11 +84,7 @@ TEST(FrameworkParameter, NumbersWriteTheirDefaultAndKeepFloatLimits)
 TEST(FrameworkParameter, LayoutDeclarationsHaveNoField)
 {
     KParameterList list;
-    const struct {
-        KParameter* p;
-        int32_t control;
-        uint32_t id, flags;
-    } rows[] = {
+    const struct { KParameter* p; int32_t control; uint32_t id, flags; } rows[] = {
         {list.AddPage("Controls"), kControlPage, 0, 0},
         {list.BeginNest("Advanced", "Advn"_id, kFlagHidden), kControlBeginNest, "Advn"_id, kFlagHidden},
         {list.EndNest(), kControlEndNest, 0, 0},
@@ -263,12 +255,7 @@ TEST(FrameworkOutput, EachKindStoresItsRecord)
     KRegion3D* region = nullptr;
     KShapeList* shape = nullptr;
     std::string text;
-    const struct {
-        KOutput* o;
-        int32_t kind;
-        void* field;
-        uint32_t id;
-    } rows[] = {
+    const struct { KOutput* o; int32_t kind; void* field; uint32_t id; } rows[] = {
         {outputs.AddImageOutput(&image, "Output", 1, kFlagMain), kValueImage, &image, 1},
         {outputs.AddDataOutput(&data, "Data", "DOut"_id, 0), kValueData, &data, "DOut"_id},
         {outputs.AddNumberOutput(&number, "Number", "NOut"_id, 0), kValueFloat, &number, "NOut"_id},

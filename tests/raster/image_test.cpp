@@ -36,9 +36,8 @@ TEST_P(RasterImageDepth, GetPixelEdgeModes)
             if (GetParam()) img->SetPixel(x, y, f);
             else img->SetPixel(x, y, Tagged(x, y));
         }
-    const struct {
-        int32_t x, y, edges, fromX, fromY;  // fromX -1: the zero pixel
-    } rows[] = {
+    // Where each read comes from; fromX -1 stands for the zero pixel.
+    const struct { int32_t x, y, edges, fromX, fromY; } rows[] = {
         // Black: the zero pixel outside; an unknown mode reads like it.
         {2, 1, kEdgeBlack, 2, 1}, {-1, 0, kEdgeBlack, -1, 0}, {3, 1, kEdgeBlack, -1, 0},
         {0, -1, kEdgeBlack, -1, 0}, {2, 2, kEdgeBlack, -1, 0}, {-100, 100, kEdgeBlack, -1, 0}, {-1, 0, 7, -1, 0},

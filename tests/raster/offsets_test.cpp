@@ -65,11 +65,7 @@ std::map<int32_t, int32_t> StepSums(const KOffsetsList& list, bool alongX)
 TEST(RasterOffsetsFromImage, PixelsRowsAndColumnsOfABlock)
 {
     std::unique_ptr<KImage> img(Block());
-    const struct {
-        int32_t mode;
-        bool mirror;
-        std::vector<Entry> want;
-    } rows[] = {
+    const struct { int32_t mode; bool mirror; std::vector<Entry> want; } rows[] = {
         // Every non-zero value; mirrored, x becomes 2 - x and y 2 - y, so 200
         // lands left of the centre.
         {kOffsetsPixels, false, {{0, 0, 100, false}, {1, 0, 200, false}}},

@@ -126,10 +126,7 @@ void ExpectPixel(const KImage& img, int32_t x, int32_t y, const float (&rgb)[3],
 TEST(GeneratePatterns, EveryTypeOnTwoPixels)
 {
     // The grey times the source alpha at 3,2 and at 6,5.
-    const struct {
-        int32_t type;
-        float at32, at65;
-    } greys[] = {
+    const struct { int32_t type; float at32, at65; } greys[] = {
         {1, 0.08567473292350769f, 0.807639479637146f},    // Concrete
         {5, 0.5350428819656372f, 0.6450298428535461f},    // Fluid
         {6, 0.5142573714256287f, 0.6349734663963318f},    // FBM

@@ -62,11 +62,7 @@ TEST(NoiseOnChange, BaseColorsAndCountLayOutTheControls)
     for (int32_t i = 0; i < 64; ++i) order.push_back(TableId(i));
     Tool t("ZV_Noise");
     const std::string none(64, '0'), five = std::string(5, '1') + std::string(59, '0');
-    const struct {
-        uint32_t id;
-        int32_t value;
-        std::string shown;
-    } rows[] = {
+    const struct { uint32_t id; int32_t value; std::string shown; } rows[] = {
         {"Base"_id, 1, "1100000" + none},
         {"Base"_id, 0, "0011110" + none},
         {"Type"_id, 1, "0011111111" + std::string(61, '0')},
@@ -135,10 +131,7 @@ TEST(NoiseColor, HashAndRandomByChannel)
     // v from the channel used: each its own, red in all four, or (0.75 + 0.25)
     // / 2 for Lumin. and any other value alike, green 0.5 for green.
     const KPixelF half{0.6899394989013672f, 0.01374673843383789f, 0.32348060607910156f, 0.3653249740600586f};
-    const struct {
-        int32_t channel;
-        KPixelF want;
-    } rows[] = {
+    const struct { int32_t channel; KPixelF want; } rows[] = {
         {5, {0.782737135887146f, 0.01374673843383789f, 0.8590621948242188f, 0.5589208602905273f}},
         {0, {0.782737135887146f, 0.826324462890625f, 0.7417516708374023f, 0.9977664947509766f}},
         {4, half}, {9, half}, {1, half},

@@ -11,10 +11,7 @@ TEST(NumberBeatEnvelope, SettingsAndTheValuesTheyGive)
 {
     using Settings = std::vector<std::pair<const char*, double>>;
     const char* combine = "Combine value, connect to another Beat or so)";
-    const struct {
-        Settings set;
-        std::vector<std::pair<float, float>> at;  // time, value
-    } cases[] = {
+    const struct { Settings set; std::vector<std::pair<float, float>> at; } cases[] = {  // at: time, value
         // Beat length 10; attack, decay, sustain and release 2 each; 1, 0.5 and 0:
         // the attack's end included, decay, sustain from 4, release, rest, the
         // next beat, and nothing past the end time.

@@ -42,11 +42,7 @@ TEST(NumberColorSwitchboardDeal, TheChosenPaletteAndTheRemap)
 TEST(NumberColorSwitchboardCycle, RangeAndOffsetTurnTheFirstSets)
 {
     // Each set i reads remap want[i]; the remaps reversed where asked.
-    const struct {
-        int32_t range, offset;
-        bool reversed;
-        int32_t want[8];
-    } rows[] = {
+    const struct { int32_t range, offset; bool reversed; int32_t want[8]; } rows[] = {
         {8, 3, false, {4, 5, 6, 7, 8, 1, 2, 3}},
         {2, 1, true, {2, 1, 3, 4, 5, 6, 7, 8}},
         {2, 2, true, {1, 2, 3, 4, 5, 6, 7, 8}},  // a full turn of two

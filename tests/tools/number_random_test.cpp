@@ -34,10 +34,7 @@ TEST(NumberRandomModes, StepLinearAndEaseBetweenPeriods)
     const float h5 = Noise(5.0f, 1234), h10 = Noise(10.0f, 1234);
     ASSERT_NE(h5, h10);
     const float ease = static_cast<float>(0.5 - std::cos(0.4f * 3.141592653589793) * 0.5);
-    const struct {
-        int32_t mode;
-        float t, want;
-    } rows[] = {
+    const struct { int32_t mode; float t, want; } rows[] = {
         {0, 7.0f, h5}, {0, 9.5f, h5}, {0, 10.0f, h10},
         {1, 7.0f, h10 * 0.4f + h5 * (1.0f - 0.4f)}, {1, 6.25f, h10 * 0.25f + h5 * 0.75f},
         {2, 7.0f, h10 * ease + h5 * (1.0f - ease)},

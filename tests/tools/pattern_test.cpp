@@ -104,11 +104,7 @@ TEST(PatternGrid, NumberedDrawsCountCellsFromTheCenter)
 
 TEST(PatternTrianglesAndHoneycomb, CellsAndLines)
 {
-    const struct {
-        int32_t type;
-        float qx, qy;
-        Paint paint;
-    } rows[] = {
+    const struct { int32_t type; float qx, qy; Paint paint; } rows[] = {
         {0, 0.0f, 0.0f, kFill2},               // all three coordinates at -1/3: an odd triangle
         {0, 0.57735027f, 1.0f / 3.0f, kFill1}, // the even triangle beside it
         {0, 0.0f, -0.35f, kLine},              // just past the first direction's line

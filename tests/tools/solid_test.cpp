@@ -45,12 +45,7 @@ TEST(ColorInteger, ClippedIntegerArithmetic)
 {
     const KPixel p{40000, 100, 0, 65535};
     const KColor c{0.5f, 0.0f, 1.5f, 0.0f};  // 32767, 0, 65535, 0
-    const struct {
-        int32_t type;
-        KPixel in;
-        KColor color;
-        KPixel want;
-    } rows[] = {
+    const struct { int32_t type; KPixel in; KColor color; KPixel want; } rows[] = {
         {0, p, c, {32767, 0, 65535, 0}},
         {1, p, c, {65535, 100, 65535, 65535}},
         {2, p, c, {7233, 100, 0, 65535}},

@@ -19,12 +19,7 @@ struct Juggle : Tool {
 
 TEST(TextJuggleSwaps, WorkedOutFromTheHash)
 {
-    const struct {
-        const char* text;
-        float amount, time;
-        bool keepSpaces;
-        const char* want;
-    } rows[] = {
+    const struct { const char* text; float amount, time; bool keepSpaces; const char* want; } rows[] = {
         // "abcdef" at 0.5: six rounds; at 1.0 twelve.
         {"abcdef", 0.5f, 3, false, "dbcfea"},
         {"abcdef", 0.5f, 4, false, "aecbfd"},

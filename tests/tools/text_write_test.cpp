@@ -9,11 +9,7 @@ namespace {
 TEST(TextWriteCount, TruncatesWriteTimesLengthAndAHalf)
 {
     Tool w("ZV_TextWrite");
-    const struct {
-        const char* text;
-        float write;
-        const char* want;
-    } rows[] = {
+    const struct { const char* text; float write; const char* want; } rows[] = {
         {"abcdefghij", 1.0f, "abcdefghij_"},   // 10.5 truncates to 10
         {"abcdefghij", 0.96f, "abcdefghij_"},  // 10.08
         {"abcdefghij", 0.95f, "abcdefghi_"},   // 9.975

@@ -60,13 +60,7 @@ TEST(ThresholdRamp, SawAndPingPongInBothDepths)
     // wraps; folded back, two ping-pongs end where they began.
     const std::vector<KPixelF> f = {{0.5f, 0.625f, 0.6875f, 0.25f}, {0.75f, 0.5f, 0.5f, 0.5f}};
     const std::vector<KPixel> i = {{40960, 45056, 36864, 65535}};
-    const struct {
-        float repeat;
-        bool pingPong;
-        KPixelF f0;
-        float f1r;
-        KPixel i0;
-    } rows[] = {
+    const struct { float repeat; bool pingPong; KPixelF f0; float f1r; KPixel i0; } rows[] = {
         {2.0f, false, {0.0f, 0.5f, 0.75f, 0.0f}, 1.0f, {32769, 49153, 16385, 65535}},
         {2.0f, true, {1.0f, 0.5f, 0.25f, 0.0f}, 0.0f, {32765, 16381, 49149, 0}},
         {1.5f, true, {}, 0.5f, {}},
