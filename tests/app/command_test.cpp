@@ -2,7 +2,6 @@
 // pixels through image files, a flow over a sequence, and every error case
 // giving status 2, one line naming the thing, and no file left behind.
 #include <gtest/gtest.h>
-#include <unistd.h>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -23,57 +22,40 @@ using zvtest::Slurp;
 
 class CommandTest : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        dir = fs::temp_directory_path() / ("zvcmd." + std::to_string(getpid()) + "." +
-                                           ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(dir);
-        fs::create_directories(dir);
-    }
-    void TearDown() override { fs::remove_all(dir); }
-
-    Result Run(const std::string& args) { return zvtest::RunCommand(dir, args); }
+    Result Run(const std::string& args) { return dir.Run(args); }
 
     // Files in the folder, for checking that nothing was left behind.
     std::vector<std::string> Files()
     {
         std::vector<std::string> names;
-        for (auto& e : fs::directory_iterator(dir)) names.push_back(e.path().filename().string());
+        for (auto& e : fs::directory_iterator(dir.path)) names.push_back(e.path().filename().string());
         std::sort(names.begin(), names.end());
         return names;
     }
 
+    // A w x h image at 16 bits or in floats, its channels repeating `values`.
+    template <class T> void Write(const std::string& name, std::initializer_list<T> values, int w, int h)
+    {
+        constexpr bool isFloat = std::is_same_v<T, float>;
+        host::ImageSpec spec;
+        spec.width = w;
+        spec.height = h;
+        spec.depth = isFloat ? host::DepthFloat32 : host::DepthInt16;
+        host::Image* img = host::Image::New(spec);
+        std::vector<T> v(values);
+        for (int y = 0; y < h; ++y)
+            for (int i = 0; i < 4 * w; ++i) {
+                if constexpr (isFloat) img->RowF(y)[i] = v[(y * 4 * w + i) % v.size()];
+                else img->RowW(y)[i] = v[(y * 4 * w + i) % v.size()];
+            }
+        host::WriteImage(*img, (dir.path / name).string(), isFloat ? host::FileDepth::Float : host::FileDepth::Int16);
+        img->Recycle();
+    }
     void WriteInt(const std::string& name, std::initializer_list<uint16_t> rgba, int w, int h)
     {
-        host::ImageSpec spec;
-        spec.width = w;
-        spec.height = h;
-        host::Image* img = host::Image::New(spec);
-        std::vector<uint16_t> v(rgba);
-        for (int y = 0; y < h; ++y)
-            for (int i = 0; i < 4 * w; ++i) img->RowW(y)[i] = v[(y * 4 * w + i) % v.size()];
-        host::WriteImage(*img, (dir / name).string(), host::FileDepth::Int16);
-        img->Recycle();
+        Write<uint16_t>(name, rgba, w, h);
     }
-
-    void WriteFloat(const std::string& name, std::initializer_list<float> rgba, int w, int h)
-    {
-        host::ImageSpec spec;
-        spec.width = w;
-        spec.height = h;
-        spec.depth = host::DepthFloat32;
-        host::Image* img = host::Image::New(spec);
-        std::vector<float> v(rgba);
-        for (int y = 0; y < h; ++y)
-            for (int i = 0; i < 4 * w; ++i) img->RowF(y)[i] = v[(y * 4 * w + i) % v.size()];
-        host::WriteImage(*img, (dir / name).string(), host::FileDepth::Float);
-        img->Recycle();
-    }
-
-    void WriteText(const std::string& name, const std::string& text)
-    {
-        std::ofstream(dir / name) << text;
-    }
+    void WriteText(const std::string& name, const std::string& text) { dir.Write(name, text); }
 
     // Status 2, exactly one line on standard error containing `what`.
     void ExpectBadInput(const Result& r, const std::string& what)
@@ -83,41 +65,35 @@ protected:
         EXPECT_NE(r.err.find(what), std::string::npos) << "wanted '" << what << "' in: " << r.err;
     }
 
-    fs::path dir;
+    const zvtest::TempDir dir;
 };
 
-TEST_F(CommandTest, BrightnessOnSixteenBitPngIsExact)
+TEST_F(CommandTest, BrightnessOnSixteenBitPngAndFloatExrIsExact)
 {
     // Opaque: PNG keeps straight colour, which is divided out and back by alpha.
     WriteInt("in.png", {1000, 40000, 65535, 65535, 2, 3, 50000, 65535}, 2, 1);
     Result r = Run("run S_1 Image=in.png Brightness=1.5 -o out.png");
     ASSERT_EQ(r.code, 0) << r.err;
-    host::Image* out = host::ReadImage((dir / "out.png").string());
+    host::Image* out = host::ReadImage((dir.path / "out.png").string());
     ASSERT_FALSE(out->IsFloat());
-    const uint16_t want[8] = {1500, 60000, 65535, 65535, 3, 5, 65535, 65535};
-    for (int i = 0; i < 8; ++i) EXPECT_EQ(out->RowW(0)[i], want[i]) << i;
+    EXPECT_EQ(std::vector<uint16_t>(out->RowW(0), out->RowW(0) + 8),
+              (std::vector<uint16_t>{1500, 60000, 65535, 65535, 3, 5, 65535, 65535}));
     out->Recycle();
-}
-
-TEST_F(CommandTest, BrightnessOnFloatExrKeepsValuesOutsideZeroToOne)
-{
-    WriteFloat("in.exr", {2.0f, -0.5f, 0.25f, 1.0f}, 3, 2);
-    Result r = Run("run \"Sample Brightness\" Image=in.exr Brightness=2 -o out.exr");
+    // EXR keeps values outside 0 to 1.
+    Write<float>("in.exr", {2.0f, -0.5f, 0.25f, 1.0f}, 3, 2);
+    r = Run("run \"Sample Brightness\" Image=in.exr Brightness=2 -o out.exr");
     ASSERT_EQ(r.code, 0) << r.err;
-    host::Image* out = host::ReadImage((dir / "out.exr").string());
+    out = host::ReadImage((dir.path / "out.exr").string());
     ASSERT_TRUE(out->IsFloat());
     EXPECT_EQ(out->Width(), 3);
-    EXPECT_EQ(out->RowF(1)[0], 4.0f);
-    EXPECT_EQ(out->RowF(1)[1], -1.0f);
-    EXPECT_EQ(out->RowF(1)[2], 0.5f);
-    EXPECT_EQ(out->RowF(1)[3], 1.0f);
+    EXPECT_EQ(std::vector<float>(out->RowF(1), out->RowF(1) + 4), (std::vector<float>{4.0f, -1.0f, 0.5f, 1.0f}));
     out->Recycle();
 }
 
 TEST_F(CommandTest, TwoToolFlowOverASequenceWithAKeyedValue)
 {
     for (int f = 1; f <= 3; ++f)
-        WriteFloat("plate." + std::string(3, '0') + std::to_string(f) + ".exr",
+        Write<float>("plate." + std::string(3, '0') + std::to_string(f) + ".exr",
                    {0.1f * f, 0.5f, 1.0f, 1.0f}, 2, 2);
     WriteText("flow.json", R"({
       "frames": [1, 3],
@@ -133,7 +109,7 @@ TEST_F(CommandTest, TwoToolFlowOverASequenceWithAKeyedValue)
     ASSERT_EQ(r.code, 0) << r.err;
     EXPECT_EQ(r.err, "");  // no progress bar when not on a terminal
     for (int f = 1; f <= 3; ++f) {
-        host::Image* out = host::ReadImage((dir / ("out.000" + std::to_string(f) + ".exr")).string());
+        host::Image* out = host::ReadImage((dir.path / ("out.000" + std::to_string(f) + ".exr")).string());
         const float k = 1.0f + 0.5f * (f - 1);  // the keyed brightness
         EXPECT_FLOAT_EQ(out->RowF(1)[0], 0.1f * f * k * 0.5f) << f;
         EXPECT_FLOAT_EQ(out->RowF(0)[2], k * 0.5f) << f;
@@ -214,16 +190,16 @@ TEST_F(CommandTest, AFailedFrameStopsTheRenderAndKeepsEarlierFrames)
     for (const char* name : {"plate.0001.png", "plate.0002.png", "plate.0003.png"})
         WriteInt(name, {1, 2000, 3, 65535, 5000, 60000, 70, 65535, 9, 10, 11, 65535}, 64, 64);
     // Frame 2's header reads but its pixels are cut off.
-    const std::string whole = Slurp(dir / "plate.0002.png");
-    std::ofstream(dir / "plate.0002.png", std::ios::binary) << whole.substr(0, whole.size() - 30);
+    const std::string whole = Slurp(dir.path / "plate.0002.png");
+    std::ofstream(dir.path / "plate.0002.png", std::ios::binary) << whole.substr(0, whole.size() - 30);
     WriteText("flow.json", R"({ "frames": [1, 3], "tools": {
         "plate": { "tool": "Loader", "file": "plate.####.png" },
         "out": { "tool": "Saver", "file": "out.####.png", "inputs": { "Image": { "from": "plate" } } } } })");
     Result r = Run("render flow.json");
     ExpectBadInput(r, "frame 2");
-    EXPECT_TRUE(fs::exists(dir / "out.0001.png"));
-    EXPECT_FALSE(fs::exists(dir / "out.0002.png"));
-    EXPECT_FALSE(fs::exists(dir / "out.0003.png"));
+    EXPECT_TRUE(fs::exists(dir.path / "out.0001.png"));
+    EXPECT_FALSE(fs::exists(dir.path / "out.0002.png"));
+    EXPECT_FALSE(fs::exists(dir.path / "out.0003.png"));
     for (auto& f : Files()) EXPECT_EQ(f.find(".tmp"), std::string::npos) << f;
 }
 

@@ -8,114 +8,64 @@
 #include "raster/image.h"
 #include "support.h"
 
+using zvtest::Channels;
+using zvtest::Differ;
+using zvtest::Pattern;
+
 namespace {
 
-// A 3x2 image whose pixel at x, y holds 1000 * (3y + x + 1) plus the channel
-// number, so every read names the pixel it came from.
+// Pixel x, y of a 3x2 image holds 1000 * (3y + x + 1) plus the channel number,
+// so every read names the pixel it came from.
 KPixel Tagged(int32_t x, int32_t y)
 {
     uint32_t base = 1000u * uint32_t(3 * y + x + 1);
     return {base, base + 1, base + 2, base + 3};
 }
 
-KImage* TaggedImage(bool isFloat)
-{
-    KImage* img = KImage::Create(3, 2, isFloat);
-    for (int32_t y = 0; y < 2; ++y)
-        for (int32_t x = 0; x < 3; ++x) {
-            if (isFloat) {
-                KPixelF f;
-                KToFloat(Tagged(x, y), f);
-                img->SetPixel(x, y, f);
-            } else {
-                img->SetPixel(x, y, Tagged(x, y));
-            }
-        }
-    return img;
-}
-
-// Reads as integers; float storage of the tags converts back within one step.
-void ExpectReads(const KImage& img, int32_t x, int32_t y, int32_t edges, int32_t wantX,
-                 int32_t wantY)
-{
-    KPixel p;
-    img.GetPixel(x, y, p, edges);
-    const KPixel want = wantX < 0 ? KPixel{} : Tagged(wantX, wantY);
-    for (int c = 0; c < 4; ++c) {
-        if (img.IsFloat())
-            EXPECT_NEAR(double(p[c]), double(want[c]), 1.0)
-                << "at " << x << "," << y << " edges " << edges << " channel " << c;
-        else
-            EXPECT_EQ(p[c], want[c])
-                << "at " << x << "," << y << " edges " << edges << " channel " << c;
-    }
-}
-
 class RasterImageDepth : public ::testing::TestWithParam<bool> {};
 
 }  // namespace
 
-TEST_P(RasterImageDepth, GetPixelEdgeZeroGivesTheZeroPixelOutside)
+TEST_P(RasterImageDepth, GetPixelEdgeModes)
 {
-    KImage* img = TaggedImage(GetParam());
+    std::unique_ptr<KImage> img(KImage::Create(3, 2, GetParam()));
     for (int32_t y = 0; y < 2; ++y)
-        for (int32_t x = 0; x < 3; ++x) ExpectReads(*img, x, y, kEdgeBlack, x, y);
-    ExpectReads(*img, -1, 0, kEdgeBlack, -1, 0);
-    ExpectReads(*img, 3, 1, kEdgeBlack, -1, 0);
-    ExpectReads(*img, 0, -1, kEdgeBlack, -1, 0);
-    ExpectReads(*img, 2, 2, kEdgeBlack, -1, 0);
-    ExpectReads(*img, -100, 100, kEdgeBlack, -1, 0);
-    // An unknown mode reads like mode 0.
-    ExpectReads(*img, -1, 0, 7, -1, 0);
-    KPixelF f{1, 1, 1, 1};
-    img->GetPixel(5, 0, f, kEdgeBlack);
-    EXPECT_EQ(f.r, 0.0f);
-    EXPECT_EQ(f.a, 0.0f);
-    delete img;
-}
-
-TEST_P(RasterImageDepth, GetPixelEdgeOneWrapsWithPositiveRemainder)
-{
-    KImage* img = TaggedImage(GetParam());
-    ExpectReads(*img, -1, 0, kEdgeWrap, 2, 0);  // the last column
-    ExpectReads(*img, -1, 1, kEdgeWrap, 2, 1);
-    ExpectReads(*img, 3, 0, kEdgeWrap, 0, 0);
-    ExpectReads(*img, -4, 0, kEdgeWrap, 2, 0);
-    ExpectReads(*img, -3, 1, kEdgeWrap, 0, 1);
-    ExpectReads(*img, 0, -1, kEdgeWrap, 0, 1);
-    ExpectReads(*img, 1, -3, kEdgeWrap, 1, 1);
-    ExpectReads(*img, 1, 2, kEdgeWrap, 1, 0);
-    ExpectReads(*img, 7, 5, kEdgeWrap, 1, 1);
-    ExpectReads(*img, -7, -6, kEdgeWrap, 2, 0);
-    delete img;
-}
-
-TEST_P(RasterImageDepth, GetPixelEdgeTwoClampsToTheBorder)
-{
-    KImage* img = TaggedImage(GetParam());
-    ExpectReads(*img, 3, 0, kEdgeDuplicate, 2, 0);  // beyond the width: last column
-    ExpectReads(*img, 50, 1, kEdgeDuplicate, 2, 1);
-    ExpectReads(*img, 1, -1, kEdgeDuplicate, 1, 0);  // above: row 0
-    ExpectReads(*img, 1, -40, kEdgeDuplicate, 1, 0);
-    ExpectReads(*img, -1, 1, kEdgeDuplicate, 0, 1);
-    ExpectReads(*img, 5, -3, kEdgeDuplicate, 2, 0);
-    ExpectReads(*img, -10, 10, kEdgeDuplicate, 0, 1);
-    delete img;
-}
-
-TEST_P(RasterImageDepth, FloatReadOfTheSameEdges)
-{
-    KImage* img = TaggedImage(GetParam());
-    KPixelF inside, wrapped, clamped;
-    img->GetPixel(2, 1, inside, kEdgeBlack);
-    img->GetPixel(-1, -1, wrapped, kEdgeWrap);
-    img->GetPixel(9, 9, clamped, kEdgeDuplicate);
-    for (int c = 0; c < 4; ++c) {
-        EXPECT_EQ(wrapped[c], inside[c]);
-        EXPECT_EQ(clamped[c], inside[c]);
+        for (int32_t x = 0; x < 3; ++x) {
+            KPixelF f;
+            KToFloat(Tagged(x, y), f);
+            if (GetParam()) img->SetPixel(x, y, f);
+            else img->SetPixel(x, y, Tagged(x, y));
+        }
+    // Where each read comes from; fromX -1 stands for the zero pixel.
+    const struct { int32_t x, y, edges, fromX, fromY; } rows[] = {
+        // Black: the zero pixel outside; an unknown mode reads like it.
+        {2, 1, kEdgeBlack, 2, 1}, {-1, 0, kEdgeBlack, -1, 0}, {3, 1, kEdgeBlack, -1, 0},
+        {0, -1, kEdgeBlack, -1, 0}, {2, 2, kEdgeBlack, -1, 0}, {-100, 100, kEdgeBlack, -1, 0}, {-1, 0, 7, -1, 0},
+        // Wrap, with a positive remainder.
+        {-1, 0, kEdgeWrap, 2, 0}, {-1, 1, kEdgeWrap, 2, 1}, {3, 0, kEdgeWrap, 0, 0}, {-4, 0, kEdgeWrap, 2, 0},
+        {-3, 1, kEdgeWrap, 0, 1}, {0, -1, kEdgeWrap, 0, 1}, {1, -3, kEdgeWrap, 1, 1}, {1, 2, kEdgeWrap, 1, 0},
+        {7, 5, kEdgeWrap, 1, 1}, {-7, -6, kEdgeWrap, 2, 0},
+        // Duplicate: clamped to the border.
+        {3, 0, kEdgeDuplicate, 2, 0}, {50, 1, kEdgeDuplicate, 2, 1}, {1, -1, kEdgeDuplicate, 1, 0},
+        {1, -40, kEdgeDuplicate, 1, 0}, {-1, 1, kEdgeDuplicate, 0, 1}, {5, -3, kEdgeDuplicate, 2, 0},
+        {-10, 10, kEdgeDuplicate, 0, 1},
+    };
+    for (const auto& r : rows) {
+        KPixel p;
+        KPixelF f{1, 1, 1, 1};  // the float read of the same pixel
+        img->GetPixel(r.x, r.y, p, r.edges);
+        img->GetPixel(r.x, r.y, f, r.edges);
+        const KPixel want = r.fromX < 0 ? KPixel{} : Tagged(r.fromX, r.fromY);
+        for (int c = 0; c < 4; ++c) {
+            // Float storage of the tags converts back within one step.
+            EXPECT_NEAR(double(p[c]), double(want[c]), GetParam() ? 1.0 : 0.0)
+                << r.x << "," << r.y << " edges " << r.edges << " channel " << c;
+            EXPECT_EQ(f[c], KIntToFloat(want[c])) << r.x << "," << r.y << " edges " << r.edges;
+        }
     }
+    KPixelF inside;
+    img->GetPixel(2, 1, inside, kEdgeBlack);
     EXPECT_EQ(inside.r, 6000.0f * 1.5259022e-05f);
-    delete img;
 }
 
 INSTANTIATE_TEST_SUITE_P(Depths, RasterImageDepth, ::testing::Values(false, true),
@@ -123,203 +73,143 @@ INSTANTIATE_TEST_SUITE_P(Depths, RasterImageDepth, ::testing::Values(false, true
 
 TEST(RasterPixel, FloatToIntegerScalesClipsAndTruncates)
 {
-    EXPECT_EQ(KFloatToInt(1.5f), 65535u);
-    EXPECT_EQ(KFloatToInt(1.0f), 65535u);
-    EXPECT_EQ(KFloatToInt(-0.2f), 0u);
-    EXPECT_EQ(KFloatToInt(0.0f), 0u);
-    EXPECT_EQ(KFloatToInt(0.5f), 32767u);     // 32767.5 truncated
-    EXPECT_EQ(KFloatToInt(0.25f), 16383u);    // 16383.75
-    EXPECT_EQ(KFloatToInt(0.75f), 49151u);    // 49151.25
-    EXPECT_EQ(KFloatToInt(std::numeric_limits<float>::quiet_NaN()), 0u);
-    EXPECT_EQ(KFloatToInt(std::numeric_limits<float>::infinity()), 65535u);
-    EXPECT_EQ(KFloatToInt(-std::numeric_limits<float>::infinity()), 0u);
+    const std::pair<float, uint32_t> cases[] = {
+        {1.5f, 65535}, {1.0f, 65535}, {-0.2f, 0}, {0.0f, 0},
+        {0.5f, 32767}, {0.25f, 16383}, {0.75f, 49151},  // 32767.5, 16383.75, 49151.25 truncated
+        {std::numeric_limits<float>::quiet_NaN(), 0}, {INFINITY, 65535}, {-INFINITY, 0}};
+    for (auto [f, i] : cases) EXPECT_EQ(KFloatToInt(f), i) << f;
 }
 
-TEST(RasterPixel, IntegerToFloatByTheStatedFactor)
+TEST(RasterPixel, IntegerToFloatByTheStatedFactorAndBack)
 {
     EXPECT_EQ(KIntToFloat(0), 0.0f);
     EXPECT_EQ(KIntToFloat(32768), 32768.0f * 1.5259022e-05f);
     EXPECT_NEAR(KIntToFloat(65535), 1.0f, 1e-6f);
-    KPixel p{0, 16384, 32768, 65535};
     KPixelF f;
-    KToFloat(p, f);
+    KToFloat(KPixel{0, 16384, 32768, 65535}, f);
     EXPECT_EQ(f.g, 16384.0f * 1.5259022e-05f);
     KPixel back;
     KToInt(f, back);
     EXPECT_EQ(back.r, 0u);
     EXPECT_EQ(back.a, 65535u);
-    // Every value comes back within one step.
-    for (uint32_t v = 0; v <= 65535u; ++v) {
-        int32_t r = int32_t(KFloatToInt(KIntToFloat(v)));
-        ASSERT_LE(std::abs(int32_t(v) - r), 1) << v;
-    }
+    for (uint32_t v = 0; v <= 65535u; ++v)  // every value comes back within one step
+        ASSERT_LE(std::abs(int32_t(v) - int32_t(KFloatToInt(KIntToFloat(v)))), 1) << v;
 }
 
 TEST(RasterPixel, ScaleRuleRoundsTheProduct)
 {
-    EXPECT_EQ(KScaleInt(65535, 65535), 65535u);
-    EXPECT_EQ(KScaleInt(65535, 0), 0u);
-    EXPECT_EQ(KScaleInt(65535, 32768), 32768u);
-    EXPECT_EQ(KScaleInt(65535, 32767), 32767u);
-    EXPECT_EQ(KScaleInt(1, 32767), 0u);
-    EXPECT_EQ(KScaleInt(2, 32767), 1u);
-    EXPECT_EQ(KScaleInt(40000, 32768), 20000u);
+    const std::tuple<uint32_t, uint32_t, uint32_t> cases[] = {
+        {65535, 65535, 65535}, {65535, 0, 0}, {65535, 32768, 32768}, {65535, 32767, 32767},
+        {1, 32767, 0},         {2, 32767, 1}, {40000, 32768, 20000}};
+    for (auto [a, b, want] : cases) EXPECT_EQ(KScaleInt(a, b), want) << a << " x " << b;
     EXPECT_EQ(KDiv65535(1000u * 65535u), 1000u);
     for (uint32_t c = 0; c <= 65535u; c += 257u) ASSERT_EQ(KScaleInt(c, 65535), c);
 }
 
-TEST(RasterPixel, SetPixelConvertsAndIgnoresOutside)
+TEST(RasterPixel, SetPixelConvertsClipsIntegersAndIgnoresOutside)
 {
-    KImage* img = KImage::Create(2, 2, false);
+    std::unique_ptr<KImage> img(KImage::Create(2, 2, false));
     img->SetPixel(0, 0, KPixelF{1.5f, -0.2f, 0.5f, 1.0f});
     img->SetPixel(1, 0, KPixel{70000u, 1u, 2u, 3u});
     img->SetPixel(-1, 0, KPixel{9u, 9u, 9u, 9u});
     img->SetPixel(2, 1, KPixel{9u, 9u, 9u, 9u});
-    const uint16_t* row = img->RowW(0);
-    EXPECT_EQ(row[0], 65535);
-    EXPECT_EQ(row[1], 0);
-    EXPECT_EQ(row[2], 32767);
-    EXPECT_EQ(row[3], 65535);
-    EXPECT_EQ(row[4], 65535);  // clipped
-    EXPECT_EQ(row[5], 1);
-    for (int i = 0; i < 8; ++i) EXPECT_EQ(img->RowW(1)[i], 0);
-    delete img;
+    EXPECT_EQ(std::vector<uint16_t>(img->RowW(0), img->RowW(0) + 8),
+              (std::vector<uint16_t>{65535, 0, 32767, 65535, 65535, 1, 2, 3}));
+    EXPECT_EQ(std::vector<uint16_t>(img->RowW(1), img->RowW(1) + 8), std::vector<uint16_t>(8, 0));
 
-    KImage* f = KImage::Create(1, 1, true);
+    std::unique_ptr<KImage> f(KImage::Create(1, 1, true));
     f->SetPixel(0, 0, KPixelF{1.5f, -0.2f, 0.5f, 1.0f});
     EXPECT_EQ(f->RowF(0)[0], 1.5f);  // float pixels are not clipped
     EXPECT_EQ(f->RowF(0)[1], -0.2f);
     KPixel p;
     f->GetPixel(0, 0, p, kEdgeBlack);
-    EXPECT_EQ(p.r, 65535u);
-    EXPECT_EQ(p.g, 0u);
-    EXPECT_EQ(p.b, 32767u);
-    delete f;
+    EXPECT_EQ(Channels(p), Channels(KPixel{65535, 0, 32767, 65535}));
 }
 
-TEST(RasterImageGeometry, DepthAndAspects)
+TEST(RasterImageGeometry, DepthAspectsFullSizeAndProxyScale)
 {
-    KImage* i = KImage::Create(4, 3, false);
-    KImage* f = KImage::Create(4, 3, true, 2.0f, 1.0f);
+    std::unique_ptr<KImage> i(KImage::Create(4, 3, false)), f(KImage::Create(4, 3, true, 2.0f, 1.0f));
     EXPECT_FALSE(i->IsFloat());
     EXPECT_TRUE(f->IsFloat());
     EXPECT_GT(f->depth, 6);
     EXPECT_LE(i->depth, 6);
+    EXPECT_TRUE(i->owned);
     EXPECT_EQ(i->PixelAspect(), 1.0f);
     EXPECT_EQ(f->PixelAspect(), 2.0f);
     EXPECT_EQ(f->PictureAspect(), 2.0f * 4.0f / 3.0f);
-    EXPECT_TRUE(i->owned);
-    delete i;
-    delete f;
+    EXPECT_EQ(std::unique_ptr<KImage>(KImage::Create(1920, 1080, false))->PictureAspect(), 1920.0f / 1080.0f);
 
-    KImage* hd = KImage::Create(1920, 1080, false);
-    EXPECT_EQ(hd->PictureAspect(), 1920.0f / 1080.0f);
-    delete hd;
-}
-
-TEST(RasterImageGeometry, FullSizeAndProxyScale)
-{
-    KImage* img = KImage::Create(500, 281, false);
-    EXPECT_EQ(img->FullWidth(), 500);  // not set: the current size
-    EXPECT_EQ(img->FullHeight(), 281);
+    std::unique_ptr<KImage> img(KImage::Create(500, 281, false));
+    EXPECT_EQ(std::pair(img->FullWidth(), img->FullHeight()), std::pair(500, 281));  // not set: the size
     EXPECT_EQ(img->ProxyScale(), 1.0f);
-
-    img->HostImage()->SetFullSize(1000, 562);
-    EXPECT_EQ(img->FullWidth(), 1000);
-    EXPECT_EQ(img->FullHeight(), 562);
-    EXPECT_EQ(img->ProxyScale(), 2.0f);
-
-    img->HostImage()->SetFullSize(1500, 843);
-    EXPECT_EQ(img->ProxyScale(), 3.0f);
-
-    // Never below 1.
-    img->HostImage()->SetFullSize(250, 140);
-    EXPECT_EQ(img->ProxyScale(), 1.0f);
-    delete img;
+    const std::tuple<int, int, float> sizes[] = {{1000, 562, 2.0f}, {1500, 843, 3.0f}, {250, 140, 1.0f}};  // never below 1
+    for (auto [w, h, scale] : sizes) {
+        img->HostImage()->SetFullSize(w, h);
+        EXPECT_EQ(std::pair(img->FullWidth(), img->FullHeight()), std::pair(w, h));
+        EXPECT_EQ(img->ProxyScale(), scale) << w;
+    }
 }
 
 TEST(RasterImageDerived, CreateLikeKeepsFormatAndTakesNewSize)
 {
-    KImage* src = KImage::Create(5, 4, true, 2.0f, 1.0f);
+    std::unique_ptr<KImage> src(KImage::Create(5, 4, true, 2.0f, 1.0f));
     src->SetPixel(1, 1, KPixelF{1, 1, 1, 1});
-
-    KImage* same = src->CreateLike();
-    EXPECT_EQ(same->width, 5);
-    EXPECT_EQ(same->height, 4);
+    std::unique_ptr<KImage> same(src->CreateLike());
     EXPECT_TRUE(same->IsFloat());
-    EXPECT_EQ(same->xAspect, 2.0f);
-    EXPECT_EQ(same->yAspect, 1.0f);
     EXPECT_TRUE(same->owned);
     EXPECT_NE(same->HostImage(), src->HostImage());
-    for (int32_t y = 0; y < 4; ++y)
-        for (int32_t x = 0; x < 20; ++x) ASSERT_EQ(same->RowF(y)[x], 0.0f);
-
-    KImage* sized = src->CreateLike(7, 0);
-    EXPECT_EQ(sized->width, 7);
-    EXPECT_EQ(sized->height, 4);
-    KImage* negative = src->CreateLike(-2, 9);
-    EXPECT_EQ(negative->width, 5);
-    EXPECT_EQ(negative->height, 9);
-
-    KImage* aspect = src->CreateLike(0, 0, 1.0f, 3.0f);
-    EXPECT_EQ(aspect->xAspect, 1.0f);
-    EXPECT_EQ(aspect->yAspect, 3.0f);
-    KImage* noAspect = src->CreateLike(0, 0, 0.0f, -1.0f);
-    EXPECT_EQ(noAspect->xAspect, 2.0f);
-    EXPECT_EQ(noAspect->yAspect, 1.0f);
-
-    for (KImage* k : {same, sized, negative, aspect, noAspect, src}) delete k;
+    EXPECT_EQ(Differ(*same, *std::unique_ptr<KImage>(KImage::Create(5, 4, true))), "");  // empty
+    // Sizes and aspects not above 0 are taken from the source.
+    const struct {
+        int32_t w, h;
+        float xa, ya;
+        int32_t wantW, wantH;
+        float wantXa, wantYa;
+    } rows[] = {{0, 0, 0, 0, 5, 4, 2, 1},     {7, 0, 0, 0, 7, 4, 2, 1},   {-2, 9, 0, 0, 5, 9, 2, 1},
+                {0, 0, 1, 3, 5, 4, 1, 3},     {0, 0, 0, -1, 5, 4, 2, 1}};
+    for (const auto& r : rows) {
+        std::unique_ptr<KImage> like(src->CreateLike(r.w, r.h, r.xa, r.ya));
+        EXPECT_EQ(std::vector<float>({float(like->width), float(like->height), like->xAspect, like->yAspect}),
+                  std::vector<float>({float(r.wantW), float(r.wantH), r.wantXa, r.wantYa}))
+            << r.w << "x" << r.h << " " << r.xa << ":" << r.ya;
+    }
 }
 
 TEST(RasterImageDerived, CloneIsAnIndependentCopy)
 {
     for (bool isFloat : {false, true}) {
-        KImage* src = zvtest::Pattern(6, 5, isFloat);
-        KImage* copy = src->Clone();
+        std::unique_ptr<KImage> src(Pattern(6, 5, isFloat)), copy(src->Clone()), alsoCopy(src->Copy());
         EXPECT_TRUE(copy->owned);
         EXPECT_NE(copy->HostImage(), src->HostImage());
-        EXPECT_EQ(zvtest::Differ(*copy, *src), "");
+        EXPECT_EQ(Differ(*copy, *src), "");
+        EXPECT_EQ(Differ(*alsoCopy, *src), "");
         copy->SetPixel(0, 0, KPixel{1, 2, 3, 4});
-        EXPECT_NE(zvtest::Differ(*copy, *src), "");
-        KImage* alsoCopy = src->Copy();
-        EXPECT_EQ(zvtest::Differ(*alsoCopy, *src), "");
-        delete alsoCopy;
-        delete copy;
-        delete src;
+        EXPECT_NE(Differ(*copy, *src), "");
     }
 }
 
-TEST(RasterImageDerived, VectorLikeAddsBothVectorChannels)
+TEST(RasterImageDerived, VectorLikeAddsBothVectorChannelsOnce)
 {
-    KImage* src = KImage::Create(4, 3, false);
+    std::unique_ptr<KImage> src(KImage::Create(4, 3, false));
     EXPECT_EQ(src->AuxCount(), 0);
     EXPECT_EQ(src->AuxPlane(22), nullptr);
-
-    KImage* vec = src->CreateVectorLike();
-    EXPECT_EQ(vec->width, 4);
-    EXPECT_EQ(vec->height, 3);
+    std::unique_ptr<KImage> vec(src->CreateVectorLike());
+    EXPECT_EQ(std::pair(vec->width, vec->height), std::pair(4, 3));
     EXPECT_FALSE(vec->IsFloat());
     ASSERT_EQ(vec->AuxCount(), 2);
-    EXPECT_EQ(vec->AuxChannel(0), 22);
-    EXPECT_EQ(vec->AuxChannel(1), 23);
+    EXPECT_EQ(std::pair(vec->AuxChannel(0), vec->AuxChannel(1)), std::pair(22, 23));
     ASSERT_NE(vec->AuxPlane(22), nullptr);
     ASSERT_NE(vec->AuxPlane(23), nullptr);
     EXPECT_NE(vec->AuxPlane(22), vec->AuxPlane(23));
     for (int i = 0; i < 12; ++i) EXPECT_EQ(vec->AuxPlane(23)[i], 0.0f);
-
     // Like of a vector image keeps the channels; a second vector-like does not double them.
-    KImage* like = vec->CreateLike();
-    EXPECT_NE(like->AuxPlane(23), nullptr);
-    KImage* again = vec->CreateVectorLike();
-    EXPECT_EQ(again->AuxCount(), 2);
-
-    for (KImage* k : {src, vec, like, again}) delete k;
+    EXPECT_NE(std::unique_ptr<KImage>(vec->CreateLike())->AuxPlane(23), nullptr);
+    EXPECT_EQ(std::unique_ptr<KImage>(vec->CreateVectorLike())->AuxCount(), 2);
 }
 
 TEST(RasterImageDerived, WrapAndReplaceIn)
 {
     EXPECT_EQ(KImage::Wrap(nullptr, true), nullptr);
-
     KImage* a = KImage::Create(2, 2, false);
     KImage* b = KImage::Create(2, 2, false);
     KImage* slot = a;
@@ -331,7 +221,7 @@ TEST(RasterImageDerived, WrapAndReplaceIn)
     EXPECT_EQ(slot, nullptr);
 
     // A released wrapper leaves the host image to its other owner.
-    KImage* owner = KImage::Create(2, 2, false);
+    std::unique_ptr<KImage> owner(KImage::Create(2, 2, false));
     KImage* view = KImage::Wrap(owner->HostImage(), true);
     view->Release();
     delete view;
@@ -339,54 +229,39 @@ TEST(RasterImageDerived, WrapAndReplaceIn)
     KPixel p;
     owner->GetPixel(1, 1, p, kEdgeBlack);
     EXPECT_EQ(p.r, 5u);
-    delete owner;
 }
 
 TEST(RasterImageCopy, CopyFromWithinAndAcrossDepths)
 {
-    KImage* ints = zvtest::Pattern(5, 3, false);
-    KImage* floats = KImage::Create(5, 3, true);
+    std::unique_ptr<KImage> ints(Pattern(5, 3, false)), floats(KImage::Create(5, 3, true));
     floats->CopyFrom(*ints);
-    for (int32_t y = 0; y < 3; ++y)
-        for (int32_t x = 0; x < 5; ++x)
-            for (int c = 0; c < 4; ++c)
-                ASSERT_EQ(floats->RowF(y)[4 * x + c],
-                          float(ints->RowW(y)[4 * x + c]) * 1.5259022e-05f);
-
-    // Back to integers by the float-to-integer rule: values above 1 and below 0 clip.
+    for (int32_t i = 0; i < 5 * 4; ++i)
+        for (int32_t y = 0; y < 3; ++y)
+            ASSERT_EQ(floats->RowF(y)[i], float(ints->RowW(y)[i]) * 1.5259022e-05f);
+    // Back to integers by the float-to-integer rule: values above 1 and below 0
+    // clip; the others come back within one step.
     floats->SetPixel(2, 1, KPixelF{1.25f, -0.5f, 0.5f, 0.25f});
-    KImage* back = KImage::Create(5, 3, false);
+    std::unique_ptr<KImage> back(KImage::Create(5, 3, false));
     back->CopyFrom(*floats);
     KPixel p;
     back->GetPixel(2, 1, p, kEdgeBlack);
-    EXPECT_EQ(p.r, 65535u);
-    EXPECT_EQ(p.g, 0u);
-    EXPECT_EQ(p.b, 32767u);
-    EXPECT_EQ(p.a, 16383u);
+    EXPECT_EQ(Channels(p), Channels(KPixel{65535, 0, 32767, 16383}));
     for (int32_t y = 0; y < 3; ++y)
-        for (int32_t x = 0; x < 5; ++x) {
-            if (x == 2 && y == 1) continue;
-            for (int c = 0; c < 4; ++c) {
-                int32_t d = int32_t(back->RowW(y)[4 * x + c]) - int32_t(ints->RowW(y)[4 * x + c]);
-                ASSERT_LE(std::abs(d), 1);
+        for (int32_t i = 0; i < 5 * 4; ++i)
+            if (y != 1 || i / 4 != 2) {
+                ASSERT_LE(std::abs(int32_t(back->RowW(y)[i]) - int32_t(ints->RowW(y)[i])), 1);
             }
-        }
-
-    KImage* sameDepth = KImage::Create(5, 3, false);
-    sameDepth->CopyFrom(*ints);
-    EXPECT_EQ(zvtest::Differ(*sameDepth, *ints), "");
-    KImage* floatCopy = KImage::Create(5, 3, true);
-    floatCopy->CopyFrom(*floats);
-    EXPECT_EQ(zvtest::Differ(*floatCopy, *floats), "");
-
-    for (KImage* k : {ints, floats, back, sameDepth, floatCopy}) delete k;
+    for (KImage* source : {ints.get(), floats.get()}) {
+        std::unique_ptr<KImage> same(KImage::Create(5, 3, source->IsFloat()));
+        same->CopyFrom(*source);
+        EXPECT_EQ(Differ(*same, *source), "");
+    }
 }
 
 TEST(RasterImageCopy, CopyRowFromTouchesOneRow)
 {
     for (bool targetFloat : {false, true}) {
-        KImage* src = zvtest::Pattern(4, 3, !targetFloat);
-        KImage* dst = KImage::Create(4, 3, targetFloat);
+        std::unique_ptr<KImage> src(Pattern(4, 3, !targetFloat)), dst(KImage::Create(4, 3, targetFloat));
         dst->CopyRowFrom(*src, 1);
         dst->CopyRowFrom(*src, -1);  // outside: nothing
         dst->CopyRowFrom(*src, 3);
@@ -395,12 +270,8 @@ TEST(RasterImageCopy, CopyRowFromTouchesOneRow)
                 KPixel got, want;
                 dst->GetPixel(x, y, got, kEdgeBlack);
                 src->GetPixel(x, y, want, kEdgeBlack);
-                for (int c = 0; c < 4; ++c) {
-                    if (y == 1) EXPECT_LE(std::abs(int32_t(got[c]) - int32_t(want[c])), 1);
-                    else EXPECT_EQ(got[c], 0u);
-                }
+                for (int c = 0; c < 4; ++c)
+                    EXPECT_LE(std::abs(int32_t(got[c]) - int32_t(y == 1 ? want[c] : 0)), y == 1 ? 1 : 0);
             }
-        delete src;
-        delete dst;
     }
 }

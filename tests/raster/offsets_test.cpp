@@ -5,6 +5,7 @@
 #include <cmath>
 #include <latch>
 #include <map>
+#include <memory>
 #include <thread>
 #include <tuple>
 #include <vector>
@@ -61,95 +62,59 @@ std::map<int32_t, int32_t> StepSums(const KOffsetsList& list, bool alongX)
 
 }  // namespace
 
-TEST(RasterOffsetsFromImage, PixelsModeListsEveryNonZeroValue)
+TEST(RasterOffsetsFromImage, PixelsRowsAndColumnsOfABlock)
 {
-    KImage* img = Block();
-    EXPECT_EQ(Build(img, 0, false, kOffsetsPixels),
-              (std::vector<Entry>{{0, 0, 100, false}, {1, 0, 200, false}}));
-    // Any unknown mode walks like mode 0.
-    EXPECT_EQ(Build(img, 0, false, 9), Build(img, 0, false, kOffsetsPixels));
-    // Mirrored, x becomes 2 - x and y becomes 2 - y: 200 lands left of the centre.
-    EXPECT_EQ(Build(img, 0, true, kOffsetsPixels),
-              (std::vector<Entry>{{-1, 0, 200, false}, {0, 0, 100, false}}));
-    EXPECT_TRUE(Build(img, 1, false, kOffsetsPixels).empty());
-    delete img;
-}
-
-TEST(RasterOffsetsFromImage, RowsModeListsHorizontalEdges)
-{
-    KImage* img = Block();
-    // Row 1 reads 0, 100, 200 and then 0 one step beyond the width. Entering
-    // the block at x 1 gives d = -100 at x - 1 - 1; 100 to 200 is no edge
-    // (neither is 0); leaving at x 3 gives d = 200 at 3 - 1 - 1.
-    EXPECT_EQ(Build(img, 0, false, kOffsetsRows),
-              (std::vector<Entry>{{-1, 0, 100, true}, {1, 0, 200, false}}));
-    // Mirrored, the row reads 200, 100, 0, 0.
-    EXPECT_EQ(Build(img, 0, true, kOffsetsRows),
-              (std::vector<Entry>{{-2, 0, 200, true}, {0, 0, 100, false}}));
-    delete img;
-}
-
-TEST(RasterOffsetsFromImage, ColumnsModeListsVerticalEdges)
-{
-    KImage* img = Block();
-    // Columns outer: column 1 enters at y 1 and leaves at y 2, then column 2.
-    EXPECT_EQ(Build(img, 0, false, kOffsetsColumns),
-              (std::vector<Entry>{{0, -1, 100, true},
-                                  {0, 0, 100, false},
-                                  {1, -1, 200, true},
-                                  {1, 0, 200, false}}));
-    delete img;
+    std::unique_ptr<KImage> img(Block());
+    const struct { int32_t mode; bool mirror; std::vector<Entry> want; } rows[] = {
+        // Every non-zero value; mirrored, x becomes 2 - x and y 2 - y, so 200
+        // lands left of the centre.
+        {kOffsetsPixels, false, {{0, 0, 100, false}, {1, 0, 200, false}}},
+        {kOffsetsPixels, true, {{-1, 0, 200, false}, {0, 0, 100, false}}},
+        {9, false, {{0, 0, 100, false}, {1, 0, 200, false}}},  // an unknown mode walks like pixels
+        // Horizontal edges: row 1 reads 0, 100, 200 and 0 one step beyond the
+        // width. Entering at x 1 gives d = -100 at x - 1 - 1; 100 to 200 is no
+        // edge (neither is 0); leaving at x 3 gives d = 200 at 3 - 1 - 1.
+        {kOffsetsRows, false, {{-1, 0, 100, true}, {1, 0, 200, false}}},
+        {kOffsetsRows, true, {{-2, 0, 200, true}, {0, 0, 100, false}}},  // reads 200, 100, 0, 0
+        // Vertical edges, columns outer: column 1 enters at y 1 and leaves at y 2.
+        {kOffsetsColumns, false, {{0, -1, 100, true}, {0, 0, 100, false}, {1, -1, 200, true}, {1, 0, 200, false}}},
+    };
+    for (const auto& r : rows) EXPECT_EQ(Build(img.get(), 0, r.mirror, r.mode), r.want) << r.mode << " " << r.mirror;
+    EXPECT_TRUE(Build(img.get(), 1, false, kOffsetsPixels).empty());
 }
 
 TEST(RasterOffsetsFromImage, ChannelSelection)
 {
-    KImage* img = KImage::Create(2, 1, false);
+    std::unique_ptr<KImage> img(KImage::Create(2, 1, false));  // the centre is 1, 0
     img->SetPixel(0, 0, KPixel{10, 20, 30, 40});
     img->SetPixel(1, 0, KPixel{0, 0, 1000, 0});
-    // 2x1: the centre is 1, 0.
-    EXPECT_EQ(Build(img, 1, false, kOffsetsPixels), (std::vector<Entry>{{-1, 0, 20, false}}));
-    EXPECT_EQ(Build(img, 2, false, kOffsetsPixels),
-              (std::vector<Entry>{{-1, 0, 30, false}, {0, 0, 1000, false}}));
-    EXPECT_EQ(Build(img, 3, false, kOffsetsPixels), (std::vector<Entry>{{-1, 0, 40, false}}));
-    // Luminance for any other channel, in floats, truncated.
-    const int32_t lum0 = static_cast<int32_t>(0.299f * 10 + 0.587f * 20 + 0.114f * 30);
-    const int32_t lum1 = static_cast<int32_t>(0.114f * 1000);
-    EXPECT_EQ(Build(img, 4, false, kOffsetsPixels),
-              (std::vector<Entry>{{-1, 0, lum0, false}, {0, 0, lum1, false}}));
-    EXPECT_EQ(lum0, 18);  // 2.99 + 11.74 + 3.42
-    EXPECT_EQ(lum1, 114);
-    delete img;
+    const std::pair<int32_t, std::vector<Entry>> rows[] = {
+        {1, {{-1, 0, 20, false}}},
+        {2, {{-1, 0, 30, false}, {0, 0, 1000, false}}},
+        {3, {{-1, 0, 40, false}}},
+        // Luminance for any other channel, in floats, truncated: 2.99 + 11.74 + 3.42 and 114.
+        {4, {{-1, 0, 18, false}, {0, 0, 114, false}}},
+    };
+    for (const auto& [channel, want] : rows) EXPECT_EQ(Build(img.get(), channel, false, kOffsetsPixels), want) << channel;
 }
 
-TEST(RasterOffsetsFromImage, FloatPicturesReadAsIntegers)
+TEST(RasterOffsetsFromImage, FloatReadsAsIntegersAndNothingGivesNothing)
 {
-    KImage* img = KImage::Create(1, 1, true);
+    std::unique_ptr<KImage> img(KImage::Create(1, 1, true)), zero(KImage::Create(3, 3, false));
     img->SetPixel(0, 0, KPixelF{0.5f, 0, 0, 0});
-    EXPECT_EQ(Build(img, 0, false, kOffsetsPixels), (std::vector<Entry>{{0, 0, 32767, false}}));
-    delete img;
-}
-
-TEST(RasterOffsetsFromImage, MissingOrZeroPictureGivesNothing)
-{
-    KImage* zero = KImage::Create(3, 3, false);
+    EXPECT_EQ(Build(img.get(), 0, false, kOffsetsPixels), (std::vector<Entry>{{0, 0, 32767, false}}));
     for (int32_t mode : {0, 1, 2}) {
-        KOffsetsList* missing = KOffsetsTable::FromImage(nullptr, 0, false, mode);
+        std::unique_ptr<KOffsetsList> missing(KOffsetsTable::FromImage(nullptr, 0, false, mode));
         EXPECT_EQ(missing->count, 0);
         EXPECT_EQ(missing->entries, nullptr);
-        delete missing;
-        for (bool mirror : {false, true}) {
-            KOffsetsList* list = KOffsetsTable::FromImage(zero, 4, mirror, mode);
-            EXPECT_EQ(list->count, 0) << mode;
-            delete list;
-        }
+        for (bool mirror : {false, true}) EXPECT_TRUE(Build(zero.get(), 4, mirror, mode).empty()) << mode;
     }
-    delete zero;
 }
 
 TEST(RasterOffsetsFromImage, MirroredSymmetricKernelGivesTheSameEntries)
 {
     // A plus with different arms, symmetric through the centre.
-    KImage* img = KImage::Create(5, 5, false);
+    std::unique_ptr<KImage> img(KImage::Create(5, 5, false));
     const uint32_t v[5][5] = {{0, 0, 7, 0, 0},
                               {0, 0, 50, 0, 0},
                               {9, 30, 255, 30, 9},
@@ -158,54 +123,37 @@ TEST(RasterOffsetsFromImage, MirroredSymmetricKernelGivesTheSameEntries)
     for (int32_t y = 0; y < 5; ++y)
         for (int32_t x = 0; x < 5; ++x) img->SetPixel(x, y, KPixel{v[y][x], 0, 0, 0});
     for (int32_t mode : {0, 1, 2}) {
-        std::vector<Entry> plain = Build(img, 0, false, mode);
-        std::vector<Entry> mirrored = Build(img, 0, true, mode);
+        const std::vector<Entry> plain = Build(img.get(), 0, false, mode);
         EXPECT_FALSE(plain.empty());
-        EXPECT_EQ(Sorted(plain), Sorted(mirrored)) << mode;
+        EXPECT_EQ(Sorted(plain), Sorted(Build(img.get(), 0, true, mode))) << mode;
     }
-    EXPECT_EQ(Build(img, 0, false, 0).size(), 9u);
-    delete img;
+    EXPECT_EQ(Build(img.get(), 0, false, 0).size(), 9u);
 }
 
-TEST(RasterOffsetsStroke, StraightAlongTheAxes)
+TEST(RasterOffsetsStroke, StraightAlongTheAxesAndRoundedOnlyWhenAsked)
 {
-    KOffsetsList* right = KOffsetsTable::BuildStraight(0.0f, 3.0f, 1.0f, false);
-    EXPECT_EQ(Entries(*right), (std::vector<Entry>{{0, 0, 65535, false},
-                                                   {1, 0, 65535, false},
-                                                   {2, 0, 65535, false},
-                                                   {3, 0, 65535, false}}));
-    delete right;
-
-    // At a quarter turn the stroke runs toward negative y (fy is -sin).
-    KOffsetsList* up = KOffsetsTable::BuildStraight(1.5707964f, 3.0f, 1.0f, false);
-    EXPECT_EQ(Entries(*up), (std::vector<Entry>{{0, 0, 65535, false},
-                                                {0, -1, 65535, false},
-                                                {0, -2, 65535, false},
-                                                {0, -3, 65535, false}}));
-    delete up;
-
-    KOffsetsList* left = KOffsetsTable::BuildStraight(3.1415927f, 2.0f, 1.0f, false);
-    EXPECT_EQ(Entries(*left), (std::vector<Entry>{{0, 0, 65535, false},
-                                                  {-1, 0, 65535, false},
-                                                  {-2, 0, 65535, false}}));
-    delete left;
-
+    // Full weight at each step; at a quarter turn toward negative y (fy is -sin).
+    const struct {
+        float angle, length;
+        std::vector<std::pair<int32_t, int32_t>> at;
+    } rows[] = {{0.0f, 3.0f, {{0, 0}, {1, 0}, {2, 0}, {3, 0}}},
+                {1.5707964f, 3.0f, {{0, 0}, {0, -1}, {0, -2}, {0, -3}}},
+                {3.1415927f, 2.0f, {{0, 0}, {-1, 0}, {-2, 0}}}};
+    for (const auto& r : rows) {
+        std::vector<Entry> want;
+        for (auto [x, y] : r.at) want.emplace_back(x, y, 65535, false);
+        std::unique_ptr<KOffsetsList> list(KOffsetsTable::BuildStraight(r.angle, r.length, 1.0f, false));
+        EXPECT_EQ(Entries(*list), want) << r.angle;
+    }
     // The aspect stretches x: 2 * 2 + 1 steps.
-    KOffsetsList* wide = KOffsetsTable::BuildStraight(0.0f, 2.0f, 2.0f, false);
+    std::unique_ptr<KOffsetsList> wide(KOffsetsTable::BuildStraight(0.0f, 2.0f, 2.0f, false));
     EXPECT_EQ(wide->count, 5);
     EXPECT_EQ(wide->entries[4].x, 4);
-    delete wide;
-}
-
-TEST(RasterOffsetsStroke, LengthRoundsUpOnlyWhenAsked)
-{
     // cos 0.3 * 3 + 1 = 3.87 steps: 3 without rounding, 4 with it.
-    KOffsetsList* plain = KOffsetsTable::BuildStraight(0.3f, 3.0f, 1.0f, false);
-    KOffsetsList* rounded = KOffsetsTable::BuildStraight(0.3f, 3.0f, 1.0f, true);
-    EXPECT_EQ(StepSums(*plain, true).size(), 3u);
-    EXPECT_EQ(StepSums(*rounded, true).size(), 4u);
-    delete plain;
-    delete rounded;
+    for (bool round : {false, true}) {
+        std::unique_ptr<KOffsetsList> list(KOffsetsTable::BuildStraight(0.3f, 3.0f, 1.0f, round));
+        EXPECT_EQ(StepSums(*list, true).size(), round ? 4u : 3u);
+    }
 }
 
 TEST(RasterOffsetsStroke, EachStepSumsToFullWeightAndFollowsTheSlope)

@@ -4,9 +4,6 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <vector>
-#include "bridge/operator.h"
-#include "host/flow.h"
-#include "host/image.h"
 #include "support.h"
 
 namespace zvcolour {
@@ -44,35 +41,17 @@ struct Tool : zvtest::EffectDriver<KEffectColor> {
     template <class P> P Run(const P& pixel) { return Run(std::vector<P>{pixel})[0]; }
 };
 
-// A tool in a flow, fed one constant image.
-struct Flow {
+// A tool in a flow, fed one row image that it keeps.
+struct Flow : zvtest::ToolFlow {
     Flow(const char* className, KImage* image)
-        : plate(image), node(flow.Add("tool", *host::Registry::Get().FindClass(className)))
+        : ToolFlow(className, std::unique_ptr<KImage>(image))
     {
-        flow.SetValue(node, Input("Image"), host::MakeImage(plate->HostImage()));
     }
-
-    host::Input* Input(const char* id)
-    {
-        host::Input* in = node.op->FindInput(id);
-        if (!in) ADD_FAILURE() << "no input " << id;
-        return in;
-    }
-    void Set(const char* id, double v) { flow.SetValue(node, Input(id), host::MakeNumber(v)); }
-    bool Visible(const char* id) { return Input(id)->attrs.visible; }
-
+    host::Input* Input(const char* id) { return In(id); }
     template <class P> std::vector<P> Render(double time = 0.0)
     {
-        flow.BeginFrame();
-        host::Value v = flow.Evaluate(node, node.op->MainOutput(), time);
-        std::unique_ptr<KImage> out(
-            KImage::Wrap(static_cast<const host::ImageValue*>(v.get())->image, false));
-        return Pixels<P>(*out);
+        return Pixels<P>(*ToolFlow::Render(time));
     }
-
-    std::unique_ptr<KImage> plate;
-    host::Flow flow;
-    host::Flow::Node& node;
 };
 
 }  // namespace zvcolour

@@ -1,3 +1,5 @@
+// Contour: lines where a channel crosses its threshold and the levels around
+// it, the locks, and the tool through a flow and on threads.
 #include <vector>
 #include "position_support.h"
 
@@ -25,7 +27,7 @@ KImage* Ramp(int32_t n, bool isFloat, bool down = false)
 struct Contour : Tool {
     Contour() : Tool("ZV_Contour") {}
     // Samples half a pixel each way on an n pixel wide picture.
-    void HalfPixel(int32_t n) { Field<float>("CoWH"_id) = 1.0f / static_cast<float>(n); }
+    void HalfPixel(int32_t n) { SetFloat("Width", 1.0f / static_cast<float>(n)); }
     // The places along the ramp where channel c is full; all others must be 0.
     Positions Lines(KImage* img, int32_t c = 0, bool down = false)
     {
@@ -42,20 +44,17 @@ struct Contour : Tool {
 
 TEST(ContourDeclarations, ControlsAndLocks)
 {
-    Flow f("ZV_Contour");
-    EXPECT_EQ(*f.Input("Width")->attrs.softMax, 0.1f);
-    EXPECT_EQ(f.Input("ThresholdAlpha")->attrs.control, host::Control::Screw);
-    EXPECT_EQ(*f.Input("LevelsBlue")->attrs.softMax, 20.0);
-    EXPECT_NE(f.Input("KSup"), nullptr);
-    f.Set("Lockhorizontalandverticalwidth", 1);
-    f.Set("Lockthresholdforallchannels", 1);
-    f.Set("Locklevelsforallchannels", 1);
-    for (const char* id : {"WidthVertical", "ThresholdGreen", "ThresholdBlue", "ThresholdAlpha",
-                           "LevelsGreen", "LevelsBlue", "LevelsAlpha"})
-        EXPECT_FALSE(f.Input(id)->attrs.visible) << id;
-    EXPECT_TRUE(f.Input("Threshold")->attrs.visible);
-    f.Set("Lockthresholdforallchannels", 0);
-    EXPECT_TRUE(f.Input("ThresholdBlue")->attrs.visible);
+    zvtest::ExpectInputs("ZV_Contour", {{"Width", "default 0.01; soft 0..0.1"},
+                                        {"ThresholdAlpha", "control Screw; default 0.5; soft 0..1"},
+                                        {"LevelsBlue", "default 5; soft 0..20"},
+                                        {"KSup", "present"}});
+    ToolFlow f("ZV_Contour");
+    zvtest::ExpectShown(f, {"WidthVertical", "Threshold", "ThresholdGreen", "ThresholdBlue", "ThresholdAlpha",
+                            "LevelsGreen", "LevelsBlue", "LevelsAlpha"},
+                        {{"Lockhorizontalandverticalwidth", 1, "01111111"},
+                         {"Lockthresholdforallchannels", 1, "01000111"},
+                         {"Locklevelsforallchannels", 1, "01000000"},
+                         {"Lockthresholdforallchannels", 0, "01111000"}});
 }
 
 TEST(ContourLines, ThresholdAndTwoStepsEitherSideAtBothDepths)
@@ -76,11 +75,11 @@ TEST(ContourLines, FromTheFifthStepTheWaveKeepsItsFirstOffsets)
 {
     Contour t;
     t.HalfPixel(201);
-    t.Field<float>("CoLR"_id) = 20.0f;  // steps of 0.05, ten pixels
+    t.SetFloat("Levels", 20.0f);  // steps of 0.05, ten pixels
     std::unique_ptr<KImage> ramp(Ramp(201, true));
     // Crossings 0, 2, 4, 5, 8 and 9 steps from the threshold.
     EXPECT_EQ(t.Lines(ramp.get()), (Positions{10, 20, 50, 60, 80, 100, 120, 140, 150, 180, 190}));
-    t.Field<float>("CoLR"_id) = 0.0f;  // no step: nothing crosses
+    t.SetFloat("Levels", 0.0f);  // no step: nothing crosses
     EXPECT_EQ(t.Lines(ramp.get()), Positions{});
 }
 
@@ -88,33 +87,25 @@ TEST(ContourLines, LocksCopyTheFirstChannelAndWidth)
 {
     Contour t;
     t.HalfPixel(16);
-    t.Field<float>("CoTR"_id) = 0.25f;
-    t.Field<float>("CoLR"_id) = 20.0f;
-    std::unique_ptr<KImage> ramp(Ramp(16, false));
-    t.Field<bool>("CoTL"_id) = t.Field<bool>("CoLL"_id) = true;
+    t.SetFloat("Threshold", 0.25f);
+    t.SetFloat("Levels", 20.0f);
+    std::unique_ptr<KImage> ramp(Ramp(16, false)), down(Ramp(16, false, true));
+    t.SetBool("Lock threshold for all channels", true);
+    t.SetBool("Lock levels for all channels", true);
     EXPECT_EQ(t.Lines(ramp.get(), 1), t.Lines(ramp.get(), 0));
     EXPECT_NE(t.Lines(ramp.get(), 1), (Positions{1, 7, 13}));
-    t.Field<bool>("CoTL"_id) = t.Field<bool>("CoLL"_id) = false;
-    std::unique_ptr<KImage> down(Ramp(16, false, true));
-    t.Field<float>("CoWV"_id) = 0.0f;
+    t.SetBool("Lock threshold for all channels", false);
+    t.SetBool("Lock levels for all channels", false);
+    t.SetFloat("Width Vertical", 0.0f);
     EXPECT_EQ(t.Lines(down.get(), 1, true), Positions{});
-    t.Field<bool>("CoWL"_id) = true;
+    t.SetBool("Lock horizontal and vertical width", true);
     EXPECT_EQ(t.Lines(down.get(), 1, true), (Positions{1, 7, 13}));
 }
 
-TEST(ContourImage, FlowAndThreads)
+TEST(ContourImage, ThreadsAgree)
 {
-    Flow f("ZV_Contour");
-    std::unique_ptr<KImage> ramp(Ramp(16, false));
-    f.SetImage("Image", ramp.get());
-    f.Set("Width", 1.0 / 16.0);
-    auto out = f.Render();
-    ASSERT_NE(out, nullptr);
-    EXPECT_EQ(At<KPixel>(*out, 7, 2).r, 65535u);
-    EXPECT_EQ(At<KPixel>(*out, 8, 2).r, 0u);
-
     Contour t;
-    t.Field<float>("CoLG"_id) = 13.0f;
+    t.SetFloat("Levels Green", 13.0f);
     ExpectThreadsAgree([&](bool isFloat, bool threaded) {
         std::unique_ptr<KImage> plate(zvtest::Pattern(67, 43, isFloat));
         return t.Run(plate.get(), threaded);

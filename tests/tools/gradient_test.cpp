@@ -1,3 +1,5 @@
+// Gradient: linear, radial and light positions, merged, added or subtracted,
+// with the controls each type shows, through a flow and on threads.
 #include <cmath>
 #include "position_support.h"
 
@@ -10,11 +12,11 @@ struct Gradient : Tool {
     Gradient() : Tool("ZV_Gradient") {}
     void Set(int32_t type, KPoint2 start, KPoint2 end, float startT, float endT)
     {
-        Field<int32_t>("cTyp"_id) = type;
-        Field<KPoint2>("oSta"_id) = start;
-        Field<KPoint2>("oEnd"_id) = end;
-        Field<float>("sStT"_id) = startT;
-        Field<float>("sEnT"_id) = endT;
+        SetInt("Type", type);
+        SetPoint("Start", start.x, start.y);
+        SetPoint("End", end.x, end.y);
+        SetFloat("Start Transparency", startT);
+        SetFloat("End Transparency", endT);
     }
     template <class P> P At(int32_t x, const P& background)
     {
@@ -29,25 +31,20 @@ struct Gradient : Tool {
 
 TEST(GradientDeclarations, ControlsAndTheirVisibility)
 {
-    Flow f("ZV_Gradient");
-    const host::Input* full = f.Input("Negativesignedfull");
-    EXPECT_EQ(full->name, "Negative                   signed                   full");
-    EXPECT_EQ(*full->attrs.defaultNumber, 1.0);
-    EXPECT_EQ(f.Input("Type")->attrs.items, (std::vector<std::string>{"Linear", "Radial", "Light"}));
-    EXPECT_EQ(*f.Input("Lightconeangle")->attrs.softMax, 180.0);
-    EXPECT_EQ(f.Input("EndColorRed")->page, "Colors");
-    EXPECT_EQ(*f.Input("EndColorAlpha")->attrs.defaultNumber, 1.0);
-    EXPECT_EQ(f.Input("KSuS"), nullptr);
-    EXPECT_FALSE(full->attrs.visible);
-    EXPECT_FALSE(f.Input("Lightfadewithangle")->attrs.visible);
-    f.Set("Type", 2);
-    f.Set("Combine", 1);
-    EXPECT_TRUE(f.Input("Lightfadewithangle")->attrs.visible);
-    EXPECT_TRUE(full->attrs.visible);
-    f.Set("Type", 1);
-    f.Set("Combine", 0);
-    EXPECT_FALSE(f.Input("LightZdistance")->attrs.visible);
-    EXPECT_FALSE(full->attrs.visible);
+    const char* full = "Negativesignedfull";
+    zvtest::ExpectInputs("ZV_Gradient",
+                         {{full, "name Negative                   signed                   full; "
+                                 "default 1; visible no"},
+                          {"Type", "items Linear|Radial|Light; default 0"},
+                          {"Lightconeangle", "default 30; soft 0..180"},
+                          {"Lightfadewithangle", "visible no"},
+                          {"EndColorRed", "page Colors; default 0"},
+                          {"EndColorAlpha", "default 1"},
+                          {"KSuS", "absent"}});
+    // The light controls belong to "Light", the signed slider to Add and Subtract.
+    ToolFlow f("ZV_Gradient");
+    zvtest::ExpectShown(f, {"LightZdistance", "Lightfadewithangle", full},
+                        {{"Type", 2, "110"}, {"Combine", 1, "111"}, {"Type", 1, "001"}, {"Combine", 0, "000"}});
 }
 
 TEST(GradientLinear, RampMergeMidpointAndOffset)
@@ -58,12 +55,12 @@ TEST(GradientLinear, RampMergeMidpointAndOffset)
     t.Set(0, {0, 0}, {1, 0}, 1.0f, 1.0f);
     EXPECT_EQ(t.Red(2), 0.75f);
     EXPECT_EQ(t.RedInt(2), 49151u);  // 0.75 x 65535, rounded
-    t.Field<float>("GrMi"_id) = 1.0f;
+    t.SetFloat("Midpoint", 1.0f);
     EXPECT_EQ(t.Red(2), 0.5625f);  // k x k
-    t.Field<float>("GrMi"_id) = 0.0f;
+    t.SetFloat("Midpoint", 0.0f);
     EXPECT_EQ(t.Red(2), 0.9375f);  // k x (2 - k)
-    t.Field<float>("GrMi"_id) = 0.5f;
-    t.Field<float>("sStO"_id) = 0.5f;
+    t.SetFloat("Midpoint", 0.5f);
+    t.SetFloat("Start offset", 0.5f);
     EXPECT_EQ(t.Red(2), 1.0f);  // 1.5, limited to 1
     EXPECT_EQ(t.Red(6), 0.5f);
 }
@@ -74,11 +71,11 @@ TEST(GradientLinear, SidesRelativeEndAndAZeroLength)
     t.Set(0, {0.25f, 0}, {0.5f, 0}, 1.0f, 0.0f);
     EXPECT_EQ(t.Red(0), 1.0f);   // before the start: start colour and transparency
     EXPECT_EQ(t.Red(6), 0.25f);  // past the end: end transparency 0 keeps the image
-    t.Field<bool>("cRel"_id) = true;  // the end lands at 0.75
-    EXPECT_EQ(t.Red(4), 0.375f);      // half way: colour 0.5 at transparency 0.5
-    t.Field<bool>("cRel"_id) = false;
+    t.SetBool("End relative to start position", true);  // the end lands at 0.75
+    EXPECT_EQ(t.Red(4), 0.375f);  // half way: colour 0.5 at transparency 0.5
+    t.SetBool("End relative to start position", false);
     t.Set(0, {0.5f, 0}, {0.5f, 0}, 0.0f, 0.0f);
-    t.Field<int32_t>("cCom"_id) = 1;
+    t.SetInt("Combine", 1);
     // On neither side: the position 1000000 / 1e-05 drives k far below 0.
     EXPECT_LT(t.Red(3), -1e10f);
     EXPECT_EQ(t.RedInt(3), 0u);
@@ -94,15 +91,15 @@ TEST(GradientRadialAndLight, PositionsByDistanceAndAngle)
     EXPECT_EQ(t.Red(4), 1.0f);
     EXPECT_EQ(t.Red(0), 0.0f);
     t.Set(2, {0, 0}, {0.5f, 0}, 1.0f, 1.0f);  // the light half a width above pixel 4
-    t.Field<float>("sLiC"_id) = 90.0f;
+    t.SetFloat("Light cone angle", 90.0f);
     EXPECT_NEAR(t.Red(0), 1.0f, 1e-6f);  // on the cone's axis
     EXPECT_NEAR(t.Red(4), 0.5f, 1e-6f);  // 45 degrees of 90
-    t.Field<float>("sLiF"_id) = 0.5f;    // fades out at distance 1
+    t.SetFloat("Light fade with distance", 0.5f);  // fades out at distance 1
     EXPECT_NEAR(t.Red(4), 0.25f, 1e-6f);
-    t.Field<float>("sLiF"_id) = 0.0f;
-    t.Field<float>("sLiA"_id) = 1.0f;  // times Z / r
+    t.SetFloat("Light fade with distance", 0.0f);
+    t.SetFloat("Light fade with angle", 1.0f);  // times Z / r
     EXPECT_NEAR(t.Red(0), std::sqrt(0.5f), 1e-6f);
-    t.Field<float>("sLiC"_id) = 30.0f;
+    t.SetFloat("Light cone angle", 30.0f);
     EXPECT_EQ(t.Red(4), 0.0f);  // outside the cone: the end colour
 }
 
@@ -110,34 +107,24 @@ TEST(GradientCombine, AddAndSubtractWithTheSignedScale)
 {
     Gradient t;
     t.Set(0, {0, 0}, {1, 0}, 0.0f, 0.0f);  // colour 0.75 at pixel 2
-    t.Field<int32_t>("cCom"_id) = 1;
+    float& scale = t.Field<float>("sCom"_id);
+    t.SetInt("Combine", 1);
     EXPECT_EQ(t.Red(2), 1.0f);
-    t.Field<float>("sCom"_id) = 0.5f;  // scale 2 about a bias of a half
+    scale = 0.5f;  // scale 2 about a bias of a half
     EXPECT_EQ(t.Red(2), 0.75f);
     EXPECT_EQ(t.RedInt(2), 49152u);  // 16384 + 2 x 16383.75, rounded
-    t.Field<float>("sCom"_id) = 0.0f;  // bias 1, scale 1
+    scale = 0.0f;  // bias 1, scale 1
     EXPECT_EQ(t.Red(2), 0.0f);
-    t.Field<int32_t>("cCom"_id) = 2;
-    t.Field<float>("sCom"_id) = 1.0f;
+    t.SetInt("Combine", 2);
+    scale = 1.0f;
     EXPECT_EQ(t.Red(2), -0.5f);  // floats are not clipped
     EXPECT_EQ(t.RedInt(2), 0u);
     t.Set(0, {0, 0}, {1, 0}, 0.5f, 0.5f);
     EXPECT_EQ(t.Red(2, 1.0f), 0.625f);
 }
 
-TEST(GradientImage, FlowPointsAuxiliaryChannelsAndThreads)
+TEST(GradientImage, AuxiliaryChannelsStayAndThreadsAgree)
 {
-    Flow f("ZV_Gradient");
-    std::unique_ptr<KImage> plate(KImage::Create(8, 4, false));
-    f.SetImage("Image", plate.get());
-    f.Set("StartTransparency", 1.0);
-    f.Set("EndTransparency", 1.0);
-    auto out = f.Render();  // (0.25, 0.5) to (0.75, 0.5) of a 2:1 picture: along row 2
-    ASSERT_NE(out, nullptr);
-    EXPECT_EQ(At<KPixel>(*out, 4, 0).r, 32768u);
-    EXPECT_EQ(At<KPixel>(*out, 1, 3).g, 65535u);
-    EXPECT_EQ(At<KPixel>(*out, 7, 3).b, 0u);
-
     Gradient t;
     t.Set(2, {0.1f, 0.2f}, {0.6f, 0.3f}, 1.0f, 0.2f);
     ExpectThreadsAgree([&](bool isFloat, bool threaded) {

@@ -1,75 +1,46 @@
+// Invert: the three types on hand-computed pixels in both depths, and the
+// type and a channel switch from the host.
 #include "colour_support.h"
 
 using namespace zvcolour;
+using zvtest::Channels;
 
 namespace {
 
 TEST(InvertDeclarations, OneTypeControl)
 {
-    Tool t("ZV_Invert");
-    const host::Input& type = t.In("Type");
-    EXPECT_EQ(type.page, "Invert");
-    EXPECT_EQ(*type.attrs.defaultNumber, 0.0);
-    EXPECT_EQ(type.attrs.items, (std::vector<std::string>{"Color", "Luminance", "Hue"}));
-    EXPECT_EQ(t.effect->inputList.Find("InTy"_id)->controlKind, kControlMultiButton);
+    zvtest::ExpectInputs("ZV_Invert",
+                         {{"Type", "page Invert; control MultiButton; default 0; items Color|Luminance|Hue"}});
 }
 
 TEST(InvertInteger, TypesClipAndTruncateTheThirds)
 {
-    Tool t("ZV_Invert");
+    // Color: 65535 - c. Luminance: m = sum / 3 truncated, c + 65535 - 2m.
+    // Hue: s = 2 * sum / 3 truncated, s - c. Clipped; alpha always 65535 - a.
     const std::vector<KPixel> in = {{1000, 40000, 65535, 12345}, {10, 20, 32, 0}};
-    t.Field<int32_t>("InTy"_id) = 0;
-    EXPECT_EQ(t.Run(in)[0].r, 64535u);
-    EXPECT_EQ(t.Run(in)[0].b, 0u);
-    // Luminance: m = sum / 3 truncated; c + 65535 - 2m, clipped.
-    t.Field<int32_t>("InTy"_id) = 1;
-    std::vector<KPixel> out = t.Run(in, true);
-    EXPECT_EQ(out[0].r, 0u);
-    EXPECT_EQ(out[0].g, 34513u);
-    EXPECT_EQ(out[0].b, 60048u);
-    EXPECT_EQ(out[0].a, 53190u);
-    EXPECT_EQ(out[1].r, 65505u);  // 62 / 3 = 20, not 21
-    EXPECT_EQ(out[1].b, 65527u);
-    EXPECT_EQ(out[1].a, 65535u);
-    // Hue: s = 2 * sum / 3 truncated; s - c, clipped.
-    t.Field<int32_t>("InTy"_id) = 2;
-    out = t.Run(in);
-    EXPECT_EQ(out[0].r, 65535u);
-    EXPECT_EQ(out[0].g, 31023u);
-    EXPECT_EQ(out[0].b, 5488u);
-    EXPECT_EQ(out[1].r, 31u);  // 124 / 3 = 41
-    EXPECT_EQ(out[1].g, 21u);
-    EXPECT_EQ(out[1].b, 9u);
+    const KPixel want[3][2] = {
+        {{64535, 25535, 0, 53190}, {65525, 65515, 65503, 65535}},
+        {{0, 34513, 60048, 53190}, {65505, 65515, 65527, 65535}},  // 62 / 3 = 20, not 21
+        {{65535, 31023, 5488, 53190}, {31, 21, 9, 65535}},         // 124 / 3 = 41
+    };
+    Tool t("ZV_Invert");
+    for (int32_t type = 0; type < 3; ++type) {
+        t.SetInt("Type", type);
+        const std::vector<KPixel> out = t.Run(in, type == 1);
+        for (int i = 0; i < 2; ++i) EXPECT_EQ(Channels(out[i]), Channels(want[type][i])) << type;
+    }
 }
 
 TEST(InvertFloat, TypesDoNotClip)
 {
+    const KPixelF want[3] = {{0.75f, 0.5f, -0.5f, 0.75f}, {-0.25f, 0.0f, 1.0f, 0.75f}, {1.25f, 1.0f, 0.0f, 0.75f}};
     Tool t("ZV_Invert");
-    const KPixelF in{0.25f, 0.5f, 1.5f, 0.25f};
-    KPixelF out = t.Run(in);
-    EXPECT_EQ(out.r, 0.75f);
-    EXPECT_EQ(out.b, -0.5f);
-    EXPECT_EQ(out.a, 0.75f);
-    t.Field<int32_t>("InTy"_id) = 1;
-    out = t.Run(in);
-    EXPECT_NEAR(out.r, -0.25f, 1e-6f);
-    EXPECT_NEAR(out.g, 0.0f, 1e-6f);
-    EXPECT_NEAR(out.b, 1.0f, 1e-6f);
-    t.Field<int32_t>("InTy"_id) = 2;
-    out = t.Run(in);
-    EXPECT_NEAR(out.r, 1.25f, 1e-6f);
-    EXPECT_NEAR(out.b, 0.0f, 1e-6f);
-    EXPECT_EQ(out.a, 0.75f);
-}
-
-TEST(InvertFlow, TypeFromTheHostAndChannelSwitches)
-{
-    Flow f("ZV_Invert", Row<KPixel>({{1000, 40000, 65535, 12345}}));
-    f.Set("Type", 2);
-    f.Set("KCCA", 0);
-    const KPixel out = f.Render<KPixel>()[0];
-    EXPECT_EQ(out.g, 31023u);
-    EXPECT_EQ(out.a, 12345u);  // alpha switched off
+    for (int32_t type = 0; type < 3; ++type) {
+        t.SetInt("Type", type);
+        const KPixelF out = t.Run(KPixelF{0.25f, 0.5f, 1.5f, 0.25f});
+        zvtest::ExpectNear(out, want[type], type ? 1e-6f : 0.0f, std::to_string(type));
+        EXPECT_EQ(out.a, 0.75f);
+    }
 }
 
 }  // namespace

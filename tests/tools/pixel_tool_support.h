@@ -4,13 +4,11 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
-#include "bridge/operator.h"
-#include "host/flow.h"
-#include "host/image.h"
-#include "host/threads.h"
 #include "support.h"
 
 namespace zvpixel {
+
+using Flow = zvtest::ToolFlow;
 
 inline KPixelF PixelF(const KImage& img, int32_t x, int32_t y)
 {
@@ -33,7 +31,6 @@ inline std::unique_ptr<KImage> Constant(int32_t w, int32_t h, float value)
 // must be given back (set to null) before the tool goes.
 struct Tool : zvtest::EffectDriver<KEffectPixel> {
     using EffectDriver::EffectDriver;
-    KParameter& Declared(uint32_t id) const { return *effect->inputList.Find(id); }
     std::unique_ptr<KImage> Run(KImage* source, bool threaded = false)
     {
         return std::unique_ptr<KImage>(
@@ -41,44 +38,22 @@ struct Tool : zvtest::EffectDriver<KEffectPixel> {
     }
 };
 
-// A tool in a flow, fed one image.
-struct Flow {
-    Flow(const char* className, KImage* image)
-        : node(flow.Add("tool", *host::Registry::Get().FindClass(className)))
-    {
-        flow.SetValue(node, node.op->FindInput("Image"), host::MakeImage(image->HostImage()));
+// The visibility messages of one change, as 0 and 1 in the order sent; each
+// message's target must be the next of `targets`.
+inline std::string Shown(KEffect& effect, uint32_t id, int32_t value,
+                         const std::vector<uint32_t>& targets)
+{
+    KMessageValue v;
+    v.intValue = value;
+    std::unique_ptr<KMessageList> list(effect.OnChange(id, v));
+    std::string shown;
+    size_t i = 0;
+    for (KMessage* m = list->First(); m; m = static_cast<KMessage*>(m->next), ++i) {
+        EXPECT_EQ(m->kind, kMessageVisible) << i;
+        EXPECT_EQ(m->target, i < targets.size() ? targets[i] : 0u) << i;
+        shown += m->value.intValue > 0 ? '1' : '0';
     }
-    void Set(const char* id, double v)
-    {
-        flow.SetValue(node, node.op->FindInput(id), host::MakeNumber(v));
-    }
-    bool Visible(const char* id) { return node.op->FindInput(id)->attrs.visible; }
-    std::unique_ptr<KImage> Render()
-    {
-        flow.BeginFrame();
-        host::Value v = flow.Evaluate(node, node.op->MainOutput(), 0.0);
-        std::unique_ptr<KImage> out(
-            KImage::Wrap(static_cast<const host::ImageValue*>(v.get())->image, false));
-        return std::unique_ptr<KImage>(out->Clone());
-    }
-
-    // Renders on one thread, on two, and serially; empty when all three agree.
-    std::string ThreadsAgree()
-    {
-        host::SetThreadCount(1);
-        std::unique_ptr<KImage> one = Render();
-        host::SetThreadCount(2);
-        std::unique_ptr<KImage> two = Render();
-        host::SetThreadCount(0);
-        Set("ZVMT", 0);
-        std::unique_ptr<KImage> serial = Render();
-        Set("ZVMT", 1);
-        const std::string a = zvtest::Differ(*one, *two), b = zvtest::Differ(*one, *serial);
-        return a.empty() && b.empty() ? "" : "two threads: " + a + "; serial: " + b;
-    }
-
-    host::Flow flow;
-    host::Flow::Node& node;
-};
+    return shown;
+}
 
 }  // namespace zvpixel

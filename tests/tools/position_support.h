@@ -1,14 +1,13 @@
 // Helpers of the position tools' tests: a registered tool's effect driven
-// through its process, and the same tool in a flow.
+// through its process, as a filter or as a source.
 #pragma once
 #include <gtest/gtest.h>
 #include <memory>
-#include "bridge/operator.h"
-#include "host/flow.h"
-#include "host/image.h"
 #include "support.h"
 
 namespace zvposition {
+
+using zvtest::ToolFlow;
 
 // An operator of a registered class; fields are reached through the declarations.
 struct Tool : zvtest::EffectDriver<KEffectPosition> {
@@ -38,31 +37,6 @@ template <class P> P At(const KImage& img, int32_t x, int32_t y)
     img.GetPixel(x, y, p, kEdgeBlack);
     return p;
 }
-
-// A tool in a flow; Render gives its main output as a wrapper that does not own it.
-struct Flow {
-    explicit Flow(const char* className)
-        : node(flow.Add("tool", *host::Registry::Get().FindClass(className)))
-    {
-    }
-    host::Input* Input(const char* id) { return node.op->FindInput(id); }
-    void Set(const char* id, double v) { flow.SetValue(node, Input(id), host::MakeNumber(v)); }
-    void SetImage(const char* id, KImage* img)
-    {
-        flow.SetValue(node, Input(id), host::MakeImage(img->HostImage()));
-    }
-    std::unique_ptr<KImage> Render()
-    {
-        flow.BeginFrame();
-        result = flow.Evaluate(node, node.op->MainOutput(), 0.0);
-        auto* v = dynamic_cast<const host::ImageValue*>(result.get());
-        return std::unique_ptr<KImage>(v ? KImage::Wrap(v->image, false) : nullptr);
-    }
-
-    host::Flow flow;
-    host::Flow::Node& node;
-    host::Value result;
-};
 
 // Serial and threaded renders of both depths agree bit for bit.
 template <class Render> void ExpectThreadsAgree(Render render)

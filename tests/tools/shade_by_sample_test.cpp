@@ -1,3 +1,5 @@
+// Shade By Sample: normals address a shading map as a sphere or a spherical
+// map, turned by the rotation; without map or normals the image is copied.
 #include <cmath>
 #include "position_support.h"
 
@@ -42,24 +44,26 @@ KImage* Map(int32_t w, int32_t h, bool isFloat)
 struct Shade : Tool {
     Shade() : Tool("ZV_ShadeBySample") {}
     ~Shade() { SetMap(nullptr); }  // the map belongs to the test, not to the tool
-    void SetMap(KImage* map) { *static_cast<KImage**>(effect->inputList.Find(2)->field) = map; }
-    template <class P> P Pixel(KImage* img, int32_t x)
+    void SetMap(KImage* map) { Field<KImage*>(2) = map; }
+    // The red of each pixel of `img` shaded.
+    template <class P> std::vector<decltype(P::r)> Reds(KImage* img)
     {
         std::unique_ptr<KImage> out(Run(img));
-        return At<P>(*out, x, 0);
+        std::vector<decltype(P::r)> reds;
+        for (int32_t x = 0; x < out->width; ++x) reds.push_back(At<P>(*out, x, 0).r);
+        return reds;
     }
 };
 
 TEST(ShadeBySampleDeclarations, MapTypeRotationAndASecondImage)
 {
-    Flow f("ZV_ShadeBySample");
-    EXPECT_EQ(f.Input("MapType")->attrs.items, (std::vector<std::string>{"Sphere", "Spherical Map"}));
-    EXPECT_EQ(f.Input("ShadingMap")->attrs.linkNumber, 2);
-    EXPECT_EQ(f.Input("Image")->attrs.linkNumber, 1);
-    EXPECT_NE(f.Input("RotationRotationOrder"), nullptr);
-    EXPECT_EQ(*f.Input("RotationRotationY")->attrs.hardMax, 180.0);
-    EXPECT_EQ(f.Input("RotationPositionX"), nullptr);
-    EXPECT_EQ(f.Input("RotationScaleX"), nullptr);
+    zvtest::ExpectInputs("ZV_ShadeBySample", {{"MapType", "items Sphere|Spherical Map; default 0"},
+                                              {"ShadingMap", "type Image; link 2"},
+                                              {"Image", "link 1"},
+                                              {"RotationRotationOrder", "present"},
+                                              {"RotationRotationY", "hard -180..180"},
+                                              {"RotationPositionX", "absent"},
+                                              {"RotationScaleX", "absent"}});
 }
 
 TEST(ShadeBySampleSphere, NormalsAddressTheMapAtBothDepths)
@@ -69,60 +73,51 @@ TEST(ShadeBySampleSphere, NormalsAddressTheMapAtBothDepths)
     std::unique_ptr<KImage> ints(Normals({{0, 0, 1}, {1, 0, 0}, {0, 1, 0}, {0, 0, 2}}, false));
     std::unique_ptr<KImage> floats(Normals({{0, 0, 1}, {0, 1, 0}}, true));
     t.SetMap(mapI.get());
+    // Facing: the centre; right: the right column; up: the top row; normalised first.
+    auto half = [](uint32_t v) { return KScaleInt(32768, v); };
+    EXPECT_EQ(t.Reds<KPixel>(ints.get()),
+              (std::vector<uint32_t>{half(5000), half(6000), half(2000), half(5000)}));
     std::unique_ptr<KImage> out(t.Run(ints.get()));
-    EXPECT_EQ(At<KPixel>(*out, 0, 0).r, KScaleInt(32768, 5000));  // facing: the centre
-    EXPECT_EQ(At<KPixel>(*out, 1, 0).r, KScaleInt(32768, 6000));  // right: the right column
-    EXPECT_EQ(At<KPixel>(*out, 2, 0).r, KScaleInt(32768, 2000));  // up: the top row
-    EXPECT_EQ(At<KPixel>(*out, 3, 0).r, KScaleInt(32768, 5000));  // normalised first
-    EXPECT_EQ(At<KPixel>(*out, 0, 0).a, 40000u);                  // alpha stays
+    EXPECT_EQ(At<KPixel>(*out, 0, 0).a, 40000u);  // alpha stays
     EXPECT_EQ(out->AuxPlane(host::ChanZ)[1], 11.0f);
     t.SetMap(mapF.get());
-    EXPECT_EQ(t.Pixel<KPixelF>(floats.get(), 1).r, 0.5f * 2.0f / 16.0f);
+    EXPECT_EQ(t.Reds<KPixelF>(floats.get())[1], 0.5f * 2.0f / 16.0f);
 
     t.SetMap(mapI.get());
     std::unique_ptr<KImage> facing(Normals({{0, 0, 1}}, false));
     auto& r = t.Field<KTransformValue>("Rota"_id);
     r.rotateY = r.rotateX = 1.5707964f;  // X then Y: the left column
-    EXPECT_EQ(t.Pixel<KPixel>(facing.get(), 0).r, KScaleInt(32768, 4000));
+    EXPECT_EQ(t.Reds<KPixel>(facing.get())[0], half(4000));
     r.rotationOrder = 5;  // Z, Y, X: the top row
-    EXPECT_EQ(t.Pixel<KPixel>(facing.get(), 0).r, KScaleInt(32768, 2000));
+    EXPECT_EQ(t.Reds<KPixel>(facing.get())[0], half(2000));
 }
 
 TEST(ShadeBySampleSpherical, LongitudeWrapsAndLatitudeRunsDown)
 {
     Shade t;
-    t.Field<int32_t>("TiAd"_id) = 1;
+    t.SetInt("Map Type", 1);
     const float h = std::sqrt(0.5f);
     std::unique_ptr<KImage> map(Map(4, 3, true));
     std::unique_ptr<KImage> img(Normals({{0, 0, 1}, {0, 1, 0}, {-h, 0, -h}, {0, 0, -1}}, true));
     t.SetMap(map.get());
-    std::unique_ptr<KImage> out(t.Run(img.get()));
-    EXPECT_EQ(At<KPixelF>(*out, 0, 0).r, 0.5f * 6.5f / 16.0f);  // columns 1 and 2, middle row
-    EXPECT_NEAR(At<KPixelF>(*out, 1, 0).r, 0.5f * 2.5f / 16.0f, 1e-6f);  // the pole: top row
-    EXPECT_NEAR(At<KPixelF>(*out, 2, 0).r, 0.5f * 5.0f / 16.0f, 1e-6f);  // column 0
-    EXPECT_NEAR(At<KPixelF>(*out, 3, 0).r, 0.5f * 6.5f / 16.0f, 1e-6f);  // columns 3 and 0
+    const std::vector<float> reds = t.Reds<KPixelF>(img.get());
+    EXPECT_EQ(reds[0], 0.5f * 6.5f / 16.0f);                // columns 1 and 2, middle row
+    EXPECT_NEAR(reds[1], 0.5f * 2.5f / 16.0f, 1e-6f);       // the pole: top row
+    EXPECT_NEAR(reds[2], 0.5f * 5.0f / 16.0f, 1e-6f);       // column 0
+    EXPECT_NEAR(reds[3], 0.5f * 6.5f / 16.0f, 1e-6f);       // columns 3 and 0
 }
 
-TEST(ShadeBySampleImage, CopiesWithoutMapOrNormalsFlowAndThreads)
+TEST(ShadeBySampleImage, CopiesWithoutMapOrNormalsAndThreadsAgree)
 {
     Shade t;
     std::unique_ptr<KImage> map(Map(3, 3, false));
     std::unique_ptr<KImage> img(Normals({{0, 0, 1}, {0, 1, 0}}, false));
-    std::unique_ptr<KImage> out(t.Run(img.get()));
-    EXPECT_EQ(zvtest::Differ(*out, *img), "");
-    t.SetMap(map.get());
     std::unique_ptr<KImage> plain(zvtest::Pattern(5, 3, false));
-    out.reset(t.Run(plain.get()));
-    EXPECT_EQ(zvtest::Differ(*out, *plain), "");
+    EXPECT_EQ(zvtest::Differ(*std::unique_ptr<KImage>(t.Run(img.get())), *img), "");
+    t.SetMap(map.get());
+    EXPECT_EQ(zvtest::Differ(*std::unique_ptr<KImage>(t.Run(plain.get())), *plain), "");
 
-    Flow f("ZV_ShadeBySample");
-    f.SetImage("Image", img.get());
-    f.SetImage("ShadingMap", map.get());
-    auto shaded = f.Render();
-    ASSERT_NE(shaded, nullptr);
-    EXPECT_EQ(At<KPixel>(*shaded, 1, 0).r, KScaleInt(32768, 2000));
-
-    t.Field<int32_t>("TiAd"_id) = 1;
+    t.SetInt("Map Type", 1);
     std::vector<KXYZ> normals;
     for (int32_t i = 0; i < 300; ++i)
         normals.push_back({std::sin(0.1f * i), std::cos(0.37f * i), std::cos(0.1f * i)});

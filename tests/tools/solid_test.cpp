@@ -1,6 +1,9 @@
+// Color: a colour replacing, added to, taken from, multiplying or dividing
+// every component, unclipped in floats and clipped in integers.
 #include "colour_support.h"
 
 using namespace zvcolour;
+using zvtest::Channels;
 
 namespace {
 
@@ -8,97 +11,55 @@ struct ColorTool : Tool {
     ColorTool() : Tool("ZV_Color") {}
     void Set(int32_t type, KColor c)
     {
-        Field<int32_t>("InTy"_id) = type;
-        Field<KColor>("ColR"_id) = c;
+        SetInt("Type", type);
+        SetColor("Color", c);
     }
 };
 
 TEST(ColorDeclarations, WhiteReplaceOnItsPage)
 {
-    ColorTool t;
-    EXPECT_EQ(t.In("ColorRed").page, "Color");
-    EXPECT_EQ(t.In("ColorRed").label, "Color");
-    EXPECT_EQ(*t.In("ColorAlpha").attrs.defaultNumber, 1.0);
-    EXPECT_EQ(t.In("Type").attrs.items,
-              (std::vector<std::string>{"Replace", "Add", "Subtract", "Multiply", "Divide"}));
-    EXPECT_EQ(t.effect->inputList.Find("ColR"_id)->id4, "ColA"_id);
+    zvtest::ExpectInputs("ZV_Color", {{"ColorRed", "page Color; label Color; default 1"},
+                                      {"ColorAlpha", "default 1"},
+                                      {"Type", "items Replace|Add|Subtract|Multiply|Divide; default 0"}});
+    EXPECT_EQ(ColorTool().Param("Color").id4, "ColA"_id);
 }
 
 TEST(ColorFloat, TypesOnEveryComponent)
 {
+    const KPixelF want[] = {
+        {0.5f, 0.0f, 2.0f, 0.25f},    // Replace
+        {0.75f, 0.3f, 3.0f, 0.75f},   // Add: no clipping
+        {-0.25f, 0.3f, -1.0f, 0.25f}, // Subtract
+        {0.125f, 0.0f, 2.0f, 0.125f}, // Multiply
+        {0.5f, 0.3f, 0.5f, 2.0f},     // Divide: a zero component divides by one
+        {0.25f, 0.3f, 1.0f, 0.5f},    // an unknown type changes nothing
+    };
     ColorTool t;
-    const KPixelF p{0.25f, 0.3f, 1.0f, 0.5f};
-    t.Set(0, {0.5f, 0.0f, 2.0f, 0.0f});
-    KPixelF o = t.Run(p);
-    EXPECT_EQ(o.b, 2.0f);
-    EXPECT_EQ(o.a, 0.0f);
-    t.Set(1, {0.5f, 0.0f, 2.0f, 0.25f});
-    o = t.Run(p);
-    EXPECT_EQ(o.r, 0.75f);
-    EXPECT_EQ(o.b, 3.0f);  // no clipping
-    EXPECT_EQ(o.a, 0.75f);
-    t.Set(2, {0.5f, 0.0f, 2.0f, 0.25f});
-    EXPECT_EQ(t.Run(p).r, -0.25f);
-    t.Set(3, {0.5f, 0.0f, 2.0f, 0.25f});
-    o = t.Run(p);
-    EXPECT_EQ(o.r, 0.125f);
-    EXPECT_EQ(o.a, 0.125f);
-    // A zero component divides by one: that channel stays.
-    t.Set(4, {0.5f, 0.0f, 2.0f, 0.0f});
-    o = t.Run(p);
-    EXPECT_EQ(o.r, 0.5f);
-    EXPECT_EQ(o.g, 0.3f);
-    EXPECT_EQ(o.b, 0.5f);
-    EXPECT_EQ(o.a, 0.5f);
-    t.Set(9, {0.5f, 0.0f, 2.0f, 0.0f});  // unknown type
-    EXPECT_EQ(t.Run(p).g, 0.3f);
+    for (int32_t type = 0; type < 6; ++type) {
+        t.Set(type == 5 ? 9 : type, {0.5f, 0.0f, 2.0f, 0.25f});
+        EXPECT_EQ(Channels(t.Run(KPixelF{0.25f, 0.3f, 1.0f, 0.5f})), Channels(want[type])) << type;
+    }
 }
 
 TEST(ColorInteger, ClippedIntegerArithmetic)
 {
-    ColorTool t;
     const KPixel p{40000, 100, 0, 65535};
     const KColor c{0.5f, 0.0f, 1.5f, 0.0f};  // 32767, 0, 65535, 0
-    t.Set(0, c);
-    KPixel o = t.Run(p);
-    EXPECT_EQ(o.r, 32767u);
-    EXPECT_EQ(o.b, 65535u);
-    t.Set(1, c);
-    o = t.Run(p);
-    EXPECT_EQ(o.r, 65535u);
-    EXPECT_EQ(o.g, 100u);
-    EXPECT_EQ(o.b, 65535u);
-    t.Set(2, c);
-    o = t.Run(p);
-    EXPECT_EQ(o.r, 7233u);
-    EXPECT_EQ(o.b, 0u);
-    t.Set(3, c);
-    o = t.Run(p);
-    EXPECT_EQ(o.r, 19999u);  // 40000 * 32767 / 65535, truncated
-    EXPECT_EQ(o.a, 0u);
-    // Divide works on the integer values; a zero component leaves the channel.
-    t.Set(4, c);
-    o = t.Run(KPixel{65534, 1234, 65535, 500});
-    EXPECT_EQ(o.r, 2u);
-    EXPECT_EQ(o.g, 1234u);
-    EXPECT_EQ(o.b, 1u);
-    EXPECT_EQ(o.a, 500u);
-    // The colour reaches integers through double: code 30000 comes out 29999.
-    t.Set(0, {KIntToFloat(30000), -1.0f, 0.0f, 0.0f});
-    o = t.Run(p);
-    EXPECT_EQ(o.r, 29999u);
-    EXPECT_EQ(o.g, 0u);
-}
-
-TEST(ColorFlow, ColourFromTheHost)
-{
-    Flow f("ZV_Color", Row<KPixel>({{1, 2, 3, 4}}));
-    f.Set("ColorGreen", 0.5);
-    f.Set("Type", 3);
-    const KPixel o = f.Render<KPixel>()[0];
-    EXPECT_EQ(o.r, 1u);
-    EXPECT_EQ(o.g, 0u);  // 2 * 32767 / 65535
-    EXPECT_EQ(o.a, 4u);
+    const struct { int32_t type; KPixel in; KColor color; KPixel want; } rows[] = {
+        {0, p, c, {32767, 0, 65535, 0}},
+        {1, p, c, {65535, 100, 65535, 65535}},
+        {2, p, c, {7233, 100, 0, 65535}},
+        {3, p, c, {19999, 0, 0, 0}},  // 40000 * 32767 / 65535, truncated
+        // Divide works on the integer values; a zero component leaves the channel.
+        {4, {65534, 1234, 65535, 500}, c, {2, 1234, 1, 500}},
+        // The colour reaches integers through double: code 30000 comes out 29999.
+        {0, p, {KIntToFloat(30000), -1.0f, 0.0f, 0.0f}, {29999, 0, 0, 0}},
+    };
+    ColorTool t;
+    for (const auto& r : rows) {
+        t.Set(r.type, r.color);
+        EXPECT_EQ(Channels(t.Run(r.in)), Channels(r.want)) << "type " << r.type;
+    }
 }
 
 }  // namespace

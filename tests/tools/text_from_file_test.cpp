@@ -2,16 +2,9 @@
 // start frames, the walk that joins an empty line to the next, "\n" escapes,
 // files that are missing, the declarations and visibility rules, a flow, and
 // the zelvarine command on an existing and a missing file.
-#include <gtest/gtest.h>
-#include "command_support.h"
-#include <unistd.h>
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <string>
-#include <vector>
+#include "command_support.h"
 #include "value_driver.h"
 
 using namespace zvvalue;
@@ -19,267 +12,124 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct FromFile : Tool {
-    FromFile() : Tool("ZV_TextFromFile") {}
-    std::string At(float t)
-    {
-        Run(t);
-        return Text();
+TEST(TextFromFileBox, EachLineChosenLineStartFramesAndEscapes)
+{
+    const char* abc = "alpha\nbeta\ngamma";
+    const char* starts = "5 hello there\n  12\tworld\n\n20 end\\nof it\n";
+    const struct {
+        const char* text;
+        int32_t format, hold;
+        bool loop;
+        int32_t line;
+        float time;
+        const char* want;
+    } rows[] = {
+        // Each line a frame: the frame is the whole part of the time; held and looped.
+        {abc, 0, 1, false, 0, 0.0f, "alpha"}, {abc, 0, 1, false, 0, 1.0f, "beta"},
+        {abc, 0, 1, false, 0, 2.9f, "gamma"}, {abc, 0, 1, false, 0, 3.0f, ""},
+        {abc, 0, 2, false, 0, 3.0f, "beta"},  {abc, 0, 2, false, 0, 5.0f, "gamma"},
+        {abc, 0, 2, false, 0, 6.0f, ""},      {abc, 0, 2, true, 0, 6.0f, "alpha"},
+        {abc, 0, 2, true, 0, 8.0f, "beta"},   {abc, 0, 2, true, 0, 13.0f, "alpha"},
+        {"", 0, 1, false, 0, 0.0f, ""},       {"", 0, 1, true, 0, 4.0f, ""},  // no lines to loop over
+        // A trailing newline makes a last, empty line.
+        {"one\ntwo\n", 0, 1, true, 0, 1.0f, "two"}, {"one\ntwo\n", 0, 1, true, 0, 2.0f, ""},
+        {"one\ntwo\n", 0, 1, true, 0, 3.0f, "one"},
+        // An empty line joins the next; the walk, run out, keeps the last.
+        {"a\n\nb\nc", 0, 1, false, 0, 0.0f, "a"}, {"a\n\nb\nc", 0, 1, false, 0, 1.0f, "\nb"},
+        {"a\n\nb\nc", 0, 1, false, 0, 2.0f, "c"}, {"a\n\nb\nc", 0, 1, false, 0, 3.0f, "c"},
+        {"a\n\nb\nc", 0, 1, false, 0, 4.0f, ""},
+        // The chosen line only.
+        {abc, 2, 1, false, 0, 7.0f, "alpha"}, {abc, 2, 1, false, 1, 0.0f, "beta"},
+        {abc, 2, 1, false, 1, 50.0f, "beta"}, {abc, 2, 1, false, 3, 0.0f, ""},
+        {abc, 2, 1, false, -1, 0.0f, ""},     {"single", 2, 1, false, 0, 0.0f, "single"},
+        // Start frames: each text holds until the next start; leading blanks
+        // go, a tab separates.
+        {starts, 1, 1, false, 0, 4.0f, ""},            {starts, 1, 1, false, 0, 5.0f, "hello there"},
+        {starts, 1, 1, false, 0, 11.9f, "hello there"}, {starts, 1, 1, false, 0, 12.0f, "world"},
+        {starts, 1, 1, false, 0, 19.0f, "world"},       {starts, 1, 1, false, 0, 20.0f, "end\r\nof it"},
+        {starts, 1, 1, false, 0, 500.0f, "end\r\nof it"},
+        // A bare start frame changes nothing.
+        {"0 first\n8\n10 last", 1, 1, false, 0, 8.0f, "first"},
+        {"0 first\n8\n10 last", 1, 1, false, 0, 9.0f, "first"},
+        {"0 first\n8\n10 last", 1, 1, false, 0, 10.0f, "last"},
+        {"3 x", 1, 1, false, 0, -1.0f, ""},  // a frame at or before -1 stops at once
+        // The walk stops at the first start not yet reached: a later line with
+        // an earlier frame is never seen.
+        {"10 late\n5 early", 1, 1, false, 0, 7.0f, ""}, {"10 late\n5 early", 1, 1, false, 0, 12.0f, "early"},
+        // "\n" escapes become line breaks.
+        {"one\\ntwo\\n\nthree\\", 0, 1, false, 0, 0.0f, "one\r\ntwo\r\n"},
+        {"one\\ntwo\\n\nthree\\", 0, 1, false, 0, 1.0f, "three\\"},
+        {"one\\ntwo\\n\nthree\\", 2, 1, false, 0, 0.0f, "one\r\ntwo\r\n"},
+    };
+    Tool f("ZV_TextFromFile");
+    f.SetInt("Source", 1);
+    for (const auto& r : rows) {
+        f.SetInt("Format", r.format);
+        f.SetInt("Hold frames", r.hold);
+        f.SetBool("Loop", r.loop);
+        f.SetInt("Line", r.line);
+        EXPECT_EQ(f.Of("Text", r.text, r.time), r.want) << r.text << " format " << r.format << " at " << r.time;
     }
-    // The text box as the source, with a format.
-    void Box(const std::string& text, int32_t format)
-    {
-        SetInt("Source", 1);
-        SetText("Text", text);
-        SetInt("Format", format);
-    }
-};
-
-// A folder of its own for each test, removed afterwards.
-class TextFromFileFiles : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        dir = fs::temp_directory_path() /
-              ("zvfromfile." + std::to_string(getpid()) + "." +
-               ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(dir);
-        fs::create_directories(dir);
-    }
-    void TearDown() override { fs::remove_all(dir); }
-    std::string Write(const std::string& name, const std::string& text)
-    {
-        std::ofstream(dir / name, std::ios::binary) << text;
-        return (dir / name).string();
-    }
-    fs::path dir;
-};
-
-TEST(TextFromFileEachLine, HoldAndLoop)
-{
-    FromFile f;
-    f.Box("alpha\nbeta\ngamma", 0);
-    EXPECT_EQ(f.At(0.0f), "alpha");
-    EXPECT_EQ(f.At(1.0f), "beta");
-    EXPECT_EQ(f.At(2.9f), "gamma");  // the frame is the whole part of the time
-    EXPECT_EQ(f.At(3.0f), "");
-    f.SetInt("Hold frames", 2);
-    EXPECT_EQ(f.At(3.0f), "beta");
-    EXPECT_EQ(f.At(5.0f), "gamma");
-    EXPECT_EQ(f.At(6.0f), "");
-    f.SetBool("Loop", true);
-    EXPECT_EQ(f.At(6.0f), "alpha");
-    EXPECT_EQ(f.At(8.0f), "beta");
-    EXPECT_EQ(f.At(13.0f), "alpha");
 }
 
-TEST(TextFromFileEachLine, EmptyContentAndATrailingNewline)
+TEST(TextFromFileFiles, ReadsTheFileAnewEachRenderAndIgnoresTheTextBox)
 {
-    FromFile f;
-    f.Box("", 0);
-    EXPECT_EQ(f.At(0.0f), "");
-    f.SetBool("Loop", true);  // no lines to loop over
-    EXPECT_EQ(f.At(0.0f), "");
-    EXPECT_EQ(f.At(4.0f), "");
-    f.Box("one\ntwo\n", 0);  // three lines, the last one empty
-    EXPECT_EQ(f.At(1.0f), "two");
-    EXPECT_EQ(f.At(2.0f), "");
-    EXPECT_EQ(f.At(3.0f), "one");
-}
-
-TEST(TextFromFileEachLine, AnEmptyLineIsNotALineOfItsOwn)
-{
-    FromFile f;
-    f.Box("a\n\nb\nc", 0);  // four lines by count
-    EXPECT_EQ(f.At(0.0f), "a");
-    EXPECT_EQ(f.At(1.0f), "\nb");  // the empty line joins the next
-    EXPECT_EQ(f.At(2.0f), "c");
-    EXPECT_EQ(f.At(3.0f), "c");    // the walk has run out and keeps the last
-    EXPECT_EQ(f.At(4.0f), "");
-}
-
-TEST(TextFromFileLine, TheChosenLineOnly)
-{
-    FromFile f;
-    f.Box("alpha\nbeta\ngamma", 2);
-    EXPECT_EQ(f.At(7.0f), "alpha");
-    f.SetInt("Line", 1);
-    EXPECT_EQ(f.At(0.0f), "beta");
-    EXPECT_EQ(f.At(50.0f), "beta");
-    f.SetInt("Line", 3);
-    EXPECT_EQ(f.At(0.0f), "");
-    f.SetInt("Line", -1);
-    EXPECT_EQ(f.At(0.0f), "");
-    f.Box("single", 2);
-    f.SetInt("Line", 0);
-    EXPECT_EQ(f.At(0.0f), "single");
-}
-
-TEST(TextFromFileStartFrames, EachTextHoldsUntilTheNextStart)
-{
-    FromFile f;
-    f.Box("5 hello there\n  12\tworld\n\n20 end\\nof it\n", 1);
-    EXPECT_EQ(f.At(0.0f), "");  // before the first start frame
-    EXPECT_EQ(f.At(4.0f), "");
-    EXPECT_EQ(f.At(5.0f), "hello there");
-    EXPECT_EQ(f.At(11.9f), "hello there");
-    EXPECT_EQ(f.At(12.0f), "world");  // leading blanks go, a tab separates
-    EXPECT_EQ(f.At(19.0f), "world");
-    EXPECT_EQ(f.At(20.0f), "end\r\nof it");
-    EXPECT_EQ(f.At(500.0f), "end\r\nof it");
-}
-
-TEST(TextFromFileStartFrames, ALineWithoutTextEndsThePreviousOne)
-{
-    FromFile f;
-    f.Box("0 first\n8\n10 last", 1);
-    EXPECT_EQ(f.At(7.0f), "first");
-    EXPECT_EQ(f.At(8.0f), "first");  // a bare start frame changes nothing
-    EXPECT_EQ(f.At(9.0f), "first");
-    EXPECT_EQ(f.At(10.0f), "last");
-    f.Box("3 x", 1);
-    EXPECT_EQ(f.At(-1.0f), "");  // a frame at or before -1 stops at once
-    // The walk stops at the first start frame not yet reached, so a later
-    // line with an earlier frame is never seen.
-    f.Box("10 late\n5 early", 1);
-    EXPECT_EQ(f.At(7.0f), "");
-    EXPECT_EQ(f.At(12.0f), "early");
-}
-
-TEST(TextFromFileEscapes, BackslashNBecomesALineBreak)
-{
-    FromFile f;
-    f.Box("one\\ntwo\\n\nthree\\", 0);
-    EXPECT_EQ(f.At(0.0f), "one\r\ntwo\r\n");
-    EXPECT_EQ(f.At(1.0f), "three\\");
-    f.SetInt("Format", 2);
-    EXPECT_EQ(f.At(0.0f), "one\r\ntwo\r\n");
-}
-
-TEST_F(TextFromFileFiles, ReadsTheFileAndIgnoresTheTextBox)
-{
-    FromFile f;
-    f.SetText("Filename", Write("lines.txt", "first\nsecond\r\nthird"));
+    const zvtest::TempDir dir;
+    Tool f("ZV_TextFromFile");
     f.SetText("Text", "from the box");
     f.SetInt("Format", 0);
-    EXPECT_EQ(f.At(0.0f), "first");
-    EXPECT_EQ(f.At(1.0f), "second\r");  // bytes as they stand in the file
-    EXPECT_EQ(f.At(2.0f), "third");
+    EXPECT_EQ(f.Of("Filename", dir.Write("lines.txt", "first\nsecond\r\nthird")), "first");
+    f.Run(1.0f);
+    EXPECT_EQ(f.Text(), "second\r");  // bytes as they stand in the file
     f.SetInt("Source", 1);
-    EXPECT_EQ(f.At(0.0f), "from the box");
-}
-
-TEST_F(TextFromFileFiles, AMissingFileGivesAnEmptyText)
-{
-    FromFile f;
+    f.Run(0.0f);
+    EXPECT_EQ(f.Text(), "from the box");
+    // A missing file, or none, gives an empty text.
+    f.SetInt("Source", 0);
     f.SetInt("Format", 2);
-    f.SetText("Filename", (dir / "nothing.txt").string());
-    EXPECT_EQ(f.At(0.0f), "");
-    f.SetText("Filename", "");
-    EXPECT_EQ(f.At(0.0f), "");
-    f.SetText("Filename", Write("there.txt", "now here"));
-    EXPECT_EQ(f.At(0.0f), "now here");
-    fs::remove(dir / "there.txt");
-    EXPECT_EQ(f.At(0.0f), "");  // read anew on every render
+    EXPECT_EQ(f.Of("Filename", (dir.path / "nothing.txt").string()), "");
+    EXPECT_EQ(f.Of("Filename", ""), "");
+    EXPECT_EQ(f.Of("Filename", dir.Write("there.txt", "now here")), "now here");
+    fs::remove(dir.path / "there.txt");
+    f.Run(0.0f);
+    EXPECT_EQ(f.Text(), "");
 }
 
-TEST(TextFromFileDeclarations, InputsAsTheHostShowsThem)
+TEST(TextFromFileDeclarations, InputsAndTheControlsSourceAndFormatShow)
 {
-    FromFile f;
-    const auto& op = *f.op;
-    EXPECT_EQ(op.Pages().front(), "From File");
-    EXPECT_EQ(FirstInputIds(op, 7), (std::vector<std::string>{"Source", "Filename", "Text", "Format",
-                                                             "Holdframes", "Loop", "Line"}));
-    const host::Input* source = op.FindInput("Source");
-    EXPECT_EQ(source->attrs.control, host::Control::MultiButton);
-    EXPECT_EQ(source->attrs.items, (std::vector<std::string>{"File", "Textbox"}));
-    EXPECT_EQ(*source->attrs.defaultNumber, 0.0);
-    const host::Input* file = op.FindInput("Filename");
-    EXPECT_EQ(file->attrs.control, host::Control::File);
-    EXPECT_EQ(file->attrs.dataType, host::DataType::Text);
-    EXPECT_EQ(*file->attrs.defaultText, "");
-    EXPECT_EQ(f.Param("Filename").Item(0), "Text file (*.txt)|*.txt");
-    EXPECT_EQ(op.FindInput("Text")->attrs.controlParam, 30);
-    const host::Input* format = op.FindInput("Format");
-    EXPECT_EQ(format->attrs.control, host::Control::Combo);
-    EXPECT_EQ(*format->attrs.defaultNumber, 1.0);
-    EXPECT_EQ(format->attrs.items, (std::vector<std::string>{"Each line a frame", "Startframe and text",
-                                                             "Line on frame..."}));
-    ExpectNumberInputs(op, {{"Holdframes", "Hold frames", 1, 1, 25},
-                            {"Loop", "Loop", 0, 0, 1},
-                            {"Line", "Line", 0, 0, 100}});
-    EXPECT_TRUE(op.FindInput("Holdframes")->attrs.integer);
-    EXPECT_EQ(ValueCodes(*f.effect), (std::vector<uint32_t>{"Sour"_id, "FiNa"_id, "Text"_id, "FiFo"_id,
-                                                            "Hold"_id, "Loop"_id, "Line"_id}));
-    EXPECT_EQ(op.MainOutput()->id, "Output");
+    zvtest::ExpectLeadingInputs("ZV_TextFromFile", "From File",
+                                {"Source", "Filename", "Text", "Format", "Holdframes", "Loop", "Line"});
+    zvtest::ExpectInputs("ZV_TextFromFile",
+                         {{"Source", "control MultiButton; items File|Textbox; default 0"},
+                          {"Filename", "control File; type Text; text \"\""},
+                          {"Text", "lines 30"},
+                          {"Format", "control Combo; default 1; items Each line a frame|Startframe and text|Line on frame..."},
+                          {"Holdframes", "label Hold frames; integer yes; default 1; soft 1..25"},
+                          {"Loop", "default 0; soft 0..1"},
+                          {"Line", "default 0; soft 0..100"}});
+    Tool t("ZV_TextFromFile");
+    EXPECT_EQ(t.Param("Filename").Item(0), "Text file (*.txt)|*.txt");
+    EXPECT_EQ(ValueCodes(*t.effect),
+              (std::vector<uint32_t>{"Sour"_id, "FiNa"_id, "Text"_id, "FiFo"_id, "Hold"_id, "Loop"_id, "Line"_id}));
+    EXPECT_EQ(t.op->MainOutput()->id, "Output");
+
+    // Shown: a file by default, a start frame per line; then by Source and Format.
+    zvtest::ToolFlow f("ZV_TextFromFile");
+    zvtest::ExpectShown(f, {"Filename", "Text", "Holdframes", "Loop", "Line"},
+                        {{nullptr, 0, "10000"}, {"Source", 1, "01000"}, {"Format", 0, "01110"},
+                         {"Format", 2, "01001"}, {"Format", 1, "01000"}, {"Source", 0, "10000"}});
 }
 
-TEST(TextFromFileDeclarations, SourceAndFormatShowTheirControls)
+TEST(TextFromFileCommand, PrintsTheLineOrNamesTheMissingFile)
 {
-    host::Flow flow;
-    auto& node = flow.Add("ff", Registered("ZV_TextFromFile"));
-    auto visible = [&](const char* id) { return In(node, id)->attrs.visible; };
-    // The defaults: a file, a start frame per line.
-    EXPECT_TRUE(visible("Filename"));
-    EXPECT_FALSE(visible("Text"));
-    EXPECT_FALSE(visible("Holdframes"));
-    EXPECT_FALSE(visible("Loop"));
-    EXPECT_FALSE(visible("Line"));
-    flow.SetValue(node, In(node, "Source"), host::MakeNumber(1));
-    EXPECT_FALSE(visible("Filename"));
-    EXPECT_TRUE(visible("Text"));
-    flow.SetValue(node, In(node, "Format"), host::MakeNumber(0));
-    EXPECT_TRUE(visible("Holdframes"));
-    EXPECT_TRUE(visible("Loop"));
-    EXPECT_FALSE(visible("Line"));
-    flow.SetValue(node, In(node, "Format"), host::MakeNumber(2));
-    EXPECT_FALSE(visible("Holdframes"));
-    EXPECT_FALSE(visible("Loop"));
-    EXPECT_TRUE(visible("Line"));
-    flow.SetValue(node, In(node, "Format"), host::MakeNumber(1));
-    EXPECT_FALSE(visible("Line"));
-    flow.SetValue(node, In(node, "Source"), host::MakeNumber(0));
-    EXPECT_TRUE(visible("Filename"));
-    EXPECT_FALSE(visible("Text"));
-}
-
-TEST_F(TextFromFileFiles, InAFlowOverFramesAndWithTheFileGone)
-{
-    host::Flow flow;
-    auto& node = flow.Add("ff", Registered("ZV_TextFromFile"));
-    const std::string file = Write("subs.txt", "1 Hello\n3 World");
-    flow.SetValue(node, In(node, "Filename"), host::MakeText(file));
-    const char* want[] = {"", "Hello", "Hello", "World", "World"};
-    for (int frame = 0; frame <= 4; ++frame) {
-        flow.BeginFrame();
-        EXPECT_EQ(TextOf(flow.Evaluate(node, node.op->MainOutput(), frame)), want[frame]) << frame;
-    }
-    fs::remove(file);
-    flow.BeginFrame();
-    EXPECT_EQ(TextOf(flow.Evaluate(node, node.op->MainOutput(), 3)), "");
-}
-
-// The built command, run in the test's folder.
-class TextFromFileCommand : public TextFromFileFiles {
-protected:
-    using Result = zvtest::CommandResult;
-    Result Run(const std::string& args) { return zvtest::RunCommand(dir, args); }
-};
-
-TEST_F(TextFromFileCommand, PrintsTheLineOfTheFrame)
-{
-    Write("lines.txt", "alpha\nbeta\ngamma\n");
-    Result r = Run("run FrFl Filename=lines.txt Format=0 --time 1");
+    const zvtest::TempDir dir;
+    dir.Write("lines.txt", "alpha\nbeta\ngamma\n");
+    zvtest::CommandResult r = dir.Run("run FrFl Filename=lines.txt Format=0 --time 1");
     EXPECT_EQ(r.code, 0) << r.err;
     EXPECT_EQ(r.out, "beta\n");
     EXPECT_EQ(r.err, "");
-    r = Run("run 'From file' Filename=lines.txt Format=2 Line=2");
-    EXPECT_EQ(r.out, "gamma\n");
-}
-
-TEST_F(TextFromFileCommand, AMissingFileIsABadInput)
-{
-    Result r = Run("run FrFl Filename=absent.txt");
+    EXPECT_EQ(dir.Run("run 'From file' Filename=lines.txt Format=2 Line=2").out, "gamma\n");
+    r = dir.Run("run FrFl Filename=absent.txt");
     EXPECT_EQ(r.code, 2);
     EXPECT_EQ(r.out, "");
     EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;

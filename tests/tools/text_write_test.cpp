@@ -1,75 +1,63 @@
 // Write: how many characters a "Write" value shows, the cursor and the
 // prefix, the declarations, and a Write typing into another text tool.
-#include <gtest/gtest.h>
-#include <string>
-#include <vector>
 #include "value_driver.h"
 
 using namespace zvvalue;
 
 namespace {
 
-struct Write : Tool {
-    Write() : Tool("ZV_TextWrite") {}
-    std::string Of(const std::string& text, float write)
-    {
-        SetText("Text", text);
-        SetFloat("Write", write);
-        Run(0.0f);
-        return Text();
-    }
-};
-
 TEST(TextWriteCount, TruncatesWriteTimesLengthAndAHalf)
 {
-    Write w;
-    const std::string ten = "abcdefghij";
-    EXPECT_EQ(w.Of(ten, 1.0f), "abcdefghij_");  // 10.5 truncates to 10
-    EXPECT_EQ(w.Of(ten, 0.96f), "abcdefghij_");  // 10.08
-    EXPECT_EQ(w.Of(ten, 0.95f), "abcdefghi_");   // 9.975
-    EXPECT_EQ(w.Of(ten, 0.5f), "abcde_");        // 5.25
-    EXPECT_EQ(w.Of(ten, 0.09f), "_");            // 0.945
-    EXPECT_EQ(w.Of(ten, 0.0f), "_");
-    EXPECT_EQ(w.Of("", 1.0f), "_");
-    // Beyond the slider's ends: never more than the text, never less than nothing.
-    EXPECT_EQ(w.Of(ten, 2.0f), "abcdefghij_");
-    EXPECT_EQ(w.Of(ten, -1.0f), "_");
+    Tool w("ZV_TextWrite");
+    const struct { const char* text; float write; const char* want; } rows[] = {
+        {"abcdefghij", 1.0f, "abcdefghij_"},   // 10.5 truncates to 10
+        {"abcdefghij", 0.96f, "abcdefghij_"},  // 10.08
+        {"abcdefghij", 0.95f, "abcdefghi_"},   // 9.975
+        {"abcdefghij", 0.5f, "abcde_"},        // 5.25
+        {"abcdefghij", 0.09f, "_"},            // 0.945
+        {"abcdefghij", 0.0f, "_"},
+        {"", 1.0f, "_"},
+        // Beyond the slider's ends: never more than the text, never less than nothing.
+        {"abcdefghij", 2.0f, "abcdefghij_"},
+        {"abcdefghij", -1.0f, "_"},
+    };
+    for (const auto& r : rows) {
+        w.SetFloat("Write", r.write);
+        EXPECT_EQ(w.Of("Text", r.text), r.want) << r.write;
+    }
 }
 
 TEST(TextWriteCursor, CursorAndPrefix)
 {
-    Write w;
+    Tool w("ZV_TextWrite");
+    w.SetFloat("Write", 0.5f);
     w.SetBool("Cursor show", false);
-    EXPECT_EQ(w.Of("typing", 0.5f), "typ");
+    EXPECT_EQ(w.Of("Text", "typing"), "typ");
     w.SetBool("Prefix show", true);
-    EXPECT_EQ(w.Of("typing", 0.5f), "//typ");
+    EXPECT_EQ(w.Of("Text", "typing"), "//typ");
     w.SetBool("Cursor show", true);
     w.SetText("Cursor", "|");
     w.SetText("Prefix", "> ");
-    EXPECT_EQ(w.Of("typing", 0.5f), "> typ|");
-    EXPECT_EQ(w.Of("typing", 0.0f), "> |");
+    EXPECT_EQ(w.Of("Text", "typing"), "> typ|");
+    w.SetFloat("Write", 0.0f);
+    EXPECT_EQ(w.Of("Text", "typing"), "> |");
 }
 
 TEST(TextWriteDeclarations, InputsAsTheHostShowsThem)
 {
-    Write w;
-    const auto& op = *w.op;
-    EXPECT_EQ(op.Pages().front(), "Text Write");
-    const std::vector<std::string> want = {"Text", "Write", "Cursor", "Cursorshow", "Prefix", "Prefixshow"};
-    EXPECT_EQ(FirstInputIds(op, want.size()), want);
-    EXPECT_EQ(op.FindInput("Text")->attrs.controlParam, 5);
-    EXPECT_EQ(*op.FindInput("Text")->attrs.defaultText, "");
-    ExpectNumberInputs(op, {{"Write", "Write", 1, 0, 1}});
-    EXPECT_EQ(op.FindInput("Cursor")->attrs.controlParam, 2);
-    EXPECT_EQ(*op.FindInput("Cursor")->attrs.defaultText, "_");
-    EXPECT_EQ(*op.FindInput("Cursorshow")->attrs.defaultNumber, 1.0);
-    EXPECT_EQ(op.FindInput("Prefix")->attrs.controlParam, 2);
-    EXPECT_EQ(*op.FindInput("Prefix")->attrs.defaultText, "//");
-    EXPECT_EQ(*op.FindInput("Prefixshow")->attrs.defaultNumber, 0.0);
-    EXPECT_EQ(ValueCodes(*w.effect), (std::vector<uint32_t>{"Text"_id, "TxWr"_id, "CuTx"_id, "CuSh"_id,
-                                                            "PrTx"_id, "PrSh"_id}));
-    EXPECT_EQ(op.MainOutput()->id, "Output");
-    EXPECT_EQ(op.MainOutput()->dataType, host::DataType::Text);
+    zvtest::ExpectLeadingInputs("ZV_TextWrite", "Text Write",
+                                {"Text", "Write", "Cursor", "Cursorshow", "Prefix", "Prefixshow"});
+    zvtest::ExpectInputs("ZV_TextWrite", {{"Text", "lines 5; text \"\""},
+                                          {"Write", "label Write; default 1; soft 0..1"},
+                                          {"Cursor", "lines 2; text \"_\""},
+                                          {"Cursorshow", "control Checkbox; default 1"},
+                                          {"Prefix", "lines 2; text \"//\""},
+                                          {"Prefixshow", "control Checkbox; default 0"}});
+    Tool w("ZV_TextWrite");
+    EXPECT_EQ(ValueCodes(*w.effect),
+              (std::vector<uint32_t>{"Text"_id, "TxWr"_id, "CuTx"_id, "CuSh"_id, "PrTx"_id, "PrSh"_id}));
+    EXPECT_EQ(w.op->MainOutput()->id, "Output");
+    EXPECT_EQ(w.op->MainOutput()->dataType, host::DataType::Text);
 }
 
 TEST(TextWriteFlow, TypesIntoAFormulaOverFrames)
@@ -85,8 +73,7 @@ TEST(TextWriteFlow, TypesIntoAFormulaOverFrames)
     const char* want[] = {"[_] 0.00", "[h_] 0.00", "[he_] 0.00", "[hell_] 0.00", "[hello_] 0.00"};
     for (int frame = 0; frame <= 4; ++frame) {
         flow.BeginFrame();
-        EXPECT_EQ(TextOf(flow.Evaluate(formula, formula.op->MainOutput(), frame)), want[frame])
-            << frame;
+        EXPECT_EQ(TextOf(flow.Evaluate(formula, formula.op->MainOutput(), frame)), want[frame]) << frame;
     }
 }
 

@@ -1,16 +1,11 @@
 // Helpers of the number and text tool tests: a tool made through the registry
 // and driven directly (fields written through its declarations, FinishRender
-// at a time), host input lookups, and the random hash computed independently.
+// at a time), values read from a flow, and the time hash computed apart.
 #pragma once
 #include <gtest/gtest.h>
 #include <cstdint>
-#include <memory>
-#include <initializer_list>
 #include <string>
 #include <vector>
-#include "bridge/operator.h"
-#include "host/flow.h"
-#include "host/registry.h"
 #include "support.h"
 
 namespace zvvalue {
@@ -42,6 +37,13 @@ public:
         return Number();
     }
     const std::string& Text() const { return *static_cast<std::string*>(Output(0).field); }
+    // The text output after setting the input labelled `label` to `text`.
+    std::string Of(const std::string& label, const std::string& text, float time = 0.0f)
+    {
+        SetText(label, text);
+        Run(time);
+        return Text();
+    }
 };
 
 inline host::Input* In(host::Flow::Node& n, const char* id)
@@ -63,34 +65,6 @@ inline std::string TextOf(const host::Value& v)
     auto* t = dynamic_cast<const host::Text*>(v.get());
     EXPECT_NE(t, nullptr);
     return t ? t->value : std::string("<none>");
-}
-
-// One number input as the host shows it: id, label, default and soft limits.
-struct NumberRow {
-    const char* id;
-    const char* label;
-    double def, lo, hi;
-};
-
-inline void ExpectNumberInputs(const host::Operator& op, std::initializer_list<NumberRow> rows)
-{
-    for (const NumberRow& r : rows) {
-        const host::Input* in = op.FindInput(r.id);
-        ASSERT_NE(in, nullptr) << r.id;
-        EXPECT_EQ(in->name, r.label);
-        EXPECT_EQ(*in->attrs.defaultNumber, r.def) << r.id;
-        EXPECT_EQ(*in->attrs.softMin, r.lo) << r.id;
-        EXPECT_EQ(*in->attrs.softMax, r.hi) << r.id;
-    }
-}
-
-// The ids of the first inputs, in the order the host lists them.
-inline std::vector<std::string> FirstInputIds(const host::Operator& op, size_t n)
-{
-    std::vector<std::string> ids;
-    for (auto& in : op.Inputs())
-        if (ids.size() < n) ids.push_back(in->id);
-    return ids;
 }
 
 // The four-character codes of the declared values, pages and nests left out.

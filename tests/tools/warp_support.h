@@ -1,84 +1,90 @@
-// Helpers of the warp tools' tests: a registered warp driven directly through
-// its declarations, and the same tool driven through a host flow.
+// Helpers of the warp tools' tests: a registered warp driven directly (fields
+// written through its declarations, Start on an image, then InverseMap), and
+// rows of points it must map.
 #pragma once
 #include <gtest/gtest.h>
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <initializer_list>
 #include <memory>
-#include "bridge/operator.h"
-#include "host/flow.h"
-#include "host/image.h"
-#include "host/registry.h"
 #include "support.h"
 
-namespace warptest {
+namespace zvwarp {
 
-// The effect of a registered tool on an 11 x 11 picture; fields are written
-// as the bridge leaves them (angles negated and in radians).
-struct Warp : zvtest::EffectDriver<KEffectWarp> {
-    KImage* image = KImage::Create(11, 11, false);
+using zvtest::Pattern;
+using zvtest::Registered;
+using zvtest::ToolFlow;
 
-    explicit Warp(const char* className) : EffectDriver(className) {}
-    ~Warp() { delete image; }
+// A warp's effect without a request. Values are written as they arrive from
+// the bridge: angles negated in radians, points already in their unit.
+class Warp : public zvtest::EffectDriver<KEffectWarp> {
+public:
+    explicit Warp(const char* className)
+        : EffectDriver(className), image(KImage::Create(11, 11, false))
+    {
+    }
+    ~Warp() { Stop(); }
 
     void Set(uint32_t id, float v) { Field<float>(id) = v; }
-    void SetInt(uint32_t id, int32_t v) { Field<int32_t>(id) = v; }
-    void SetBool(uint32_t id, bool v) { Field<bool>(id) = v; }
     void SetPoint(uint32_t id, float x, float y) { Field<KPoint2>(id) = {x, y}; }
-    void SetDegrees(uint32_t id, float d) { Field<float>(id) = -d * 0.017453292f; }
+    using EffectDriver::Set;
+    using EffectDriver::SetPoint;
+
+    // Starts on `image` (11 x 11 unless replaced), or on a new image of this
+    // geometry; only a relative tool reads its pixels.
     bool Start()
     {
+        Stop();
+        started = true;
         KImage* slot = nullptr;
-        return effect->Start(image, &slot, effect);
+        return effect->Start(image.get(), &slot, effect);
     }
-    KPosition Map(float x, float y)
+    bool Start(int32_t w, int32_t h, float pixelAspect = 1.0f)
     {
-        KPosition out;
-        EXPECT_TRUE(effect->InverseMap(out, {x, y}));
-        return out;
+        Stop();
+        image.reset(KImage::Create(w, h, true, pixelAspect, 1.0f));
+        return Start();
     }
+    void Stop()
+    {
+        if (!started) return;
+        KImage* slot = nullptr;
+        effect->Stop(&slot);
+        started = false;
+    }
+    bool Map(float x, float y, KPosition& out) const { return effect->InverseMap(out, {x, y}); }
+
+    std::unique_ptr<KImage> image;
+    bool started = false;
 };
 
-inline void ExpectMaps(Warp& w, float x, float y, float ex, float ey, float tolerance, int line)
+// An output point and the source point it must read.
+struct MapRow {
+    float x, y, ex, ey;
+};
+
+// Every row within `tol`; a tolerance of 0 asks for the exact point.
+inline void ExpectMaps(const Warp& w, std::initializer_list<MapRow> rows, float tol)
 {
-    const KPosition m = w.Map(x, y);
-    EXPECT_NEAR(m.x, ex, tolerance) << "x of " << x << "," << y << ", line " << line;
-    EXPECT_NEAR(m.y, ey, tolerance) << "y of " << x << "," << y << ", line " << line;
+    for (const MapRow& r : rows) {
+        KPosition out;
+        ASSERT_TRUE(w.Map(r.x, r.y, out)) << r.x << "," << r.y;
+        EXPECT_NEAR(out.x, r.ex, tol) << "x of " << r.x << "," << r.y;
+        EXPECT_NEAR(out.y, r.ey, tol) << "y of " << r.x << "," << r.y;
+    }
 }
-#define EXPECT_MAPS(w, px, py, ex, ey) warptest::ExpectMaps(w, px, py, ex, ey, 2e-6f, __LINE__)
-#define EXPECT_MAPS_NEAR(w, px, py, ex, ey) \
-    warptest::ExpectMaps(w, px, py, ex, ey, 1e-5f, __LINE__)
 
-// A registered tool in a flow, rendered at time 0.
-struct ToolFlow {
-    host::Flow flow;
-    host::Flow::Node& node;
-
-    explicit ToolFlow(const char* className)
-        : node(flow.Add("tool", *host::Registry::Get().FindClass(className)))
-    {
-    }
-    host::Input* In(const char* id)
-    {
-        host::Input* in = node.op->FindInput(id);
-        EXPECT_NE(in, nullptr) << id;
-        return in;
-    }
-    void Set(const char* id, double v) { flow.SetValue(node, In(id), host::MakeNumber(v)); }
-    void SetImage(const char* id, KImage* image)
-    {
-        flow.SetValue(node, In(id), host::MakeImage(image->HostImage()));
-    }
-    // The output, holding a use of the host's image.
-    KImage* Render()
-    {
-        flow.BeginFrame();
-        host::Value v = flow.Evaluate(node, node.op->MainOutput(), 0.0);
-        host::Image* out = static_cast<const host::ImageValue*>(v.get())->image;
-        out->Use();
-        return KImage::Wrap(out, true);
-    }
-};
+// The stored channels of a pixel, 16-bit codes or floats as they are; zero
+// outside the image.
+inline std::array<float, 4> Raw(const KImage& img, int32_t x, int32_t y)
+{
+    std::array<float, 4> r{0.0f, 0.0f, 0.0f, 0.0f};
+    if (x < 0 || y < 0 || x >= img.width || y >= img.height) return r;
+    for (int c = 0; c < 4; ++c)
+        r[c] = img.IsFloat() ? img.RowF(y)[4 * x + c] : static_cast<float>(img.RowW(y)[4 * x + c]);
+    return r;
+}
 
 // Largest difference of any channel, in float units, between a's pixel x, y and
 // b's pixel x - dx, y - dy, over columns x0..x1-1 and rows y0..y1-1.
@@ -96,4 +102,4 @@ inline float MaxDiff(const KImage& a, const KImage& b, int32_t x0, int32_t y0, i
     return worst;
 }
 
-}  // namespace warptest
+}  // namespace zvwarp
