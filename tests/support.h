@@ -275,22 +275,22 @@ inline std::string Num(double v)
     return std::string(buf, r.ptr);
 }
 
-// The properties of a host input that `spec` names, in its own form:
+// The properties of a host input that `props` names, in its own form:
 // "key value" pairs joined by "; ", e.g. "control Screw; default 0; soft -1..1".
 // Keys: name, label, page, control, type, default, point, text, soft, hard,
 // items, integer, visible, notify, nest, group, member, link, lines, slots.
 // "present" and "absent" ask only whether there is such an input.
-inline std::string Describe(const host::Input* in, const std::string& spec)
+inline std::string Describe(const host::Input* in, const std::string& props)
 {
-    if (spec == "absent" || spec == "present" || !in) return in ? "present" : "absent";
+    if (props == "absent" || props == "present" || !in) return in ? "present" : "absent";
     const host::InputAttrs& a = in->attrs;
     auto opt = [](const std::optional<double>& v) { return v ? Num(*v) : std::string("-"); };
     auto yes = [](bool b) { return std::string(b ? "yes" : "no"); };
     std::string out;
-    for (size_t start = 0; start < spec.size();) {
-        size_t end = spec.find("; ", start);
-        if (end == std::string::npos) end = spec.size();
-        const std::string part = spec.substr(start, end - start);
+    for (size_t start = 0; start < props.size();) {
+        size_t end = props.find("; ", start);
+        if (end == std::string::npos) end = props.size();
+        const std::string part = props.substr(start, end - start);
         const std::string key = part.substr(0, part.find(' '));
         std::string v;
         if (key == "name") v = in->name;
@@ -323,13 +323,13 @@ inline std::string Describe(const host::Input* in, const std::string& spec)
 }
 
 struct InputRow {
-    std::string id, spec;
+    std::string id, props;
 };
 
 // Each row's input as the host shows it.
 inline void ExpectInputs(const host::Operator& op, std::initializer_list<InputRow> rows)
 {
-    for (const InputRow& r : rows) EXPECT_EQ(Describe(op.FindInput(r.id), r.spec), r.spec) << r.id;
+    for (const InputRow& r : rows) EXPECT_EQ(Describe(op.FindInput(r.id), r.props), r.props) << r.id;
 }
 
 // The same for a registered tool as the host creates it, its notifications sent.

@@ -87,16 +87,6 @@ TEST(FrameworkList, PopHeadHandsOverInOrderWithoutDeleting)
     list.tail = nullptr;  // the popped item is gone; keep the destructor away from it
 }
 
-TEST(FrameworkList, NameListHoldsTexts)
-{
-    KNameList names;
-    names.Append(new KName("Red"));
-    names.Append(new KName("Lumin."));
-    ASSERT_EQ(names.count, 2);
-    EXPECT_EQ(static_cast<KName*>(names.head)->text, "Red");
-    EXPECT_EQ(static_cast<KName*>(names.tail)->text, "Lumin.");
-}
-
 TEST(FrameworkMessage, FloatFormRoundsHalfUpTowardZero)
 {
     const std::pair<float, int32_t> cases[] = {{2.6f, 3},   {2.4f, 2},   {2.5f, 3},   {0.0f, 0}, {-0.7f, 0},
