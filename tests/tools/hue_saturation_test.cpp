@@ -95,7 +95,7 @@ TEST(HueSaturationColour, HueTurnColorizeAndAlpha)
 
 // Rows run four or eight pixels at a time; each must come out as the same pixel alone,
 // bit for bit, over greys, ties, primaries, hue sector edges and values outside 0..1.
-TEST(HueSaturationLanes, FourAtOnceEqualOneAtATime)
+TEST(HueSaturationLanes, RowsEqualOneAtATime)
 {
     std::vector<KPixelF> pixels = {
         {0.4f, 0.4f, 0.4f, 1.0f}, {1.0f, 0.0f, 0.0f, 0.5f}, {0.0f, 1.0f, 0.0f, 1.0f},
