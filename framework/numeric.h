@@ -22,7 +22,7 @@ float KTimeNoise(float time, int32_t seed);
 float KRamp(float x, float a, float b, int32_t shape);
 bool KQuadraticRoots(float a, float b, float c, float& r1, float& r2);
 
-// Segment function of the HLS to RGB conversion, for one pixel or four lanes.
+// Segment function of the HLS to RGB conversion, for one pixel or a set of lanes.
 // The rise is in single precision, the fall in double. The bounds 1/6 and 2/3
 // are double: a float lies below one exactly when it lies below the nearest
 // float above it, which is what the two constants are.

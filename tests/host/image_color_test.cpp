@@ -5,17 +5,14 @@
 #include <cstring>
 #include <memory>
 #include <type_traits>
-#include "host/image.h"
+#include "host_support.h"
 
 using host::ColorSpace;
 using host::Image;
 
 namespace {
 
-struct Free {
-    void operator()(Image* i) const { i->Recycle(); }
-};
-using Img = std::unique_ptr<Image, Free>;
+using zvhost::Img;
 
 // Seven levels per channel over the whole cube, then scattered codes; alpha
 // varies so that touching it shows.
@@ -24,11 +21,7 @@ constexpr int kGrid = 343, kCount = kGrid + 20000;
 Img Colours(bool isFloat)
 {
     static const uint16_t levels[7] = {0, 6553, 16384, 32768, 49151, 58982, 65535};
-    host::ImageSpec spec;
-    spec.width = kCount;
-    spec.height = 1;
-    spec.depth = isFloat ? host::DepthFloat32 : host::DepthInt16;
-    Img img(Image::New(spec));
+    Img img = zvhost::Blank(kCount, 1, isFloat);
     uint32_t seed = 99;
     for (int i = 0; i < kCount * 4; ++i) {
         seed = seed * 1664525u + 1013904223u;
@@ -45,10 +38,7 @@ Img Colours(bool isFloat)
 template <typename T, typename P>
 P Convert(P p, ColorSpace from, ColorSpace to)
 {
-    host::ImageSpec spec;
-    spec.width = spec.height = 1;
-    spec.depth = std::is_same_v<T, float> ? host::DepthFloat32 : host::DepthInt16;
-    Img img(Image::New(spec));
+    Img img = zvhost::Blank(1, 1, std::is_same_v<T, float>);
     T* row = reinterpret_cast<T*>(img->Row(0));
     std::copy(p.begin(), p.end(), row);
     img->CSConvert(from, to);

@@ -2,38 +2,17 @@
 #include <vector>
 #include <array>
 #include <memory>
-#include "host/image.h"
+#include "host_support.h"
 
 using host::EdgeBlack, host::EdgeWrap, host::EdgeDuplicate;
 using host::Image;
+using zvhost::Img, zvhost::Make;
 
 namespace {
 
-struct Free {
-    void operator()(Image* i) const { i->Recycle(); }
-};
-using Img = std::unique_ptr<Image, Free>;
 using U4 = std::array<uint32_t, 4>;
 using F4 = std::array<float, 4>;
 constexpr int32_t kOne = 1 << 16, kHalf = 1 << 15;
-
-// A w x h image with channel c of pixel x, y set to fn(x, y, c).
-template <typename Fn>
-Img Make(int w, int h, bool isFloat, Fn fn)
-{
-    host::ImageSpec spec;
-    spec.width = w;
-    spec.height = h;
-    spec.depth = isFloat ? host::DepthFloat32 : host::DepthInt16;
-    Img img(Image::New(spec));
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x)
-            for (int c = 0; c < 4; ++c) {
-                if (isFloat) img->RowF(y)[x * 4 + c] = static_cast<float>(fn(x, y, c));
-                else img->RowW(y)[x * 4 + c] = static_cast<uint16_t>(fn(x, y, c));
-            }
-    return img;
-}
 
 template <typename P>
 P Sample(const Image& img, int32_t x, int32_t y, host::Edge e)
@@ -215,18 +194,15 @@ namespace {
 // written to their last byte, and copy whole.
 TEST(HostImageMemory, LargePlatesStartBlackAndCopyWhole)
 {
-    host::ImageSpec spec;
-    spec.width = 2049;  // rows not a multiple of any page
-    spec.height = 1031;
-    spec.depth = host::DepthFloat32;
-    Img img(Image::New(spec));
-    ASSERT_GT(img->RowBytes() * spec.height, size_t(8) << 20);
-    for (int y : {0, 517, spec.height - 1})
-        for (int x : {0, 1024, spec.width - 1})
+    const int w = 2049, h = 1031;  // rows not a multiple of any page
+    Img img = zvhost::Blank(w, h, true);
+    ASSERT_GT(img->RowBytes() * h, size_t(8) << 20);
+    for (int y : {0, 517, h - 1})
+        for (int x : {0, 1024, w - 1})
             for (int c = 0; c < 4; ++c) ASSERT_EQ(img->RowF(y)[4 * x + c], 0.0f) << x << "," << y;
-    img->RowF(spec.height - 1)[4 * spec.width - 1] = 0.75f;
+    img->RowF(h - 1)[4 * w - 1] = 0.75f;
     Img copy(img->CopyOfImage());
-    EXPECT_EQ(copy->RowF(spec.height - 1)[4 * spec.width - 1], 0.75f);
+    EXPECT_EQ(copy->RowF(h - 1)[4 * w - 1], 0.75f);
     EXPECT_EQ(copy->RowF(0)[0], 0.0f);
 }
 
