@@ -1,4 +1,5 @@
 #include "framework/effect.h"
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include "raster/image.h"
@@ -107,20 +108,20 @@ void KEffectColor::ProcessColorsInt(KPixel* out, const KPixel* in, int32_t n)
 }
 
 namespace {
-std::atomic<bool> allowWide{true};
+std::atomic<int> laneLimit{8};
 }
 
-bool KWideLanes()
+int KLaneWidth()
 {
 #if defined(ZV_LANES)
-    static const bool hasAvx2 = __builtin_cpu_supports("avx2");
-    return hasAvx2 && allowWide.load(std::memory_order_relaxed);
+    static const int widest = __builtin_cpu_supports("avx2") ? 8 : 4;
+    return std::min(widest, laneLimit.load(std::memory_order_relaxed));
 #else
-    return false;
+    return 1;
 #endif
 }
 
-void KAllowWideLanes(bool allow) { allowWide = allow; }
+void KLimitLaneWidth(int most) { laneLimit = most; }
 
 void KEffectPixel::ProcessPixel(KPixel& out, int32_t x, int32_t y, KImage* image)
 {

@@ -106,14 +106,14 @@ private:
     template <class P> void Run(P* out, const P* in, int32_t n) const
     {
 #if defined(ZV_LANES)
-        if (KWideLanes()) return Wide(out, in, n);
+        if (KLaneWidth() == 8) return Run8(out, in, n);
         KEachPixel<KLanes4>(out, in, n, Pixel());
 #else
         KEachPixel<float>(out, in, n, Pixel());
 #endif
     }
 #if defined(ZV_LANES)
-    template <class P> ZV_AVX2 void Wide(P* out, const P* in, int32_t n) const
+    template <class P> ZV_AVX2 void Run8(P* out, const P* in, int32_t n) const
     {
         KEachPixel<KLanes8>(out, in, n, Pixel());
     }

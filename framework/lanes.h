@@ -1,17 +1,18 @@
 // Several pixels at once for colour code written once.
 //
 // Per-pixel arithmetic written as a template over its number type runs on one
-// pixel with `float` and on four or eight with the lanes, giving the same bits: every
-// operation, comparison and selection below is the IEEE operation the scalar
-// form performs. Branches become selections, so both sides of a choice are
-// computed; a division by zero on the side not taken is harmless.
+// pixel with `float` and on four or eight with the lanes, giving the same bits:
+// every operation, comparison and selection below is the IEEE operation the
+// scalar form performs. Branches become selections, so both sides of a choice
+// are computed; a division by zero on the side not taken is harmless.
 //
-// The lanes are compiler vectors: four in an SSE register on any x86-64,
-// eight in an AVX register in kernels built for AVX2 (ZV_AVX2).
+// The lanes are compiler vectors: four in an SSE register on any x86-64, eight
+// in an AVX register in kernels built for AVX2 (ZV_AVX2).
 #pragma once
 #include <algorithm>
 #include <cstdint>
 #include <type_traits>
+#include <utility>
 #include "raster/pixel_store.h"
 
 // One pixel: the operations on plain numbers.
@@ -25,7 +26,7 @@ inline float KNarrow(double v) { return static_cast<float>(v); }
 template <class V> V KSplat(float v);
 template <> inline float KSplat<float>(float v) { return v; }
 
-// A kernel's per-pixel lambda, inlined into both of the kernel's builds.
+// A kernel's per-pixel lambda, inlined into each of the kernel's builds.
 #if defined(__GNUC__)
 #define ZV_LANE_INLINE_LAMBDA __attribute__((always_inline))
 #else
@@ -34,23 +35,16 @@ template <> inline float KSplat<float>(float v) { return v; }
 
 #if defined(__SSE2__) && defined(__GNUC__)
 #define ZV_LANES 1
-// Everything taking lanes is inlined into its kernel: a call between an AVX2
+// Everything taking lanes is inlined into its kernel: a call between an AVX
 // kernel and code built for any x86-64 would pass them differently.
 #define ZV_LANE_INLINE [[gnu::always_inline]] inline
 #define ZV_AVX2 __attribute__((target("avx2")))
 
-// N float lanes, their comparison masks and their double-precision form: four
-// fill one SSE register, eight one AVX register.
-template <int N> struct KLaneTypes;
-template <> struct KLaneTypes<4> {
-    typedef float F __attribute__((vector_size(16)));
-    typedef int32_t M __attribute__((vector_size(16)));
-    typedef double D __attribute__((vector_size(32)));
-};
-template <> struct KLaneTypes<8> {
-    typedef float F __attribute__((vector_size(32)));
-    typedef int32_t M __attribute__((vector_size(32)));
-    typedef double D __attribute__((vector_size(64)));
+// N float lanes, their comparison masks and their double-precision form.
+template <int N> struct KLaneTypes {
+    typedef float F __attribute__((vector_size(4 * N)));
+    typedef int32_t M __attribute__((vector_size(4 * N)));
+    typedef double D __attribute__((vector_size(8 * N)));
 };
 using KLanes4 = KLaneTypes<4>::F;
 using KLanes8 = KLaneTypes<8>::F;
@@ -59,11 +53,14 @@ template <class V> using KMaskOf = typename KLaneTypes<kLaneCount<V>>::M;
 template <class V> using KDoubleOf = typename KLaneTypes<kLaneCount<V>>::D;
 template <class V>
 concept KLaneVector = std::is_same_v<V, KLanes4> || std::is_same_v<V, KLanes8>;
+template <class D>
+concept KDoubleLanes = std::is_same_v<D, KLaneTypes<4>::D> || std::is_same_v<D, KLaneTypes<8>::D>;
 
-template <> ZV_LANE_INLINE KLanes4 KSplat<KLanes4>(float v) { return KLanes4{v, v, v, v}; }
-template <> ZV_LANE_INLINE KLanes8 KSplat<KLanes8>(float v)
+template <KLaneVector V> ZV_LANE_INLINE V KSplat(float v)
 {
-    return KLanes8{v, v, v, v, v, v, v, v};
+    V r;
+    for (int i = 0; i < kLaneCount<V>; ++i) r[i] = v;
+    return r;
 }
 template <KLaneVector V> ZV_LANE_INLINE V KSelect(KMaskOf<V> m, V a, V b) { return m ? a : b; }
 // As std::max(a, b) and std::min(a, b) choose, NaN and signed zeros included.
@@ -79,52 +76,125 @@ template <KLaneVector V> ZV_LANE_INLINE KDoubleOf<V> KWiden(V v)
 {
     return __builtin_convertvector(v, KDoubleOf<V>);
 }
-ZV_LANE_INLINE KLanes4 KNarrow(KLaneTypes<4>::D v) { return __builtin_convertvector(v, KLanes4); }
-ZV_LANE_INLINE KLanes8 KNarrow(KLaneTypes<8>::D v) { return __builtin_convertvector(v, KLanes8); }
-// Whether any lane is set: work no lane needs can be skipped.
-ZV_LANE_INLINE bool KAny(KLaneTypes<4>::M m) { return _mm_movemask_ps(_mm_castsi128_ps(__m128i(m))) != 0; }
-ZV_LANE_INLINE bool KAny(KLaneTypes<8>::M m)
+template <KDoubleLanes D> ZV_LANE_INLINE auto KNarrow(D v)
 {
-    return KAny(__builtin_shufflevector(m, m, 0, 1, 2, 3) | __builtin_shufflevector(m, m, 4, 5, 6, 7));
+    return __builtin_convertvector(v, typename KLaneTypes<sizeof(D) / sizeof(double)>::F);
 }
 
 namespace klanes {
 
-// N pixels, four channels each, to four channel vectors and back.
-template <class V> ZV_LANE_INLINE void Split(__m128 px[], V c[4])
+// The two four-lane halves of eight lanes, and two halves joined.
+template <class W> ZV_LANE_INLINE auto Lower(W v) { return __builtin_shufflevector(v, v, 0, 1, 2, 3); }
+template <class W> ZV_LANE_INLINE auto Upper(W v) { return __builtin_shufflevector(v, v, 4, 5, 6, 7); }
+template <class W> ZV_LANE_INLINE auto Join(W lo, W hi)
 {
-    _MM_TRANSPOSE4_PS(px[0], px[1], px[2], px[3]);
-    if constexpr (kLaneCount<V> == 4) {
-        for (int ch = 0; ch < 4; ++ch) c[ch] = px[ch];
+    return __builtin_shufflevector(lo, hi, 0, 1, 2, 3, 4, 5, 6, 7);
+}
+
+}  // namespace klanes
+
+// Whether any lane is set: work no lane needs can be skipped.
+ZV_LANE_INLINE bool KAny(KLaneTypes<4>::M m)
+{
+    return _mm_movemask_ps(_mm_castsi128_ps(__m128i(m))) != 0;
+}
+ZV_LANE_INLINE bool KAny(KLaneTypes<8>::M m) { return KAny(klanes::Lower(m) | klanes::Upper(m)); }
+
+namespace klanes {
+
+// Lane i of the shuffles making a 4x4 transpose within each 128-bit block of
+// N lanes: 0 and 1 interleave the first and last pairs of a and b, 2 and 3
+// take the first and last pairs of a then b.
+template <int N, int Kind> constexpr int TransposeLane(int i)
+{
+    const int block = i / 4 * 4, j = i % 4;
+    if (Kind == 0) return block + j / 2 + (j % 2) * N;
+    if (Kind == 1) return block + 2 + j / 2 + (j % 2) * N;
+    if (Kind == 2) return block + j % 2 + (j / 2) * N;
+    return block + 2 + j % 2 + (j / 2) * N;
+}
+template <int Kind, class V, int... I> ZV_LANE_INLINE V Mix(V a, V b, std::integer_sequence<int, I...>)
+{
+    return __builtin_shufflevector(a, b, TransposeLane<sizeof...(I), Kind>(I)...);
+}
+
+// Four channel vectors from four registers of one pixel each and back: a 4x4
+// transpose, its own inverse. Eight lanes hold two pixels a register, pixel k
+// in the lower half and k + 4 in the upper, and transpose each half alone.
+template <KLaneVector V> ZV_LANE_INLINE void Transpose(V& a, V& b, V& c, V& d)
+{
+    constexpr auto lanes = std::make_integer_sequence<int, kLaneCount<V>>{};
+    const V t0 = Mix<0>(a, b, lanes), t1 = Mix<1>(a, b, lanes);
+    const V t2 = Mix<0>(c, d, lanes), t3 = Mix<1>(c, d, lanes);
+    a = Mix<2>(t0, t2, lanes);
+    b = Mix<3>(t0, t2, lanes);
+    c = Mix<2>(t1, t3, lanes);
+    d = Mix<3>(t1, t3, lanes);
+}
+
+// Pixel k's four values, and pixel k + 4's beside them in eight lanes.
+template <int N, class T> ZV_LANE_INLINE auto PixelGroup(const T* pixels, int k)
+{
+    typedef std::remove_const_t<std::remove_reference_t<decltype(pixels->r)>> C;
+    typedef C Four __attribute__((vector_size(16)));
+    Four lo, hi;
+    __builtin_memcpy(&lo, &pixels[k].r, sizeof lo);
+    if constexpr (N == 4) return lo;
+    else {
+        __builtin_memcpy(&hi, &pixels[k + 4].r, sizeof hi);
+        return Join(lo, hi);
+    }
+}
+template <class T, class W> ZV_LANE_INLINE void StoreGroup(T* pixels, int k, W v)
+{
+    if constexpr (sizeof(W) == 16) {
+        __builtin_memcpy(&pixels[k].r, &v, sizeof v);
     } else {
-        _MM_TRANSPOSE4_PS(px[4], px[5], px[6], px[7]);
-        for (int ch = 0; ch < 4; ++ch)
-            c[ch] = __builtin_shufflevector(KLanes4(px[ch]), KLanes4(px[4 + ch]), 0, 1, 2, 3, 4, 5, 6, 7);
+        StoreGroup(pixels, k, Lower(v));
+        StoreGroup(pixels + 4, k, Upper(v));
     }
 }
 
-template <class V> ZV_LANE_INLINE void Join(const V c[4], __m128 px[])
+// N pixels to channel vectors: float pixels as they are, integer pixels by the
+// pixel conversion (KIntToFloat).
+template <KLaneVector V> ZV_LANE_INLINE void Load(const KPixelF* in, V c[4])
 {
-    if constexpr (kLaneCount<V> == 4) {
-        for (int ch = 0; ch < 4; ++ch) px[ch] = c[ch];
-    } else {
-        for (int ch = 0; ch < 4; ++ch) {
-            px[ch] = __m128(__builtin_shufflevector(c[ch], c[ch], 0, 1, 2, 3));
-            px[4 + ch] = __m128(__builtin_shufflevector(c[ch], c[ch], 4, 5, 6, 7));
-        }
-        _MM_TRANSPOSE4_PS(px[4], px[5], px[6], px[7]);
+    for (int k = 0; k < 4; ++k) c[k] = PixelGroup<kLaneCount<V>>(in, k);
+    Transpose(c[0], c[1], c[2], c[3]);
+}
+template <KLaneVector V> ZV_LANE_INLINE void Load(const KPixel* in, V c[4])
+{
+    for (int k = 0; k < 4; ++k)
+        c[k] = __builtin_convertvector(KMaskOf<V>(PixelGroup<kLaneCount<V>>(in, k)), V) * kIntToFloat;
+    Transpose(c[0], c[1], c[2], c[3]);
+}
+
+// Channel vectors back to N pixels: float as they are, integer through double
+// as KFloatToIntDouble does.
+template <KLaneVector V> ZV_LANE_INLINE void Store(KPixelF* out, V c[4])
+{
+    Transpose(c[0], c[1], c[2], c[3]);
+    for (int k = 0; k < 4; ++k) StoreGroup(out, k, c[k]);
+}
+template <KLaneVector V> ZV_LANE_INLINE void Store(KPixel* out, V c[4])
+{
+    Transpose(c[0], c[1], c[2], c[3]);
+    const V zero = KSplat<V>(0.0f), one = KSplat<V>(1.0f);
+    for (int k = 0; k < 4; ++k) {
+        // Below 0 and NaN give 0, above 1 gives 1.
+        V v = c[k] > zero ? c[k] : zero;
+        v = v < one ? v : one;
+        StoreGroup(out, k, __builtin_convertvector(KWiden(v) * 65535.0, KMaskOf<V>));
     }
-    _MM_TRANSPOSE4_PS(px[0], px[1], px[2], px[3]);
 }
 
 }  // namespace klanes
 #endif
 
-// Whether lane kernels run eight AVX2 lanes (where the processor has them) or
-// four SSE2 lanes; both give the same bits, which tests check by turning the
-// wide lanes off.
-bool KWideLanes();
-void KAllowWideLanes(bool allow);
+// The most lanes a kernel runs on this processor: 8 with AVX2, else 4. Both
+// give the same bits, which tests check by lowering the limit.
+int KLaneWidth();
+void KLimitLaneWidth(int most);
 
 namespace klanes {
 
@@ -139,12 +209,6 @@ inline void Out(KPixel& p, const float o[4])
     p = {KFloatToIntDouble(o[0]), KFloatToIntDouble(o[1]), KFloatToIntDouble(o[2]),
          KFloatToIntDouble(o[3])};
 }
-#if defined(ZV_LANES)
-ZV_LANE_INLINE __m128 In(const KPixelF& p) { return _mm_loadu_ps(&p.r); }
-ZV_LANE_INLINE __m128 In(const KPixel& p) { return KLoadFloatLanes(p); }
-ZV_LANE_INLINE void Out(KPixelF& p, __m128 v) { _mm_storeu_ps(&p.r, v); }
-ZV_LANE_INLINE void Out(KPixel& p, __m128 v) { KStoreIntDouble(p, v); }
-#endif
 
 }  // namespace klanes
 
@@ -159,13 +223,10 @@ template <class V, class P, class F>
     if constexpr (!std::is_same_v<V, float>) {
         constexpr int N = kLaneCount<V>;
         for (; i + N <= n; i += N) {
-            __m128 px[N];
             V c[4], o[4];
-            for (int k = 0; k < N; ++k) px[k] = klanes::In(in[i + k]);
-            klanes::Split(px, c);
+            klanes::Load(in + i, c);
             f(c[0], c[1], c[2], c[3], o);
-            klanes::Join(o, px);
-            for (int k = 0; k < N; ++k) klanes::Out(out[i + k], px[k]);
+            klanes::Store(out + i, o);
         }
     }
 #endif

@@ -151,23 +151,40 @@ TEST(FrameworkQuadratic, NoRootsLeaveTheOutputsAndZeroLeadingTermDividesByZero)
     EXPECT_TRUE(std::isnan(r2));
 }
 
-TEST(FrameworkHueSegment, SegmentsTheirEndsAndOneWrapEachWay)
+TEST(FrameworkHlsToRgb, EachChannelOnItsSegmentAndItsBounds)
 {
     const float m1 = 0.25f, m2 = 0.75f;
-    const std::pair<float, float> exact[] = {
-        {0.0f, m1},
-        {1.0f / 6.0f, m2},  // one sixth in single precision lies above the double threshold
-        {0.3f, m2},
-        {2.0f / 3.0f, m1},  // so does two thirds
-        {0.9f, m1}, {1.0f, m1},
-        {1.25f, m2}, {-0.75f, m2},
-        {2.5f, m1},  // wrapped only once: 1.5 falls in the last segment
+    struct Case {
+        float h;
+        float rgb[3];
     };
-    for (auto [h, want] : exact) EXPECT_EQ(KHueSegment(m1, m2, h), want) << h;
-    const std::pair<float, float> near[] = {
-        {0.1f, 0.55f}, {0.5f, m2},  // at one half the falling segment starts at m2
-        {0.6f, 0.45f}, {1.1f, 0.55f},
-        {-1.5f, -1.25f},  // -0.5, extrapolated on the rising segment: 0.5 * -0.5 * 6 + 0.25
+    const Case exact[] = {
+        // Blue sits at 1 - 1/3 rounded to a float just below two thirds: the
+        // last sliver of the fall, one step above m1.
+        {0.0f, {m2, m1, 0x1.000008p-2f}},
+        // One sixth in single precision lies above the double bound, and so
+        // does two thirds; at one half the fall starts at m2.
+        {0.5f, {m1, m2, m2}},
+        {1.0f / 6.0f, {m2, m2, m1}},
+        {2.0f / 3.0f, {m1, m1, m2}},
+        {1.0f, {m2, m1, m1}},
     };
-    for (auto [h, want] : near) EXPECT_FLOAT_EQ(KHueSegment(m1, m2, h), want) << h;
+    const Case near[] = {
+        {0.1f, {m2, 0.55f, m1}},   // green rises
+        {0.3f, {0.35f, m2, m1}},   // red falls
+        {0.6f, {m1, 0.45f, m2}},   // green falls
+        {0.4f, {m1, m2, 0.45f}},   // blue rises
+        {0.7f, {0.35f, m1, m2}},   // red rises from its wrapped position, 0.0333
+        {0.95f, {m2, m1, 0.4f}},   // blue falls
+    };
+    for (const Case& c : exact) {
+        float out[3];
+        KHlsToRgb(m1, m2, c.h, out);
+        for (int k = 0; k < 3; ++k) EXPECT_EQ(out[k], c.rgb[k]) << c.h << " channel " << k;
+    }
+    for (const Case& c : near) {
+        float out[3];
+        KHlsToRgb(m1, m2, c.h, out);
+        for (int k = 0; k < 3; ++k) EXPECT_FLOAT_EQ(out[k], c.rgb[k]) << c.h << " channel " << k;
+    }
 }

@@ -35,11 +35,12 @@ public:
     {
         const V hi = KMax(r, KMax(g, b));
         const V lo = KMin(r, KMin(g, b));
-        const V l = (lo + hi) * 0.5f;
+        const V sum = lo + hi;
+        const V l = sum * 0.5f;
         const auto grey = hi == lo;
         const V span = hi - lo;
         const V k = 1.0f / span;
-        V s = KSelect(l <= 0.5f, span / (hi + lo), span / (2.0f - (hi + lo)));
+        V s = span / KSelect(l <= 0.5f, sum, 2.0f - sum);
         V h = KSelect(hi == r, (g - b) * k,
                       KSelect(hi != g, (r - g) * k + 4.0f, (b - r) * k + 2.0f));
         h = h * 0.16666667f;
@@ -53,13 +54,11 @@ public:
         h2 = KSelect(h2 < 0.0f, h2 + 1.0f, h2);
         const V m2 = KSelect(l2 > 0.5f, s2 + l2 - s2 * l2, (s2 + 1.0f) * l2);
         const V m1 = 2.0f * l2 - m2;
-        const V hr = KNarrow(KWiden(h2) + 1.0 / 3.0);
-        const V hb = KNarrow(KWiden(h2) - 1.0 / 3.0);
+        V rgb[3];
+        KHlsToRgb(m1, m2, h2, rgb);
         // No saturation leaves the lightness in all three.
         const auto flat = s2 == 0.0f;
-        out[0] = KSelect(flat, l2, KHueSegment(m1, m2, hr));
-        out[1] = KSelect(flat, l2, KHueSegment(m1, m2, h2));
-        out[2] = KSelect(flat, l2, KHueSegment(m1, m2, hb));
+        for (int c = 0; c < 3; ++c) out[c] = KSelect(flat, l2, rgb[c]);
         out[3] = lightAdd + a;
     }
 
