@@ -26,10 +26,17 @@ template <> struct RowAccess<KPixel> {
         p.r = s[0]; p.g = s[1]; p.b = s[2]; p.a = s[3];
 #endif
     }
+    // Each channel's low 16 bits, as the narrowing casts keep them.
     static void Store(T* d, const KPixel& p)
     {
+#if defined(__SSE2__)
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(&p));
+        const __m128i halves = _mm_shufflehi_epi16(_mm_shufflelo_epi16(v, 0x08), 0x08);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(d), _mm_shuffle_epi32(halves, 0x08));
+#else
         d[0] = static_cast<T>(p.r); d[1] = static_cast<T>(p.g);
         d[2] = static_cast<T>(p.b); d[3] = static_cast<T>(p.a);
+#endif
     }
     static bool AlphaZero(const T* s) { return s[3] == 0; }
 };
@@ -105,6 +112,14 @@ inline void Colours(KEffectColor* e, KPixel* out, const KPixel* in, int32_t n)
 {
     e->ProcessColorsInt(out, in, n);
 }
+
+// A chunk of pixels left unset: each is written before it is read, and
+// clearing them per chunk would cost as much as the copies.
+template <class P, int N> union Chunk {
+    Chunk() {}
+    alignas(16) P at[N];
+    operator P*() { return at; }
+};
 
 constexpr float kNoMap = -1e30f;  // grid entry of a failed mapping
 
@@ -228,7 +243,7 @@ template <class P> void KProcessImageColor::Row(int32_t y)
                 continue;
             }
         }
-        alignas(16) P from[kChunk], to[kChunk];
+        Chunk<P, kChunk> from, to;
         for (int32_t i = 0; i < m; ++i) {
             A::Load(s + 4 * i, from[i]);
             if (pre) Divide(from[i]);
