@@ -102,9 +102,13 @@ void KEffectColor::ProcessColors(KPixelF* out, const KPixelF* in, int32_t n)
     for (int32_t i = 0; i < n; ++i) ProcessColor(out[i], in[i]);
 }
 
-void KEffectColor::ProcessColorsInt(KPixel* out, const KPixel* in, int32_t n)
+void KEffectColor::ProcessColorsInt(KPixelW* out, const KPixelW* in, int32_t n)
 {
-    for (int32_t i = 0; i < n; ++i) ProcessColorInt(out[i], in[i]);
+    for (int32_t i = 0; i < n; ++i) {
+        KPixel o;
+        ProcessColorInt(o, KPixel{in[i].r, in[i].g, in[i].b, in[i].a});
+        out[i] = {uint16_t(o.r), uint16_t(o.g), uint16_t(o.b), uint16_t(o.a)};
+    }
 }
 
 namespace {

@@ -81,10 +81,11 @@ public:
     int32_t GetFamily() override { return kFamilyColor; }
     virtual void ProcessColor(KPixelF& out, const KPixelF& in) = 0;
     virtual void ProcessColorInt(KPixel& out, const KPixel& in);
-    // The process hands over a run of pixels at a time; the defaults call the
-    // per-pixel forms. An effect overrides them to work on several pixels at once.
+    // The process hands over a run of pixels at a time, in the form the image
+    // stores them; the defaults call the per-pixel forms. An effect overrides
+    // them to work on several pixels at once.
     virtual void ProcessColors(KPixelF* out, const KPixelF* in, int32_t n);
-    virtual void ProcessColorsInt(KPixel* out, const KPixel* in, int32_t n);
+    virtual void ProcessColorsInt(KPixelW* out, const KPixelW* in, int32_t n);
 };
 
 // A colour effect written once as `template <class V> void Adjust(V r, V g,
@@ -92,10 +93,16 @@ public:
 // one pixel, or four or eight at a time, with the same bits.
 template <class E> class KEffectColorLanes : public KEffectColor {
 public:
-    void ProcessColor(KPixelF& out, const KPixelF& in) override { ProcessColors(&out, &in, 1); }
-    void ProcessColorInt(KPixel& out, const KPixel& in) override { ProcessColorsInt(&out, &in, 1); }
+    void ProcessColor(KPixelF& out, const KPixelF& in) override
+    {
+        KEachPixel<float>(&out, &in, 1, Pixel());
+    }
+    void ProcessColorInt(KPixel& out, const KPixel& in) override
+    {
+        KEachPixel<float>(&out, &in, 1, Pixel());
+    }
     void ProcessColors(KPixelF* out, const KPixelF* in, int32_t n) override { Run(out, in, n); }
-    void ProcessColorsInt(KPixel* out, const KPixel* in, int32_t n) override { Run(out, in, n); }
+    void ProcessColorsInt(KPixelW* out, const KPixelW* in, int32_t n) override { Run(out, in, n); }
 
 private:
     auto Pixel() const

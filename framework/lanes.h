@@ -40,11 +40,15 @@ template <> inline float KSplat<float>(float v) { return v; }
 #define ZV_LANE_INLINE [[gnu::always_inline]] inline
 #define ZV_AVX2 __attribute__((target("avx2")))
 
-// N float lanes, their comparison masks and their double-precision form.
+// N float lanes, their comparison masks, their double-precision form and N
+// lanes of type C.
 template <int N> struct KLaneTypes {
     typedef float F __attribute__((vector_size(4 * N)));
     typedef int32_t M __attribute__((vector_size(4 * N)));
     typedef double D __attribute__((vector_size(8 * N)));
+    template <class C> struct Of {
+        typedef C T __attribute__((vector_size(sizeof(C) * N)));
+    };
 };
 using KLanes4 = KLaneTypes<4>::F;
 using KLanes8 = KLaneTypes<8>::F;
@@ -136,8 +140,7 @@ template <KLaneVector V> ZV_LANE_INLINE void Transpose(V& a, V& b, V& c, V& d)
 template <int N, class T> ZV_LANE_INLINE auto PixelGroup(const T* pixels, int k)
 {
     typedef std::remove_const_t<std::remove_reference_t<decltype(pixels->r)>> C;
-    typedef C Four __attribute__((vector_size(16)));
-    Four lo, hi;
+    typename KLaneTypes<4>::Of<C>::T lo, hi;
     __builtin_memcpy(&lo, &pixels[k].r, sizeof lo);
     if constexpr (N == 4) return lo;
     else {
@@ -147,7 +150,7 @@ template <int N, class T> ZV_LANE_INLINE auto PixelGroup(const T* pixels, int k)
 }
 template <class T, class W> ZV_LANE_INLINE void StoreGroup(T* pixels, int k, W v)
 {
-    if constexpr (sizeof(W) == 16) {
+    if constexpr (sizeof(W) == 4 * sizeof(v[0])) {
         __builtin_memcpy(&pixels[k].r, &v, sizeof v);
     } else {
         StoreGroup(pixels, k, Lower(v));
@@ -162,10 +165,12 @@ template <KLaneVector V> ZV_LANE_INLINE void Load(const KPixelF* in, V c[4])
     for (int k = 0; k < 4; ++k) c[k] = PixelGroup<kLaneCount<V>>(in, k);
     Transpose(c[0], c[1], c[2], c[3]);
 }
-template <KLaneVector V> ZV_LANE_INLINE void Load(const KPixel* in, V c[4])
+template <KLaneVector V> ZV_LANE_INLINE void Load(const KPixelW* in, V c[4])
 {
-    for (int k = 0; k < 4; ++k)
-        c[k] = __builtin_convertvector(KMaskOf<V>(PixelGroup<kLaneCount<V>>(in, k)), V) * kIntToFloat;
+    for (int k = 0; k < 4; ++k) {
+        const KMaskOf<V> words = __builtin_convertvector(PixelGroup<kLaneCount<V>>(in, k), KMaskOf<V>);
+        c[k] = __builtin_convertvector(words, V) * kIntToFloat;
+    }
     Transpose(c[0], c[1], c[2], c[3]);
 }
 
@@ -176,15 +181,17 @@ template <KLaneVector V> ZV_LANE_INLINE void Store(KPixelF* out, V c[4])
     Transpose(c[0], c[1], c[2], c[3]);
     for (int k = 0; k < 4; ++k) StoreGroup(out, k, c[k]);
 }
-template <KLaneVector V> ZV_LANE_INLINE void Store(KPixel* out, V c[4])
+template <KLaneVector V> ZV_LANE_INLINE void Store(KPixelW* out, V c[4])
 {
+    typedef typename KLaneTypes<kLaneCount<V>>::template Of<uint16_t>::T Words;
     Transpose(c[0], c[1], c[2], c[3]);
     const V zero = KSplat<V>(0.0f), one = KSplat<V>(1.0f);
     for (int k = 0; k < 4; ++k) {
         // Below 0 and NaN give 0, above 1 gives 1.
         V v = c[k] > zero ? c[k] : zero;
         v = v < one ? v : one;
-        StoreGroup(out, k, __builtin_convertvector(KWiden(v) * 65535.0, KMaskOf<V>));
+        const KMaskOf<V> codes = __builtin_convertvector(KWiden(v) * 65535.0, KMaskOf<V>);
+        StoreGroup(out, k, __builtin_convertvector(codes, Words));
     }
 }
 
@@ -203,11 +210,17 @@ namespace klanes {
 // KStoreIntDouble do.
 inline float In(float v) { return v; }
 inline float In(uint32_t v) { return KIntToFloat(v); }
+inline float In(uint16_t v) { return KIntToFloat(v); }
 inline void Out(KPixelF& p, const float o[4]) { p = {o[0], o[1], o[2], o[3]}; }
 inline void Out(KPixel& p, const float o[4])
 {
     p = {KFloatToIntDouble(o[0]), KFloatToIntDouble(o[1]), KFloatToIntDouble(o[2]),
          KFloatToIntDouble(o[3])};
+}
+inline void Out(KPixelW& p, const float o[4])
+{
+    p = {uint16_t(KFloatToIntDouble(o[0])), uint16_t(KFloatToIntDouble(o[1])),
+         uint16_t(KFloatToIntDouble(o[2])), uint16_t(KFloatToIntDouble(o[3]))};
 }
 
 }  // namespace klanes
@@ -222,6 +235,17 @@ template <class V, class P, class F>
 #if defined(ZV_LANES)
     if constexpr (!std::is_same_v<V, float>) {
         constexpr int N = kLaneCount<V>;
+        // Two groups a turn: one group's work is a long chain of dependent
+        // steps, and the processor overlaps two chains better when both are near.
+        for (; i + 2 * N <= n; i += 2 * N) {
+            V c[2][4], o[2][4];
+            klanes::Load(in + i, c[0]);
+            klanes::Load(in + i + N, c[1]);
+            f(c[0][0], c[0][1], c[0][2], c[0][3], o[0]);
+            f(c[1][0], c[1][1], c[1][2], c[1][3], o[1]);
+            klanes::Store(out + i, o[0]);
+            klanes::Store(out + i + N, o[1]);
+        }
         for (; i + N <= n; i += N) {
             V c[4], o[4];
             klanes::Load(in + i, c);

@@ -14,6 +14,7 @@ template <class P> struct RowAccess;
 
 template <> struct RowAccess<KPixel> {
     using T = uint16_t;
+    using Stored = KPixelW;
     static T* Row(const KImage& img, int32_t y) { return img.RowW(y); }
     // One 16-byte store per pixel: an effect that reads the pixel whole would
     // stall on a value assembled from narrower stores.
@@ -43,6 +44,7 @@ template <> struct RowAccess<KPixel> {
 
 template <> struct RowAccess<KPixelF> {
     using T = float;
+    using Stored = KPixelF;
     static T* Row(const KImage& img, int32_t y) { return img.RowF(y); }
     // Whole-pixel copies: the effect reads the pixel as one 16-byte value, and
     // four scalar stores in front of that read would stall store forwarding.
@@ -108,7 +110,7 @@ inline void Colours(KEffectColor* e, KPixelF* out, const KPixelF* in, int32_t n)
 {
     e->ProcessColors(out, in, n);
 }
-inline void Colours(KEffectColor* e, KPixel* out, const KPixel* in, int32_t n)
+inline void Colours(KEffectColor* e, KPixelW* out, const KPixelW* in, int32_t n)
 {
     e->ProcessColorsInt(out, in, n);
 }
@@ -216,6 +218,7 @@ template <class P> void KProcessImageColor::Row(int32_t y)
 {
     using A = RowAccess<P>;
     using T = typename A::T;
+    using S = typename A::Stored;
     constexpr int32_t kChunk = 64;
     auto* e = static_cast<KEffectColor*>(effect);
     const T* in = A::Row(*source, y);
@@ -224,43 +227,41 @@ template <class P> void KProcessImageColor::Row(int32_t y)
     const bool all = AllChannels();
     const bool pre = settings.preDivide;
     // Pixels are finished in a small buffer and streamed out a chunk at a time.
-    alignas(16) T done[kChunk * 4];
+    Chunk<S, kChunk> done;
     for (int32_t x0 = 0; x0 < n; x0 += kChunk) {
         const int32_t m = std::min(kChunk, n - x0);
         const T* s = in + 4 * x0;
         // Ask for the next chunk now: a slow effect leaves the memory idle
         // between its reads, and each read would otherwise wait for it.
         if (x0 + 2 * kChunk <= n)
-            for (size_t b = 0; b < kChunk * 4 * sizeof(T); b += 64)
+            for (size_t b = 0; b < kChunk * sizeof(S); b += 64)
                 __builtin_prefetch(reinterpret_cast<const char*>(s + 4 * kChunk) + b);
-        if constexpr (std::is_same_v<P, KPixelF>) {
-            if (all && !pre) {
-                // Float pixels are the effect's own form: it reads the row and
-                // writes the buffer with no copy between.
-                e->ProcessColors(reinterpret_cast<KPixelF*>(done),
-                                 reinterpret_cast<const KPixelF*>(s), m);
-                KStreamCopy(out + 4 * x0, done, size_t(m) * 4 * sizeof(T));
-                continue;
-            }
-        }
-        Chunk<P, kChunk> from, to;
-        for (int32_t i = 0; i < m; ++i) {
-            A::Load(s + 4 * i, from[i]);
-            if (pre) Divide(from[i]);
-        }
-        Colours(e, to, from, m);
-        for (int32_t i = 0; i < m; ++i) {
-            P& o = to[i];
-            if (pre) Multiply(o);
-            if (!all) {
+        if (all && !pre) {
+            // The effect reads the row as stored and writes the buffer.
+            Colours(e, done, reinterpret_cast<const S*>(s), m);
+        } else {
+            Chunk<S, kChunk> from;
+            for (int32_t i = 0; i < m; ++i) {
                 P p;
                 A::Load(s + 4 * i, p);
-                MergeOn(p, o, settings);
-                o = p;
+                if (pre) Divide(p);
+                A::Store(&from[i].r, p);
             }
-            A::Store(done + 4 * i, o);
+            Colours(e, done, from, m);
+            for (int32_t i = 0; i < m; ++i) {
+                P o;
+                A::Load(&done[i].r, o);
+                if (pre) Multiply(o);
+                if (!all) {
+                    P p;
+                    A::Load(s + 4 * i, p);
+                    MergeOn(p, o, settings);
+                    o = p;
+                }
+                A::Store(&done[i].r, o);
+            }
         }
-        KStreamCopy(out + 4 * x0, done, size_t(m) * 4 * sizeof(T));
+        KStreamCopy(out + 4 * x0, done, size_t(m) * sizeof(S));
     }
     KStreamFence();
 }

@@ -10,6 +10,12 @@ struct KPixel {
     uint32_t operator[](int i) const { return (&r)[i]; }
 };
 
+// An integer pixel as images store it: four 16-bit words. Colour effects
+// take runs of these, so that rows need no widening on the way.
+struct KPixelW {
+    uint16_t r, g, b, a;
+};
+
 struct KPixelF {
     float r = 0.0f, g = 0.0f, b = 0.0f, a = 0.0f;
     float& operator[](int i) { return (&r)[i]; }
