@@ -235,23 +235,19 @@ template <class V, class P, class F>
 #if defined(ZV_LANES)
     if constexpr (!std::is_same_v<V, float>) {
         constexpr int N = kLaneCount<V>;
-        // Two groups a turn: one group's work is a long chain of dependent
-        // steps, and the processor overlaps two chains better when both are near.
-        for (; i + 2 * N <= n; i += 2 * N) {
-            V c[2][4], o[2][4];
-            klanes::Load(in + i, c[0]);
-            klanes::Load(in + i + N, c[1]);
-            f(c[0][0], c[0][1], c[0][2], c[0][3], o[0]);
-            f(c[1][0], c[1][1], c[1][2], c[1][3], o[1]);
-            klanes::Store(out + i, o[0]);
-            klanes::Store(out + i + N, o[1]);
-        }
-        for (; i + N <= n; i += N) {
-            V c[4], o[4];
-            klanes::Load(in + i, c);
-            f(c[0], c[1], c[2], c[3], o);
-            klanes::Store(out + i, o);
-        }
+        // Two groups a turn while two fit: one group's work is a long chain of
+        // dependent steps, and the processor overlaps two chains better when
+        // both are near.
+        auto groups = [&]<int G>() ZV_LANE_INLINE_LAMBDA {
+            for (; i + G * N <= n; i += G * N) {
+                V c[G][4], o[G][4];
+                for (int g = 0; g < G; ++g) klanes::Load(in + i + g * N, c[g]);
+                for (int g = 0; g < G; ++g) f(c[g][0], c[g][1], c[g][2], c[g][3], o[g]);
+                for (int g = 0; g < G; ++g) klanes::Store(out + i + g * N, o[g]);
+            }
+        };
+        groups.template operator()<2>();
+        groups.template operator()<1>();
     }
 #endif
     for (; i < n; ++i) {
