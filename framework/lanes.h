@@ -162,11 +162,13 @@ template <class T, class W> ZV_LANE_INLINE void StoreGroup(T* pixels, int k, W v
 // pixel conversion (KIntToFloat).
 template <KLaneVector V> ZV_LANE_INLINE void Load(const KPixelF* in, V c[4])
 {
+#pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) c[k] = PixelGroup<kLaneCount<V>>(in, k);
     Transpose(c[0], c[1], c[2], c[3]);
 }
 template <KLaneVector V> ZV_LANE_INLINE void Load(const KPixelW* in, V c[4])
 {
+#pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) {
         const KMaskOf<V> words = __builtin_convertvector(PixelGroup<kLaneCount<V>>(in, k), KMaskOf<V>);
         c[k] = __builtin_convertvector(words, V) * kIntToFloat;
@@ -179,6 +181,7 @@ template <KLaneVector V> ZV_LANE_INLINE void Load(const KPixelW* in, V c[4])
 template <KLaneVector V> ZV_LANE_INLINE void Store(KPixelF* out, V c[4])
 {
     Transpose(c[0], c[1], c[2], c[3]);
+#pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) StoreGroup(out, k, c[k]);
 }
 template <KLaneVector V> ZV_LANE_INLINE void Store(KPixelW* out, V c[4])
@@ -186,6 +189,7 @@ template <KLaneVector V> ZV_LANE_INLINE void Store(KPixelW* out, V c[4])
     typedef typename KLaneTypes<kLaneCount<V>>::template Of<uint16_t>::T Words;
     Transpose(c[0], c[1], c[2], c[3]);
     const V zero = KSplat<V>(0.0f), one = KSplat<V>(1.0f);
+#pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) {
         // Below 0 and NaN give 0, above 1 gives 1.
         V v = c[k] > zero ? c[k] : zero;
@@ -241,8 +245,11 @@ template <class V, class P, class F>
         auto groups = [&]<int G>() ZV_LANE_INLINE_LAMBDA {
             for (; i + G * N <= n; i += G * N) {
                 V c[G][4], o[G][4];
+#pragma GCC unroll 2
                 for (int g = 0; g < G; ++g) klanes::Load(in + i + g * N, c[g]);
+#pragma GCC unroll 2
                 for (int g = 0; g < G; ++g) f(c[g][0], c[g][1], c[g][2], c[g][3], o[g]);
+#pragma GCC unroll 2
                 for (int g = 0; g < G; ++g) klanes::Store(out + i + g * N, o[g]);
             }
         };

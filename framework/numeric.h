@@ -48,7 +48,11 @@ template <class V> [[gnu::always_inline]] inline void KHlsToRgb(V m1, V m2, V h,
         const V falling = KSelect(f0, at[0], KSelect(f1, at[1], at[2]));
         fall = KNarrow(KWiden(m2 - m1) * (2.0 / 3.0 - KWiden(falling)) * 6.0 + KWiden(m1));
     }
-    for (int c = 0; c < 3; ++c)
-        out[c] = KSelect(at[c] < kSixthAbove, rise,
-                         KSelect(at[c] < 0.5f, m2, KSelect(at[c] < kTwoThirdsAbove, fall, m1)));
+    const auto segment = [&](V at) ZV_LANE_INLINE_LAMBDA {
+        return KSelect(at < kSixthAbove, rise,
+                       KSelect(at < 0.5f, m2, KSelect(at < kTwoThirdsAbove, fall, m1)));
+    };
+    out[0] = segment(at[0]);
+    out[1] = segment(at[1]);
+    out[2] = segment(at[2]);
 }

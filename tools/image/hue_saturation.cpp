@@ -58,7 +58,9 @@ public:
         KHlsToRgb(m1, m2, h2, rgb);
         // No saturation leaves the lightness in all three.
         const auto flat = s2 == 0.0f;
-        for (int c = 0; c < 3; ++c) out[c] = KSelect(flat, l2, rgb[c]);
+        out[0] = KSelect(flat, l2, rgb[0]);
+        out[1] = KSelect(flat, l2, rgb[1]);
+        out[2] = KSelect(flat, l2, rgb[2]);
         out[3] = lightAdd + a;
     }
 
