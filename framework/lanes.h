@@ -241,7 +241,7 @@ template <class V, class P, class F>
         constexpr int N = kLaneCount<V>;
         // Two groups a turn while two fit: one group's work is a long chain of
         // dependent steps, and the processor overlaps two chains better when
-        // both are near.
+        // both are near. Unrolled, so that the vectors stay in registers.
         auto groups = [&]<int G>() ZV_LANE_INLINE_LAMBDA {
             for (; i + G * N <= n; i += G * N) {
                 V c[G][4], o[G][4];
