@@ -61,9 +61,9 @@ ZV_AVX2 std::vector<KPixelF> Floats8(const std::vector<KPixelF>& pixels)
 
 }  // namespace
 
-// The integer store truncates v * 65535 as the exact product does, where the
-// single-precision product rounds up onto the next code: every code's edge,
-// a few steps either side, and the clipped values.
+// The integer store truncates v * 65535 as the exact product does, not as a
+// single-precision product rounded onto the next code would: every code's
+// edge, a few steps either side, and the clipped values.
 TEST(FrameworkLanes, IntegerStoreTruncatesAsThroughDouble)
 {
     std::vector<float> values = {0.0f, -0.0f, -1e-30f, -1.0f, 1.0f, 1.0000001f, 7.0f,
