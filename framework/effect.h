@@ -88,41 +88,44 @@ public:
     virtual void ProcessColorsInt(KPixelW* out, const KPixelW* in, int32_t n);
 };
 
-// A colour effect written once as `template <class V> void Adjust(V r, V g,
-// V b, V a, V out[4]) const` over float and the lanes (framework/lanes.h):
-// one pixel, or four or eight at a time, with the same bits.
+// A colour effect written once as `template <bool Integer, class V> void
+// Adjust(V r, V g, V b, V a, V out[4]) const` over float and the lanes
+// (framework/lanes.h): one pixel, or four or eight at a time, with the same
+// bits. Integer says the channels came from integer pixels, for an effect
+// whose integer operation rounds its own way.
 template <class E> class KEffectColorLanes : public KEffectColor {
 public:
     void ProcessColor(KPixelF& out, const KPixelF& in) override
     {
-        KEachPixel<float>(&out, &in, 1, Pixel());
+        KEachPixel<float>(&out, &in, 1, Pixel<false>());
     }
     void ProcessColorInt(KPixel& out, const KPixel& in) override
     {
-        KEachPixel<float>(&out, &in, 1, Pixel());
+        KEachPixel<float>(&out, &in, 1, Pixel<true>());
     }
     void ProcessColors(KPixelF* out, const KPixelF* in, int32_t n) override { Run(out, in, n); }
     void ProcessColorsInt(KPixelW* out, const KPixelW* in, int32_t n) override { Run(out, in, n); }
 
 private:
-    auto Pixel() const
+    template <bool Integer> auto Pixel() const
     {
         return [e = static_cast<const E*>(this)](auto r, auto g, auto b, auto a, auto* o)
-                   ZV_LANE_INLINE_LAMBDA { e->Adjust(r, g, b, a, o); };
+                   ZV_LANE_INLINE_LAMBDA { e->template Adjust<Integer>(r, g, b, a, o); };
     }
+    template <class P> static constexpr bool kInteger = !std::is_same_v<P, KPixelF>;
     template <class P> void Run(P* out, const P* in, int32_t n) const
     {
 #if defined(ZV_LANES)
         if (KLaneWidth() == 8) return Run8(out, in, n);
-        KEachPixel<KLanes4>(out, in, n, Pixel());
+        KEachPixel<KLanes4>(out, in, n, Pixel<kInteger<P>>());
 #else
-        KEachPixel<float>(out, in, n, Pixel());
+        KEachPixel<float>(out, in, n, Pixel<kInteger<P>>());
 #endif
     }
 #if defined(ZV_LANES)
     template <class P> ZV_AVX2 void Run8(P* out, const P* in, int32_t n) const
     {
-        KEachPixel<KLanes8>(out, in, n, Pixel());
+        KEachPixel<KLanes8>(out, in, n, Pixel<kInteger<P>>());
     }
 #endif
 };

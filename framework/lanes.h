@@ -21,6 +21,11 @@ inline bool KAny(bool m) { return m; }
 inline float KMax(float a, float b) { return std::max(a, b); }
 inline float KMin(float a, float b) { return std::min(a, b); }
 inline float KClamp(float v, float lo, float hi) { return std::clamp(v, lo, hi); }
+// Toward zero; values of 2^23 and more are whole already and stay as they are.
+inline float KTrunc(float v)
+{
+    return (v < 0.0f ? -v : v) < 8388608.0f ? static_cast<float>(static_cast<int32_t>(v)) : v;
+}
 inline double KWiden(float v) { return v; }
 inline float KNarrow(double v) { return static_cast<float>(v); }
 template <class V> V KSplat(float v);
@@ -75,6 +80,11 @@ template <KLaneVector V> ZV_LANE_INLINE V KClamp(V v, float lo, float hi)
 {
     const V l = KSplat<V>(lo), h = KSplat<V>(hi);
     return v < l ? l : (h < v ? h : v);
+}
+template <KLaneVector V> ZV_LANE_INLINE V KTrunc(V v)
+{
+    const V whole = __builtin_convertvector(__builtin_convertvector(v, KMaskOf<V>), V);
+    return (v < 0.0f ? -v : v) < 8388608.0f ? whole : v;
 }
 template <KLaneVector V> ZV_LANE_INLINE KDoubleOf<V> KWiden(V v)
 {

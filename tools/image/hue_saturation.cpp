@@ -31,7 +31,7 @@ public:
     }
 
     // One pixel, or one in each lane: through HLS and back.
-    template <class V> [[gnu::always_inline]] void Adjust(V r, V g, V b, V a, V out[4]) const
+    template <bool, class V> [[gnu::always_inline]] void Adjust(V r, V g, V b, V a, V out[4]) const
     {
         const V hi = KMax(r, KMax(g, b));
         const V lo = KMin(r, KMin(g, b));

@@ -2,13 +2,11 @@
 // chosen source value crosses the threshold, over a soft ramp that may repeat
 // as a saw or fold back and forth (ping-pong). Locks share the first
 // channel's settings with the other three.
-#include <algorithm>
 #include <cmath>
 #include "bridge/operator.h"
 #include "framework/effect.h"
-#include "raster/pixel_store.h"
 
-class KEffectThreshold : public KEffectColor {
+class KEffectThreshold : public KEffectColorLanes<KEffectThreshold> {
 public:
     enum Channel : int32_t { kRed = 0, kGreen, kBlue, kAlpha, kLumin, kEach };
 
@@ -84,7 +82,7 @@ public:
             ramp.low[i] = t - ramp.half[i];
             ramp.high[i] = t + ramp.half[i];
             ramp.repeat[i] = rep;
-            ramp.pingPong[i] = pingPong[r] ? ~0u : 0u;
+            ramp.pingPong[i] = pingPong[r];
             float m;
             if (pingPong[r]) {
                 m = std::fmod(rep, 2.0f);
@@ -98,94 +96,64 @@ public:
         return true;
     }
 
-    void ProcessColor(KPixelF& out, const KPixelF& in) override
+    // One pixel, or one in each lane. The integer operation takes the
+    // luminance from the integer channels, halved with the remainder dropped.
+    template <bool Integer, class V>
+    [[gnu::always_inline]] void Adjust(V r, V g, V b, V a, V out[4]) const
     {
-        float lumin = 0.0f;
-        if (mode == kLumin)
-            lumin = (std::max(in.r, std::max(in.g, in.b)) + std::min(in.r, std::min(in.g, in.b))) *
-                    0.5f;
-        Apply(out, in, lumin);
-    }
-
-    // Channels read as integers, the result truncated from double.
-    void ProcessColorInt(KPixel& out, const KPixel& in) override
-    {
-        KPixelF f, o;
-        KLoadFloat(f, in);
-        float lumin = 0.0f;
-        if (mode == kLumin)
-            lumin = KIntToFloat((std::max(in.r, std::max(in.g, in.b)) +
-                                 std::min(in.r, std::min(in.g, in.b))) / 2);
-        Apply(o, f, lumin);
-        KStoreIntDouble(out, o);
+        // The one value every channel steps on, unless each steps on its own.
+        V v = KSplat<V>(0.0f);
+        switch (mode) {
+        case kRed: v = r; break;
+        case kGreen: v = g; break;
+        case kBlue: v = b; break;
+        case kAlpha: v = a; break;
+        case kLumin: {
+            const V hi = KMax(r, KMax(g, b)), lo = KMin(r, KMin(g, b));
+            if constexpr (Integer) {
+                // Each channel lies within a millionth of its code over 65535.
+                const V codes = KTrunc(hi * 65535.0f + 0.5f) + KTrunc(lo * 65535.0f + 0.5f);
+                v = KTrunc(codes * 0.5f) * kIntToFloat;
+            } else {
+                v = (hi + lo) * 0.5f;
+            }
+            break;
+        }
+        }
+        const bool each = mode == kEach;
+        out[0] = Ramp(each ? r : v, 0);
+        out[1] = Ramp(each ? g : v, 1);
+        out[2] = Ramp(each ? b : v, 2);
+        out[3] = Ramp(each ? a : v, 3);
     }
 
 private:
     static constexpr uint32_t kRepeatIds[4] = {"ReRe"_id, "ReGr"_id, "ReBl"_id, "ReAl"_id};
     static constexpr uint32_t kPingPongIds[4] = {"RePR"_id, "RePG"_id, "RePB"_id, "RePA"_id};
 
-    // Per channel, side by side so that the four ramps run as one.
-    struct alignas(16) Lanes {
-        float threshold[4], softness[4], half[4], low[4], high[4], repeat[4], end[4];
-        uint32_t pingPong[4];
-    };
-
-    void Apply(KPixelF& out, const KPixelF& in, float lumin) const
+    // Channel c's step at value v: 0 up to the ramp, the end value past it,
+    // and between them the ramp repeated as a saw or folded back (ping-pong).
+    // fmod by 1 and by 2 come exactly from the truncation.
+    template <class V> [[gnu::always_inline]] V Ramp(V v, int c) const
     {
-#if defined(__SSE2__)
-        __m128 v;
-        if (mode == kEach) v = _mm_loadu_ps(&in.r);
-        else v = _mm_set1_ps(mode == kLumin ? lumin : in[mode]);
-        const __m128 one = _mm_set1_ps(1.0f), two = _mm_set1_ps(2.0f);
-        const __m128 from = _mm_add_ps(_mm_sub_ps(v, _mm_load_ps(ramp.threshold)),
-                                       _mm_load_ps(ramp.half));
-        const __m128 t =
-            _mm_div_ps(_mm_mul_ps(from, _mm_load_ps(ramp.repeat)), _mm_load_ps(ramp.softness));
-        // fmod by 1 and by 2, exactly.
-        const __m128 saw = _mm_sub_ps(t, Trunc(t));
-        __m128 fold = _mm_sub_ps(t, _mm_mul_ps(two, Trunc(_mm_mul_ps(t, _mm_set1_ps(0.5f)))));
-        fold = Select(_mm_cmpgt_ps(fold, one), _mm_sub_ps(two, fold), fold);
-        __m128 r = Select(_mm_load_ps(reinterpret_cast<const float*>(ramp.pingPong)), fold, saw);
-        r = Select(_mm_cmpge_ps(v, _mm_load_ps(ramp.high)), _mm_load_ps(ramp.end), r);
-        r = _mm_andnot_ps(_mm_cmple_ps(v, _mm_load_ps(ramp.low)), r);
-        if (invert) r = _mm_sub_ps(one, r);
-        _mm_storeu_ps(&out.r, r);
-#else
-        for (int i = 0; i < 4; ++i) {
-            const float v = mode == kEach ? in[i] : mode == kLumin ? lumin : in[mode];
-            float r;
-            if (v <= ramp.low[i]) {
-                r = 0.0f;
-            } else if (v >= ramp.high[i]) {
-                r = ramp.end[i];
-            } else {
-                const float t =
-                    (v - ramp.threshold[i] + ramp.half[i]) * ramp.repeat[i] / ramp.softness[i];
-                if (ramp.pingPong[i]) {
-                    r = std::fmod(t, 2.0f);
-                    if (r > 1.0f) r = 2.0f - r;
-                } else {
-                    r = std::fmod(t, 1.0f);
-                }
-            }
-            out[i] = invert ? 1.0f - r : r;
+        const V t = (v - ramp.threshold[c] + ramp.half[c]) * ramp.repeat[c] / ramp.softness[c];
+        V r;
+        if (ramp.pingPong[c]) {
+            r = t - 2.0f * KTrunc(t * 0.5f);
+            r = KSelect(r > 1.0f, 2.0f - r, r);
+        } else {
+            r = t - KTrunc(t);
         }
-#endif
+        r = KSelect(v >= ramp.high[c], KSplat<V>(ramp.end[c]), r);
+        r = KSelect(v <= ramp.low[c], KSplat<V>(0.0f), r);
+        return invert ? 1.0f - r : r;
     }
 
-#if defined(__SSE2__)
-    static __m128 Select(__m128 mask, __m128 yes, __m128 no)
-    {
-        return _mm_or_ps(_mm_and_ps(mask, yes), _mm_andnot_ps(mask, no));
-    }
-    // Values of 2^23 and more are whole already and stay as they are.
-    static __m128 Trunc(__m128 x)
-    {
-        const __m128 whole = _mm_cvtepi32_ps(_mm_cvttps_epi32(x));
-        const __m128 size = _mm_and_ps(x, _mm_castsi128_ps(_mm_set1_epi32(0x7fffffff)));
-        return Select(_mm_cmplt_ps(size, _mm_set1_ps(8388608.0f)), whole, x);
-    }
-#endif
+    // Per channel, each with its lock applied.
+    struct Ramps {
+        float threshold[4], softness[4], half[4], low[4], high[4], repeat[4], end[4];
+        bool pingPong[4];
+    };
 
     int32_t channel = kLumin;
     bool invert = false;
@@ -198,7 +166,7 @@ private:
     bool pingPong[4] = {false, false, false, false};
 
     int32_t mode = kLumin;
-    Lanes ramp{};
+    Ramps ramp{};
 };
 
 ZV_TOOL(KEffectThreshold, ZV_Threshold, "Threshold", "Zelvarine\\Image Color", "Thr", "");
