@@ -2,6 +2,7 @@
 // through its process on one row of pixels, and the same tool in a flow.
 #pragma once
 #include <gtest/gtest.h>
+#include <cstring>
 #include <memory>
 #include <vector>
 #include "support.h"
@@ -53,5 +54,44 @@ struct Flow : zvtest::ToolFlow {
         return Pixels<P>(*ToolFlow::Render(time));
     }
 };
+
+// A lane effect's rows, run four or eight pixels at a time, must come out as
+// each pixel alone, bit for bit, in both depths and at both lane widths: over
+// greys, ties, primaries, hue sector edges and values outside 0..1.
+inline void ExpectRowsEqualOneAtATime(Tool& t)
+{
+    std::vector<KPixelF> pixels = {
+        {0.4f, 0.4f, 0.4f, 1.0f}, {1.0f, 0.0f, 0.0f, 0.5f}, {0.0f, 1.0f, 0.0f, 1.0f},
+        {0.0f, 0.0f, 1.0f, 0.0f}, {0.7f, 0.7f, 0.2f, 1.0f}, {0.2f, 0.7f, 0.7f, 1.0f},
+        {0.7f, 0.2f, 0.7f, 1.0f}, {-0.5f, 1.75f, 0.3f, 2.0f}, {0.0f, 0.0f, 0.0f, 0.0f},
+        {1.0f, 1.0f, 1.0f, 1.0f}, {1.0f, 0.5f, 0.0f, 1.0f}, {1.0f, 0.0f, 1.0f / 6.0f, 1.0f},
+    };
+    uint32_t seed = 12345;
+    auto next = [&] {
+        seed = seed * 1103515245u + 12345u;
+        return static_cast<float>((seed >> 8) & 0xFFFF) / 52000.0f - 0.1f;
+    };
+    while (pixels.size() < 403) pixels.push_back({next(), next(), next(), next()});
+    std::vector<KPixel> codes;
+    for (const KPixelF& f : pixels) {
+        KPixel p;
+        KToInt(f, p);
+        codes.push_back(p);
+    }
+    for (int width : {8, 4}) {
+        KLimitLaneWidth(width);  // the AVX2 build where the processor has it, then the other
+        const std::vector<KPixelF> row = t.Run(pixels);
+        const std::vector<KPixel> rowInt = t.Run(codes);
+        for (size_t i = 0; i < pixels.size(); ++i) {
+            KPixelF one;
+            t.effect->ProcessColor(one, pixels[i]);
+            KPixel oneInt;
+            t.effect->ProcessColorInt(oneInt, codes[i]);
+            ASSERT_EQ(std::memcmp(&row[i], &one, sizeof one), 0) << "float " << i << " at " << width;
+            ASSERT_EQ(std::memcmp(&rowInt[i], &oneInt, sizeof oneInt), 0) << "int " << i << " at " << width;
+        }
+    }
+    KLimitLaneWidth(8);
+}
 
 }  // namespace zvcolour

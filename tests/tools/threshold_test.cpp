@@ -100,6 +100,20 @@ TEST(ThresholdSources, SelectorLuminanceAndLocks)
     EXPECT_EQ(t.Run(grey).a, 0.0f);
 }
 
+// Each source, both ramp shapes, a hard step and unlocked rows, lanes against one pixel at a time.
+TEST(ThresholdLanes, RowsEqualOneAtATime)
+{
+    ThresholdTool t;
+    for (int32_t source : {4, 5, 0, 3}) {
+        t.Field<int32_t>("ThCh"_id) = source;
+        t.Ramp(0.4f, source == 0 ? 0.0f : 0.3f, 2.5f, source != 5);
+        t.Field<bool>("Inve"_id) = source == 3;
+        t.Field<bool>("ReLo"_id) = source != 5;
+        SCOPED_TRACE(source);
+        ExpectRowsEqualOneAtATime(t);
+    }
+}
+
 TEST(ThresholdChange, LocksShowTheirRows)
 {
     // The host told the tool its locks at creation: only the first row shows.
