@@ -220,8 +220,8 @@ void KLimitLaneWidth(int most);
 namespace klanes {
 
 // A pixel's channels as floats and back: float pixels as they are, integer
-// pixels by the pixel conversion in and through double out, as KLoadFloat and
-// KStoreIntDouble do.
+// pixels by the pixel conversion in (KIntToFloat) and through double out
+// (KFloatToIntDouble).
 inline float In(float v) { return v; }
 inline float In(uint32_t v) { return KIntToFloat(v); }
 inline float In(uint16_t v) { return KIntToFloat(v); }

@@ -58,24 +58,3 @@ inline uint32_t KFloatToIntDouble(float v)
     return static_cast<uint32_t>(static_cast<double>(v) * 65535.0);
 }
 
-#if defined(__SSE2__)
-inline void KStoreIntDouble(KPixel& out, __m128 v)
-{
-    // max gives its second operand for NaN, so NaN clips to 0 as above.
-    v = _mm_min_ps(_mm_max_ps(v, _mm_setzero_ps()), _mm_set1_ps(1.0f));
-    const __m128d scale = _mm_set1_pd(65535.0);
-    const __m128i low = _mm_cvttpd_epi32(_mm_mul_pd(_mm_cvtps_pd(v), scale));
-    const __m128i high = _mm_cvttpd_epi32(_mm_mul_pd(_mm_cvtps_pd(_mm_movehl_ps(v, v)), scale));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(&out.r), _mm_unpacklo_epi64(low, high));
-}
-#endif
-
-inline void KStoreIntDouble(KPixel& out, const KPixelF& in)
-{
-#if defined(__SSE2__)
-    KStoreIntDouble(out, _mm_loadu_ps(&in.r));
-#else
-    out = {KFloatToIntDouble(in.r), KFloatToIntDouble(in.g), KFloatToIntDouble(in.b),
-           KFloatToIntDouble(in.a)};
-#endif
-}
