@@ -48,9 +48,9 @@ template <class V> [[gnu::always_inline]] inline void KHlsToRgb(V m1, V m2, V h,
         const V falling = KSelect(f0, at[0], KSelect(f1, at[1], at[2]));
         fall = KNarrow(KWiden(m2 - m1) * (2.0 / 3.0 - KWiden(falling)) * 6.0 + KWiden(m1));
     }
-    const auto segment = [&](V at) ZV_LANE_INLINE_LAMBDA {
-        return KSelect(at < kSixthAbove, rise,
-                       KSelect(at < 0.5f, m2, KSelect(at < kTwoThirdsAbove, fall, m1)));
+    const auto segment = [&](V x) ZV_LANE_INLINE_LAMBDA {
+        return KSelect(x < kSixthAbove, rise,
+                       KSelect(x < 0.5f, m2, KSelect(x < kTwoThirdsAbove, fall, m1)));
     };
     out[0] = segment(at[0]);
     out[1] = segment(at[1]);
