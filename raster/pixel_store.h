@@ -29,20 +29,12 @@ inline void KStorePixel(KPixel& out, uint32_t r, uint32_t g, uint32_t b, uint32_
 #endif
 }
 
-#if defined(__SSE2__)
-// The pixel conversion to float of one pixel's four channels.
-inline __m128 KLoadFloatLanes(const KPixel& in)
-{
-    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(&in.r));
-    return _mm_mul_ps(_mm_cvtepi32_ps(v), _mm_set1_ps(kIntToFloat));
-}
-#endif
-
 // The pixel conversion to float, all four channels at once.
 inline void KLoadFloat(KPixelF& out, const KPixel& in)
 {
 #if defined(__SSE2__)
-    _mm_storeu_ps(&out.r, KLoadFloatLanes(in));
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(&in.r));
+    _mm_storeu_ps(&out.r, _mm_mul_ps(_mm_cvtepi32_ps(v), _mm_set1_ps(kIntToFloat)));
 #else
     KToFloat(in, out);
 #endif
