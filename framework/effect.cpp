@@ -112,13 +112,15 @@ void KEffectColor::ProcessColorsInt(KPixelW* out, const KPixelW* in, int32_t n)
 }
 
 namespace {
-std::atomic<int> laneLimit{8};
+std::atomic<int> laneLimit{16};
 }
 
 int KLaneWidth()
 {
 #if defined(ZV_LANES)
-    static const int widest = __builtin_cpu_supports("avx2") ? 8 : 4;
+    static const int widest = __builtin_cpu_supports("avx512f") ? 16
+                              : __builtin_cpu_supports("avx2") ? 8
+                                                               : 4;
     return std::min(widest, laneLimit.load(std::memory_order_relaxed));
 #else
     return 1;

@@ -1,4 +1,4 @@
-// Pixels into channel lanes and back, at both widths, against the one-pixel
+// Pixels into channel lanes and back, at every width, against the one-pixel
 // conversions.
 #include <gtest/gtest.h>
 #include <cmath>
@@ -43,20 +43,30 @@ template <class V>
     return codes;
 }
 
+// The wider builds, inlined into code built for AVX2 and AVX-512.
 ZV_AVX2 std::vector<KPixelW> StoreValues8(const std::vector<float>& values)
 {
     return StoreValues<KLanes8>(values);
 }
-
-// The eight-lane builds, inlined into code built for AVX2.
 ZV_AVX2 std::vector<KPixelW> Words8(const std::vector<KPixelW>& pixels)
 {
     return Through<KLanes8>(pixels, [](KLanes8*) {});
 }
-
 ZV_AVX2 std::vector<KPixelF> Floats8(const std::vector<KPixelF>& pixels)
 {
     return Through<KLanes8>(pixels, [](KLanes8*) {});
+}
+ZV_AVX512 ZV_LANE_KERNEL std::vector<KPixelW> StoreValues16(const std::vector<float>& values)
+{
+    return StoreValues<KLanes16>(values);
+}
+ZV_AVX512 ZV_LANE_KERNEL std::vector<KPixelW> Words16(const std::vector<KPixelW>& pixels)
+{
+    return Through<KLanes16>(pixels, [](KLanes16*) {});
+}
+ZV_AVX512 ZV_LANE_KERNEL std::vector<KPixelF> Floats16(const std::vector<KPixelF>& pixels)
+{
+    return Through<KLanes16>(pixels, [](KLanes16*) {});
 }
 
 }  // namespace
@@ -76,9 +86,10 @@ TEST(FrameworkLanes, IntegerStoreTruncatesAsThroughDouble)
         for (int step = 0; step < 4; ++step) v = std::nextafter(v, 0.0f);
         for (int step = 0; step < 8; ++step, v = std::nextafter(v, 2.0f)) values.push_back(v);
     }
-    while (values.size() % 32) values.push_back(0.5f);
+    while (values.size() % 64) values.push_back(0.5f);
     std::vector<std::vector<KPixelW>> runs = {StoreValues<KLanes4>(values)};
-    if (KLaneWidth() == 8) runs.push_back(StoreValues8(values));
+    if (KLaneWidth() >= 8) runs.push_back(StoreValues8(values));
+    if (KLaneWidth() >= 16) runs.push_back(StoreValues16(values));
     for (const auto& codes : runs)
         for (size_t i = 0; i < values.size(); ++i)
             ASSERT_EQ((&codes[i / 4].r)[i % 4], KFloatToIntDouble(values[i])) << values[i];
@@ -86,7 +97,7 @@ TEST(FrameworkLanes, IntegerStoreTruncatesAsThroughDouble)
 
 // Pixels come back as the one-pixel conversions give them, each in its own
 // place: float bit for bit, NaN and signed zeros included, and every integer
-// code through KIntToFloat and KFloatToIntDouble, at both widths.
+// code through KIntToFloat and KFloatToIntDouble, at every width.
 TEST(FrameworkLanes, PixelsComeBackInPlace)
 {
     std::vector<KPixelW> words, wordsBack;
@@ -104,9 +115,13 @@ TEST(FrameworkLanes, PixelsComeBackInPlace)
     };
     EXPECT_TRUE(same(Through<KLanes4>(words, [](KLanes4*) {}), wordsBack));
     EXPECT_TRUE(same(Through<KLanes4>(floats, [](KLanes4*) {}), floats));
-    if (KLaneWidth() == 8) {
+    if (KLaneWidth() >= 8) {
         EXPECT_TRUE(same(Words8(words), wordsBack));
         EXPECT_TRUE(same(Floats8(floats), floats));
+    }
+    if (KLaneWidth() >= 16) {
+        EXPECT_TRUE(same(Words16(words), wordsBack));
+        EXPECT_TRUE(same(Floats16(floats), floats));
     }
     // Channels arrive in their own vectors: doubling red leaves the others.
     const auto doubled = Through<KLanes4>(floats, [](KLanes4* c) { c[0] = c[0] * 2.0f; });

@@ -55,8 +55,8 @@ struct Flow : zvtest::ToolFlow {
     }
 };
 
-// A lane effect's rows, run four or eight pixels at a time, must come out as
-// each pixel alone, bit for bit, in both depths and at both lane widths: over
+// A lane effect's rows, run four, eight or sixteen pixels at a time, must come out as
+// each pixel alone, bit for bit, in both depths and at every lane width: over
 // greys, ties, primaries, hue sector edges and values outside 0..1.
 inline void ExpectRowsEqualOneAtATime(Tool& t)
 {
@@ -78,8 +78,8 @@ inline void ExpectRowsEqualOneAtATime(Tool& t)
         KToInt(f, p);
         codes.push_back(p);
     }
-    for (int width : {8, 4}) {
-        KLimitLaneWidth(width);  // the AVX2 build where the processor has it, then the other
+    for (int width : {16, 8, 4}) {
+        KLimitLaneWidth(width);  // the AVX-512 and AVX2 builds where the processor has them
         const std::vector<KPixelF> row = t.Run(pixels);
         const std::vector<KPixel> rowInt = t.Run(codes);
         for (size_t i = 0; i < pixels.size(); ++i) {
@@ -91,7 +91,7 @@ inline void ExpectRowsEqualOneAtATime(Tool& t)
             ASSERT_EQ(std::memcmp(&rowInt[i], &oneInt, sizeof oneInt), 0) << "int " << i << " at " << width;
         }
     }
-    KLimitLaneWidth(8);
+    KLimitLaneWidth(16);
 }
 
 }  // namespace zvcolour
