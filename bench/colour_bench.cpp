@@ -4,6 +4,8 @@
 //   Invert          ImageBufAlgo::invert
 //   Hue/Saturation  ImageBufAlgo::saturate (an RGB saturation scale)
 //   Threshold       ImageBufAlgo::contrast_remap with black == white (a hard threshold)
+// Hue/Saturation runs again at 8 and 4 lanes, as on processors without AVX-512
+// or AVX2.
 #include <OpenImageIO/imagebuf.h>
 #include <OpenImageIO/imagebufalgo.h>
 #include <memory>
@@ -15,16 +17,20 @@ using namespace zvbench;
 
 namespace {
 
-
-
-
 enum Which { kInvert, kHueSaturation, kThreshold };
 
-void BM_Colour(benchmark::State& state, Which which)
+// At most `lanes` pixels at once, as a processor without the wider registers runs.
+struct LaneLimit {
+    explicit LaneLimit(int lanes) { KLimitLaneWidth(lanes); }
+    ~LaneLimit() { KLimitLaneWidth(32); }
+};
+
+void BM_Colour(benchmark::State& state, Which which, int lanes = 32)
 {
     const bool isFloat = state.range(0) != 0;
     const int threads = static_cast<int>(state.range(1));
     Threads pool(threads);
+    LaneLimit limit(lanes);
     std::unique_ptr<KImage> source(Plate(isFloat));
     KImage* target = source->CreateLike();
     KRenderSettings s;
@@ -73,4 +79,6 @@ void BM_Colour(benchmark::State& state, Which which)
 
 BENCHMARK_CAPTURE(BM_Colour, Invert, kInvert)->Apply(DepthsAndThreads);
 BENCHMARK_CAPTURE(BM_Colour, HueSaturation, kHueSaturation)->Apply(DepthsAndThreads);
+BENCHMARK_CAPTURE(BM_Colour, HueSaturationAt8Lanes, kHueSaturation, 8)->Apply(DepthsAndThreads);
+BENCHMARK_CAPTURE(BM_Colour, HueSaturationAt4Lanes, kHueSaturation, 4)->Apply(DepthsAndThreads);
 BENCHMARK_CAPTURE(BM_Colour, Threshold, kThreshold)->Apply(DepthsAndThreads);

@@ -116,7 +116,7 @@ private:
     template <class P> void Run(P* out, const P* in, int32_t n) const
     {
 #if defined(ZV_LANES)
-        if (KLaneWidth() == 16) return Run16(out, in, n);
+        if (KLaneWidth() == 32) return Run32(out, in, n);
         if (KLaneWidth() == 8) return Run8(out, in, n);
         KEachPixel<KLanes4>(out, in, n, Pixel<kInteger<P>>());
 #else
@@ -128,9 +128,9 @@ private:
     {
         KEachPixel<KLanes8>(out, in, n, Pixel<kInteger<P>>());
     }
-    template <class P> ZV_AVX512 ZV_LANE_KERNEL void Run16(P* out, const P* in, int32_t n) const
+    template <class P> ZV_AVX512 ZV_LANE_KERNEL void Run32(P* out, const P* in, int32_t n) const
     {
-        KEachPixel<KLanes16>(out, in, n, Pixel<kInteger<P>>());
+        KEachPixel<KLanes32>(out, in, n, Pixel<kInteger<P>>());
     }
 #endif
 };

@@ -1,14 +1,14 @@
 // Several pixels at once for colour code written once.
 //
 // Per-pixel arithmetic written as a template over its number type runs on one
-// pixel with `float` and on four or eight with the lanes, giving the same bits:
+// pixel with `float` and on several at once with the lanes, giving the same bits:
 // every operation, comparison and selection below is the IEEE operation the
 // scalar form performs. Branches become selections, so both sides of a choice
 // are computed; a division by zero on the side not taken is harmless.
 //
 // Four lanes fill an SSE register on any x86-64, eight an AVX register in
-// kernels built for AVX2 (ZV_AVX2), sixteen an AVX-512 register in kernels
-// built for it (ZV_AVX512).
+// kernels built for AVX2 (ZV_AVX2), thirty-two fill two AVX-512 registers in
+// kernels built for AVX-512 (ZV_AVX512).
 #pragma once
 #include <algorithm>
 #include <cstdint>
@@ -220,166 +220,197 @@ template <KLaneVector V> ZV_LANE_INLINE void Store(KPixelW* out, V c[4])
 
 }  // namespace klanes
 
-// Sixteen lanes in an AVX-512 register, for kernels built ZV_AVX512. These are
-// classes, not compiler vectors: AVX-512 comparisons give a mask register,
-// and GCC turns compiler-vector comparisons of this width into scalar code
-// when they are written in code built for any x86-64, as kernel templates
-// are. Their operations are built for AVX-512 and reach a kernel through
-// ZV_LANE_KERNEL, which inlines everything into it.
+// Thirty-two lanes in two AVX-512 registers, for kernels built ZV_AVX512. Each
+// operation works on both registers side by side: a kernel is a long chain of
+// dependent steps, and two chains interleaved step by step keep the processor
+// busy where one alone would wait on each step.
+//
+// These are classes, not compiler vectors: AVX-512 comparisons give mask
+// registers, and GCC turns compiler-vector comparisons of this width into
+// scalar code when they are written in code built for any x86-64, as kernel
+// templates are. Their operations are built for AVX-512 and reach a kernel
+// through ZV_LANE_KERNEL, which inlines everything into it.
 #define ZV_AVX512 __attribute__((target("avx512f")))
 #define ZV_LANE_KERNEL __attribute__((flatten))
 #define ZV_AVX512_INLINE ZV_AVX512 inline
+#define ZV_EACH_REGISTER(i, n) _Pragma("GCC unroll 4") for (int i = 0; i < (n); ++i)
 
-struct KLanes16 {
-    __m512 v;
+struct KLanes32 {
+    __m512 v[2];
 };
-struct KMask16 {
-    __mmask16 k;
+struct KMask32 {
+    __mmask16 k[2];
 };
-struct KDoubles16 {
-    __m512d lo, hi;
+struct KDoubles32 {
+    __m512d v[4];  // eight lanes each, in lane order
 };
 
-template <> ZV_AVX512_INLINE KLanes16 KSplat<KLanes16>(float v) { return {_mm512_set1_ps(v)}; }
+template <> ZV_AVX512_INLINE KLanes32 KSplat<KLanes32>(float v)
+{
+    return {{_mm512_set1_ps(v), _mm512_set1_ps(v)}};
+}
 
-#define ZV_LANES16_ARITHMETIC(op, ps, pd)                                                         \
-    ZV_AVX512_INLINE KLanes16 operator op(KLanes16 a, KLanes16 b) { return {ps(a.v, b.v)}; }     \
-    ZV_AVX512_INLINE KLanes16 operator op(KLanes16 a, float b)                                    \
+#define ZV_LANES32_ARITHMETIC(op, ps, pd)                                                         \
+    ZV_AVX512_INLINE KLanes32 operator op(KLanes32 a, KLanes32 b)                                 \
     {                                                                                             \
-        return {ps(a.v, _mm512_set1_ps(b))};                                                      \
+        return {{ps(a.v[0], b.v[0]), ps(a.v[1], b.v[1])}};                                        \
     }                                                                                             \
-    ZV_AVX512_INLINE KLanes16 operator op(float a, KLanes16 b)                                    \
+    ZV_AVX512_INLINE KLanes32 operator op(KLanes32 a, float b) { return a op KSplat<KLanes32>(b); } \
+    ZV_AVX512_INLINE KLanes32 operator op(float a, KLanes32 b) { return KSplat<KLanes32>(a) op b; } \
+    ZV_AVX512_INLINE KDoubles32 operator op(KDoubles32 a, KDoubles32 b)                           \
     {                                                                                             \
-        return {ps(_mm512_set1_ps(a), b.v)};                                                      \
+        ZV_EACH_REGISTER(i, 4) a.v[i] = pd(a.v[i], b.v[i]);                                       \
+        return a;                                                                                 \
     }                                                                                             \
-    ZV_AVX512_INLINE KDoubles16 operator op(KDoubles16 a, KDoubles16 b)                           \
+    ZV_AVX512_INLINE KDoubles32 operator op(KDoubles32 a, double b)                               \
     {                                                                                             \
-        return {pd(a.lo, b.lo), pd(a.hi, b.hi)};                                                  \
+        const __m512d s = _mm512_set1_pd(b);                                                      \
+        return a op KDoubles32{{s, s, s, s}};                                                     \
     }                                                                                             \
-    ZV_AVX512_INLINE KDoubles16 operator op(KDoubles16 a, double b)                               \
+    ZV_AVX512_INLINE KDoubles32 operator op(double a, KDoubles32 b)                               \
     {                                                                                             \
-        return a op KDoubles16{_mm512_set1_pd(b), _mm512_set1_pd(b)};                             \
-    }                                                                                             \
-    ZV_AVX512_INLINE KDoubles16 operator op(double a, KDoubles16 b)                               \
-    {                                                                                             \
-        return KDoubles16{_mm512_set1_pd(a), _mm512_set1_pd(a)} op b;                             \
+        const __m512d s = _mm512_set1_pd(a);                                                      \
+        return KDoubles32{{s, s, s, s}} op b;                                                     \
     }
-ZV_LANES16_ARITHMETIC(+, _mm512_add_ps, _mm512_add_pd)
-ZV_LANES16_ARITHMETIC(-, _mm512_sub_ps, _mm512_sub_pd)
-ZV_LANES16_ARITHMETIC(*, _mm512_mul_ps, _mm512_mul_pd)
-ZV_LANES16_ARITHMETIC(/, _mm512_div_ps, _mm512_div_pd)
-#undef ZV_LANES16_ARITHMETIC
+ZV_LANES32_ARITHMETIC(+, _mm512_add_ps, _mm512_add_pd)
+ZV_LANES32_ARITHMETIC(-, _mm512_sub_ps, _mm512_sub_pd)
+ZV_LANES32_ARITHMETIC(*, _mm512_mul_ps, _mm512_mul_pd)
+ZV_LANES32_ARITHMETIC(/, _mm512_div_ps, _mm512_div_pd)
+#undef ZV_LANES32_ARITHMETIC
 
 // Ordered comparisons, false with NaN, and != true with NaN, as in C.
-#define ZV_LANES16_COMPARISON(op, predicate)                                                      \
-    ZV_AVX512_INLINE KMask16 operator op(KLanes16 a, KLanes16 b)                                  \
+#define ZV_LANES32_COMPARISON(op, predicate)                                                      \
+    ZV_AVX512_INLINE KMask32 operator op(KLanes32 a, KLanes32 b)                                  \
     {                                                                                             \
-        return {_mm512_cmp_ps_mask(a.v, b.v, predicate)};                                         \
+        return {{_mm512_cmp_ps_mask(a.v[0], b.v[0], predicate),                                   \
+                 _mm512_cmp_ps_mask(a.v[1], b.v[1], predicate)}};                                 \
     }                                                                                             \
-    ZV_AVX512_INLINE KMask16 operator op(KLanes16 a, float b) { return a op KSplat<KLanes16>(b); }
-ZV_LANES16_COMPARISON(<, _CMP_LT_OQ)
-ZV_LANES16_COMPARISON(<=, _CMP_LE_OQ)
-ZV_LANES16_COMPARISON(>, _CMP_GT_OQ)
-ZV_LANES16_COMPARISON(>=, _CMP_GE_OQ)
-ZV_LANES16_COMPARISON(==, _CMP_EQ_OQ)
-ZV_LANES16_COMPARISON(!=, _CMP_NEQ_UQ)
-#undef ZV_LANES16_COMPARISON
+    ZV_AVX512_INLINE KMask32 operator op(KLanes32 a, float b) { return a op KSplat<KLanes32>(b); }
+ZV_LANES32_COMPARISON(<, _CMP_LT_OQ)
+ZV_LANES32_COMPARISON(<=, _CMP_LE_OQ)
+ZV_LANES32_COMPARISON(>, _CMP_GT_OQ)
+ZV_LANES32_COMPARISON(>=, _CMP_GE_OQ)
+ZV_LANES32_COMPARISON(==, _CMP_EQ_OQ)
+ZV_LANES32_COMPARISON(!=, _CMP_NEQ_UQ)
+#undef ZV_LANES32_COMPARISON
 
-ZV_AVX512_INLINE KMask16 operator&(KMask16 a, KMask16 b) { return {_kand_mask16(a.k, b.k)}; }
-ZV_AVX512_INLINE KMask16 operator|(KMask16 a, KMask16 b) { return {_kor_mask16(a.k, b.k)}; }
-ZV_AVX512_INLINE KLanes16 operator-(KLanes16 a) { return 0.0f - a; }
-
-ZV_AVX512_INLINE KLanes16 KSelect(KMask16 m, KLanes16 a, KLanes16 b)
+ZV_AVX512_INLINE KMask32 operator&(KMask32 a, KMask32 b)
 {
-    return {_mm512_mask_blend_ps(m.k, b.v, a.v)};
+    return {{_kand_mask16(a.k[0], b.k[0]), _kand_mask16(a.k[1], b.k[1])}};
 }
-ZV_AVX512_INLINE bool KAny(KMask16 m) { return m.k != 0; }
-ZV_AVX512_INLINE KLanes16 KMax(KLanes16 a, KLanes16 b) { return KSelect(a < b, b, a); }
-ZV_AVX512_INLINE KLanes16 KMin(KLanes16 a, KLanes16 b) { return KSelect(b < a, b, a); }
-ZV_AVX512_INLINE KLanes16 KClamp(KLanes16 v, float lo, float hi)
+ZV_AVX512_INLINE KMask32 operator|(KMask32 a, KMask32 b)
 {
-    const KLanes16 l = KSplat<KLanes16>(lo), h = KSplat<KLanes16>(hi);
+    return {{_kor_mask16(a.k[0], b.k[0]), _kor_mask16(a.k[1], b.k[1])}};
+}
+ZV_AVX512_INLINE KLanes32 operator-(KLanes32 a) { return 0.0f - a; }
+
+ZV_AVX512_INLINE KLanes32 KSelect(KMask32 m, KLanes32 a, KLanes32 b)
+{
+    return {{_mm512_mask_blend_ps(m.k[0], b.v[0], a.v[0]),
+             _mm512_mask_blend_ps(m.k[1], b.v[1], a.v[1])}};
+}
+ZV_AVX512_INLINE bool KAny(KMask32 m) { return _kortestz_mask16_u8(m.k[0], m.k[1]) == 0; }
+ZV_AVX512_INLINE KLanes32 KMax(KLanes32 a, KLanes32 b) { return KSelect(a < b, b, a); }
+ZV_AVX512_INLINE KLanes32 KMin(KLanes32 a, KLanes32 b) { return KSelect(b < a, b, a); }
+ZV_AVX512_INLINE KLanes32 KClamp(KLanes32 v, float lo, float hi)
+{
+    const KLanes32 l = KSplat<KLanes32>(lo), h = KSplat<KLanes32>(hi);
     return KSelect(v < l, l, KSelect(h < v, h, v));
 }
-ZV_AVX512_INLINE KLanes16 KTrunc(KLanes16 v)
+ZV_AVX512_INLINE KLanes32 KTrunc(KLanes32 v)
 {
-    const KLanes16 whole = {_mm512_cvtepi32_ps(_mm512_cvttps_epi32(v.v))};
+    KLanes32 whole;
+    ZV_EACH_REGISTER(i, 2) whole.v[i] = _mm512_cvtepi32_ps(_mm512_cvttps_epi32(v.v[i]));
     return KSelect(KSelect(v < 0.0f, -v, v) < 8388608.0f, whole, v);
 }
-ZV_AVX512_INLINE KDoubles16 KWiden(KLanes16 v)
+ZV_AVX512_INLINE KDoubles32 KWiden(KLanes32 v)
 {
-    const __m256 upper = _mm256_castpd_ps(_mm512_extractf64x4_pd(_mm512_castps_pd(v.v), 1));
-    return {_mm512_cvtps_pd(_mm512_castps512_ps256(v.v)), _mm512_cvtps_pd(upper)};
+    KDoubles32 d;
+    ZV_EACH_REGISTER(i, 2) {
+        const __m256 upper = _mm256_castpd_ps(_mm512_extractf64x4_pd(_mm512_castps_pd(v.v[i]), 1));
+        d.v[2 * i] = _mm512_cvtps_pd(_mm512_castps512_ps256(v.v[i]));
+        d.v[2 * i + 1] = _mm512_cvtps_pd(upper);
+    }
+    return d;
 }
-ZV_AVX512_INLINE KLanes16 KNarrow(KDoubles16 v)
+ZV_AVX512_INLINE KLanes32 KNarrow(KDoubles32 d)
 {
-    const __m512d lower = _mm512_castps_pd(_mm512_castps256_ps512(_mm512_cvtpd_ps(v.lo)));
-    return {_mm512_castpd_ps(
-        _mm512_insertf64x4(lower, _mm256_castps_pd(_mm512_cvtpd_ps(v.hi)), 1))};
+    KLanes32 v;
+    ZV_EACH_REGISTER(i, 2) {
+        const __m512d lower = _mm512_castps_pd(_mm512_castps256_ps512(_mm512_cvtpd_ps(d.v[2 * i])));
+        const __m256d upper = _mm256_castps_pd(_mm512_cvtpd_ps(d.v[2 * i + 1]));
+        v.v[i] = _mm512_castpd_ps(_mm512_insertf64x4(lower, upper, 1));
+    }
+    return v;
 }
 
 namespace klanes {
 
 // Sixteen pixels as four registers of four whole pixels, transposed within
-// each 128-bit block: channel lane j of block b holds pixel 4j + b.
+// each 128-bit block: channel lane j of block b holds pixel 4j + b. Each
+// register of the thirty-two lanes takes sixteen pixels so.
 ZV_AVX512_INLINE __m512 PairsOf(__m512 x, __m512 y, bool upper)
 {
     const __m512d u = _mm512_castps_pd(x), w = _mm512_castps_pd(y);
     return _mm512_castpd_ps(upper ? _mm512_unpackhi_pd(u, w) : _mm512_unpacklo_pd(u, w));
 }
-ZV_AVX512_INLINE void Transpose(KLanes16& a, KLanes16& b, KLanes16& c, KLanes16& d)
+ZV_AVX512_INLINE void Transpose(KLanes32 c[4])
 {
-    const __m512 t0 = _mm512_unpacklo_ps(a.v, b.v), t1 = _mm512_unpackhi_ps(a.v, b.v);
-    const __m512 t2 = _mm512_unpacklo_ps(c.v, d.v), t3 = _mm512_unpackhi_ps(c.v, d.v);
-    a.v = PairsOf(t0, t2, false);
-    b.v = PairsOf(t0, t2, true);
-    c.v = PairsOf(t1, t3, false);
-    d.v = PairsOf(t1, t3, true);
+    ZV_EACH_REGISTER(i, 2) {
+        const __m512 t0 = _mm512_unpacklo_ps(c[0].v[i], c[1].v[i]);
+        const __m512 t1 = _mm512_unpackhi_ps(c[0].v[i], c[1].v[i]);
+        const __m512 t2 = _mm512_unpacklo_ps(c[2].v[i], c[3].v[i]);
+        const __m512 t3 = _mm512_unpackhi_ps(c[2].v[i], c[3].v[i]);
+        c[0].v[i] = PairsOf(t0, t2, false);
+        c[1].v[i] = PairsOf(t0, t2, true);
+        c[2].v[i] = PairsOf(t1, t3, false);
+        c[3].v[i] = PairsOf(t1, t3, true);
+    }
 }
 
-ZV_AVX512_INLINE void Load(const KPixelF* in, KLanes16 c[4])
+ZV_AVX512_INLINE void Load(const KPixelF* in, KLanes32 c[4])
 {
-#pragma GCC unroll 4
-    for (int j = 0; j < 4; ++j) c[j].v = _mm512_loadu_ps(&in[4 * j].r);
-    Transpose(c[0], c[1], c[2], c[3]);
+    ZV_EACH_REGISTER(i, 2) ZV_EACH_REGISTER(j, 4) c[j].v[i] = _mm512_loadu_ps(&in[16 * i + 4 * j].r);
+    Transpose(c);
 }
-ZV_AVX512_INLINE void Load(const KPixelW* in, KLanes16 c[4])
+ZV_AVX512_INLINE void Load(const KPixelW* in, KLanes32 c[4])
 {
-#pragma GCC unroll 4
-    for (int j = 0; j < 4; ++j) {
-        const __m256i words = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(&in[4 * j]));
-        c[j].v = _mm512_mul_ps(_mm512_cvtepi32_ps(_mm512_cvtepu16_epi32(words)),
-                               _mm512_set1_ps(kIntToFloat));
+    ZV_EACH_REGISTER(i, 2) ZV_EACH_REGISTER(j, 4) {
+        const __m256i words = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(&in[16 * i + 4 * j]));
+        c[j].v[i] = _mm512_mul_ps(_mm512_cvtepi32_ps(_mm512_cvtepu16_epi32(words)),
+                                  _mm512_set1_ps(kIntToFloat));
     }
-    Transpose(c[0], c[1], c[2], c[3]);
+    Transpose(c);
 }
-ZV_AVX512_INLINE void Store(KPixelF* out, KLanes16 c[4])
+ZV_AVX512_INLINE void Store(KPixelF* out, KLanes32 c[4])
 {
-    Transpose(c[0], c[1], c[2], c[3]);
-#pragma GCC unroll 4
-    for (int j = 0; j < 4; ++j) _mm512_storeu_ps(&out[4 * j].r, c[j].v);
+    Transpose(c);
+    ZV_EACH_REGISTER(i, 2) ZV_EACH_REGISTER(j, 4) _mm512_storeu_ps(&out[16 * i + 4 * j].r, c[j].v[i]);
 }
-ZV_AVX512_INLINE void Store(KPixelW* out, KLanes16 c[4])
+ZV_AVX512_INLINE void Store(KPixelW* out, KLanes32 c[4])
 {
-    Transpose(c[0], c[1], c[2], c[3]);
-#pragma GCC unroll 4
-    for (int j = 0; j < 4; ++j) {
+    Transpose(c);
+    ZV_EACH_REGISTER(j, 4) {
         // Below 0 and NaN give 0, above 1 gives 1.
-        KLanes16 v = KSelect(c[j] > 0.0f, c[j], KSplat<KLanes16>(0.0f));
-        v = KSelect(v < 1.0f, v, KSplat<KLanes16>(1.0f));
-        const KDoubles16 scaled = KWiden(v) * 65535.0;
-        const __m512i codes = _mm512_inserti64x4(
-            _mm512_castsi256_si512(_mm512_cvttpd_epi32(scaled.lo)), _mm512_cvttpd_epi32(scaled.hi), 1);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(&out[4 * j]), _mm512_cvtepi32_epi16(codes));
+        KLanes32 v = KSelect(c[j] > 0.0f, c[j], KSplat<KLanes32>(0.0f));
+        v = KSelect(v < 1.0f, v, KSplat<KLanes32>(1.0f));
+        const KDoubles32 scaled = KWiden(v) * 65535.0;
+        ZV_EACH_REGISTER(i, 2) {
+            const __m512i codes = _mm512_inserti64x4(
+                _mm512_castsi256_si512(_mm512_cvttpd_epi32(scaled.v[2 * i])),
+                _mm512_cvttpd_epi32(scaled.v[2 * i + 1]), 1);
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(&out[16 * i + 4 * j]),
+                                _mm512_cvtepi32_epi16(codes));
+        }
     }
 }
 
 }  // namespace klanes
 #endif
 
-// The most lanes a kernel runs on this processor: 16 with AVX-512, 8 with
-// AVX2, else 4. All give the same bits, which tests check by lowering the
-// limit.
+// The most lanes a kernel runs on this processor, 32 with AVX-512, 8 with
+// AVX2, else 4, and at most the limit set: the widest of these within it.
+// All give the same bits, which tests check by lowering the limit.
 int KLaneWidth();
 void KLimitLaneWidth(int most);
 

@@ -56,17 +56,17 @@ ZV_AVX2 std::vector<KPixelF> Floats8(const std::vector<KPixelF>& pixels)
 {
     return Through<KLanes8>(pixels, [](KLanes8*) {});
 }
-ZV_AVX512 ZV_LANE_KERNEL std::vector<KPixelW> StoreValues16(const std::vector<float>& values)
+ZV_AVX512 ZV_LANE_KERNEL std::vector<KPixelW> StoreValues32(const std::vector<float>& values)
 {
-    return StoreValues<KLanes16>(values);
+    return StoreValues<KLanes32>(values);
 }
-ZV_AVX512 ZV_LANE_KERNEL std::vector<KPixelW> Words16(const std::vector<KPixelW>& pixels)
+ZV_AVX512 ZV_LANE_KERNEL std::vector<KPixelW> Words32(const std::vector<KPixelW>& pixels)
 {
-    return Through<KLanes16>(pixels, [](KLanes16*) {});
+    return Through<KLanes32>(pixels, [](KLanes32*) {});
 }
-ZV_AVX512 ZV_LANE_KERNEL std::vector<KPixelF> Floats16(const std::vector<KPixelF>& pixels)
+ZV_AVX512 ZV_LANE_KERNEL std::vector<KPixelF> Floats32(const std::vector<KPixelF>& pixels)
 {
-    return Through<KLanes16>(pixels, [](KLanes16*) {});
+    return Through<KLanes32>(pixels, [](KLanes32*) {});
 }
 
 }  // namespace
@@ -86,10 +86,10 @@ TEST(FrameworkLanes, IntegerStoreTruncatesAsThroughDouble)
         for (int step = 0; step < 4; ++step) v = std::nextafter(v, 0.0f);
         for (int step = 0; step < 8; ++step, v = std::nextafter(v, 2.0f)) values.push_back(v);
     }
-    while (values.size() % 64) values.push_back(0.5f);
+    while (values.size() % 128) values.push_back(0.5f);
     std::vector<std::vector<KPixelW>> runs = {StoreValues<KLanes4>(values)};
     if (KLaneWidth() >= 8) runs.push_back(StoreValues8(values));
-    if (KLaneWidth() >= 16) runs.push_back(StoreValues16(values));
+    if (KLaneWidth() >= 32) runs.push_back(StoreValues32(values));
     for (const auto& codes : runs)
         for (size_t i = 0; i < values.size(); ++i)
             ASSERT_EQ((&codes[i / 4].r)[i % 4], KFloatToIntDouble(values[i])) << values[i];
@@ -119,9 +119,9 @@ TEST(FrameworkLanes, PixelsComeBackInPlace)
         EXPECT_TRUE(same(Words8(words), wordsBack));
         EXPECT_TRUE(same(Floats8(floats), floats));
     }
-    if (KLaneWidth() >= 16) {
-        EXPECT_TRUE(same(Words16(words), wordsBack));
-        EXPECT_TRUE(same(Floats16(floats), floats));
+    if (KLaneWidth() >= 32) {
+        EXPECT_TRUE(same(Words32(words), wordsBack));
+        EXPECT_TRUE(same(Floats32(floats), floats));
     }
     // Channels arrive in their own vectors: doubling red leaves the others.
     const auto doubled = Through<KLanes4>(floats, [](KLanes4* c) { c[0] = c[0] * 2.0f; });

@@ -55,7 +55,7 @@ struct Flow : zvtest::ToolFlow {
     }
 };
 
-// A lane effect's rows, run four, eight or sixteen pixels at a time, must come out as
+// A lane effect's rows, run four, eight or thirty-two pixels at a time, must come out as
 // each pixel alone, bit for bit, in both depths and at every lane width: over
 // greys, ties, primaries, hue sector edges and values outside 0..1.
 inline void ExpectRowsEqualOneAtATime(Tool& t)
@@ -78,7 +78,7 @@ inline void ExpectRowsEqualOneAtATime(Tool& t)
         KToInt(f, p);
         codes.push_back(p);
     }
-    for (int width : {16, 8, 4}) {
+    for (int width : {32, 8, 4}) {
         KLimitLaneWidth(width);  // the AVX-512 and AVX2 builds where the processor has them
         const std::vector<KPixelF> row = t.Run(pixels);
         const std::vector<KPixel> rowInt = t.Run(codes);
@@ -91,7 +91,7 @@ inline void ExpectRowsEqualOneAtATime(Tool& t)
             ASSERT_EQ(std::memcmp(&rowInt[i], &oneInt, sizeof oneInt), 0) << "int " << i << " at " << width;
         }
     }
-    KLimitLaneWidth(16);
+    KLimitLaneWidth(32);
 }
 
 }  // namespace zvcolour

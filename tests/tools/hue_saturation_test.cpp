@@ -93,7 +93,7 @@ TEST(HueSaturationColour, HueTurnColorizeAndAlpha)
     EXPECT_EQ(i.a, 65535u);  // clipped
 }
 
-// Rows run four, eight or sixteen pixels at a time; each must come out as the same pixel alone.
+// Rows run four, eight or thirty-two pixels at a time; each must come out as the same pixel alone.
 TEST(HueSaturationLanes, RowsEqualOneAtATime)
 {
     struct Setting {
