@@ -22,10 +22,10 @@ enum Which { kInvert, kHueSaturation, kThreshold };
 // At most `lanes` pixels at once, as a processor without the wider registers runs.
 struct LaneLimit {
     explicit LaneLimit(int lanes) { KLimitLaneWidth(lanes); }
-    ~LaneLimit() { KLimitLaneWidth(32); }
+    ~LaneLimit() { KLimitLaneWidth(kLaneWidthMost); }
 };
 
-void BM_Colour(benchmark::State& state, Which which, int lanes = 32)
+void BM_Colour(benchmark::State& state, Which which, int lanes = kLaneWidthMost)
 {
     const bool isFloat = state.range(0) != 0;
     const int threads = static_cast<int>(state.range(1));

@@ -112,17 +112,17 @@ void KEffectColor::ProcessColorsInt(KPixelW* out, const KPixelW* in, int32_t n)
 }
 
 namespace {
-std::atomic<int> laneLimit{32};
+std::atomic<int> laneLimit{kLaneWidthMost};
 }
 
 int KLaneWidth()
 {
 #if defined(ZV_LANES)
-    static const int widest = __builtin_cpu_supports("avx512f") ? 32
+    static const int widest = __builtin_cpu_supports("avx512f") ? kLaneWidthMost
                               : __builtin_cpu_supports("avx2") ? 8
                                                                : 4;
     const int most = std::min(widest, laneLimit.load(std::memory_order_relaxed));
-    return most >= 32 ? 32 : most >= 8 ? 8 : 4;
+    return most >= kLaneWidthMost ? kLaneWidthMost : most >= 8 ? 8 : 4;
 #else
     return 1;
 #endif

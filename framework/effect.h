@@ -90,8 +90,8 @@ public:
 
 // A colour effect written once as `template <bool Integer, class V> void
 // Adjust(V r, V g, V b, V a, V out[4]) const` over float and the lanes
-// (framework/lanes.h): one pixel, or four or eight at a time, with the same
-// bits. Integer says the channels came from integer pixels, for an effect
+// (framework/lanes.h): one pixel, or as many at a time as the processor's
+// lanes take, with the same bits. Integer says the channels came from integer pixels, for an effect
 // whose integer operation rounds its own way.
 template <class E> class KEffectColorLanes : public KEffectColor {
 public:
@@ -116,9 +116,11 @@ private:
     template <class P> void Run(P* out, const P* in, int32_t n) const
     {
 #if defined(ZV_LANES)
-        if (KLaneWidth() == 32) return Run32(out, in, n);
-        if (KLaneWidth() == 8) return Run8(out, in, n);
-        KEachPixel<KLanes4>(out, in, n, Pixel<kInteger<P>>());
+        switch (KLaneWidth()) {
+        case 32: return Run32(out, in, n);
+        case 8: return Run8(out, in, n);
+        default: return KEachPixel<KLanes4>(out, in, n, Pixel<kInteger<P>>());
+        }
 #else
         KEachPixel<float>(out, in, n, Pixel<kInteger<P>>());
 #endif

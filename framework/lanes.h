@@ -411,6 +411,10 @@ ZV_AVX512_INLINE void Store(KPixelW* out, KLanes32 c[4])
 // The most lanes a kernel runs on this processor, 32 with AVX-512, 8 with
 // AVX2, else 4, and at most the limit set: the widest of these within it.
 // All give the same bits, which tests check by lowering the limit.
+constexpr int kLaneWidthMost = 32;  // the widest build, and the limit until one is set
+#if defined(ZV_LANES)
+static_assert(kLaneCount<KLanes32> == kLaneWidthMost);
+#endif
 int KLaneWidth();
 void KLimitLaneWidth(int most);
 

@@ -91,7 +91,7 @@ inline void ExpectRowsEqualOneAtATime(Tool& t)
             ASSERT_EQ(std::memcmp(&rowInt[i], &oneInt, sizeof oneInt), 0) << "int " << i << " at " << width;
         }
     }
-    KLimitLaneWidth(32);
+    KLimitLaneWidth(kLaneWidthMost);
 }
 
 }  // namespace zvcolour
