@@ -3,17 +3,19 @@
 BUILD ?= build
 JOBS ?= 2
 
-.PHONY: all deps configure build test demo bench catalogue clean
+.PHONY: all deps configure build test demo bench catalogue fresh-check clean
 
 all: build
 
 deps:
 	@sh scripts/install-deps.sh
 
-$(BUILD)/CMakeCache.txt:
+# The generated Makefile, not the cache, marks a finished configure: a configure
+# that failed leaves a cache behind, and the next make must try again.
+$(BUILD)/Makefile:
 	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo
 
-configure: deps $(BUILD)/CMakeCache.txt
+configure: deps $(BUILD)/Makefile
 
 build: configure
 	cmake --build $(BUILD) -j $(JOBS)
@@ -31,6 +33,11 @@ catalogue: build
 
 bench: build
 	$(BUILD)/bench/zelvarine_bench --benchmark_counters_tabular=true
+
+# Slow (a Debian root is built and everything compiled in it): run before
+# landing a change to the dependencies or the build.
+fresh-check:
+	sh scripts/fresh-check.sh
 
 clean:
 	rm -rf $(BUILD) out

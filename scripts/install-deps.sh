@@ -2,8 +2,10 @@
 # Installs the Debian packages the build needs, only those missing.
 set -eu
 
+# openimageio-tools: Debian's OpenImageIO CMake package exports its command-line
+# tools as imported targets, and configuring fails when they are not installed.
 PACKAGES="g++ cmake make pkg-config ccache libtbb-dev libgtest-dev libbenchmark-dev
-    libopenimageio-dev nlohmann-json3-dev libcli11-dev"
+    libopenimageio-dev openimageio-tools nlohmann-json3-dev libcli11-dev"
 
 missing=""
 for p in $PACKAGES; do
