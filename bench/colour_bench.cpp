@@ -10,6 +10,7 @@
 #include <OpenImageIO/imagebufalgo.h>
 #include <memory>
 #include "bridge/operator.h"
+#include "framework/lanes.h"
 #include "framework/process.h"
 #include "support.h"
 

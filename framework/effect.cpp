@@ -1,7 +1,7 @@
 #include "framework/effect.h"
 #include <algorithm>
-#include <atomic>
 #include <cstring>
+#include <stdexcept>
 #include "raster/image.h"
 
 bool KEffect::HasFeature(int32_t) { return false; }
@@ -111,25 +111,6 @@ void KEffectColor::ProcessColorsInt(KPixelW* out, const KPixelW* in, int32_t n)
     }
 }
 
-namespace {
-std::atomic<int> laneLimit{kLaneWidthMost};
-}
-
-int KLaneWidth()
-{
-#if defined(ZV_LANES)
-    static const int widest = __builtin_cpu_supports("avx512f") ? kLaneWidthMost
-                              : __builtin_cpu_supports("avx2") ? 8
-                                                               : 4;
-    const int most = std::min(widest, laneLimit.load(std::memory_order_relaxed));
-    return most >= kLaneWidthMost ? kLaneWidthMost : most >= 8 ? 8 : 4;
-#else
-    return 1;
-#endif
-}
-
-void KLimitLaneWidth(int most) { laneLimit = most; }
-
 void KEffectPixel::ProcessPixel(KPixel& out, int32_t x, int32_t y, KImage* image)
 {
     KPixelF f;
@@ -166,8 +147,11 @@ void KEffectPosition::ProcessPositionInt(KPositionPixelInt& out, const KPosition
     std::memcpy(out.extra, in.extra, sizeof out.extra);
 }
 
-void KEffectImageShape::ProcessJob(int32_t, int32_t, KImage*, KImage*)
+void KEffectImageShape::ProcessJob(int32_t, int32_t, KImage*, KImage*) { KShapeDrawingMissing(); }
+
+void KShapeDrawingMissing()
 {
-    // Drawing needs the shape value; with no shapes there is nothing to draw.
-    GetShapes();
+    // A tool built on this family would otherwise hand back its input and
+    // look as if it had drawn.
+    throw std::logic_error("drawing shapes over an image is not available in this build");
 }

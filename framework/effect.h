@@ -4,7 +4,6 @@
 #include <cstdint>
 #include "framework/message.h"
 #include "framework/parameter.h"
-#include "framework/lanes.h"
 #include "framework/settings.h"
 #include "raster/pixel.h"
 
@@ -88,55 +87,6 @@ public:
     virtual void ProcessColorsInt(KPixelW* out, const KPixelW* in, int32_t n);
 };
 
-// A colour effect written once as `template <bool Integer, class V> void
-// Adjust(V r, V g, V b, V a, V out[4]) const` over float and the lanes
-// (framework/lanes.h): one pixel, or as many at a time as the processor's
-// lanes take, with the same bits. Integer says the channels came from integer pixels, for an effect
-// whose integer operation rounds its own way.
-template <class E> class KEffectColorLanes : public KEffectColor {
-public:
-    void ProcessColor(KPixelF& out, const KPixelF& in) override
-    {
-        KEachPixel<float>(&out, &in, 1, Pixel<false>());
-    }
-    void ProcessColorInt(KPixel& out, const KPixel& in) override
-    {
-        KEachPixel<float>(&out, &in, 1, Pixel<true>());
-    }
-    void ProcessColors(KPixelF* out, const KPixelF* in, int32_t n) override { Run(out, in, n); }
-    void ProcessColorsInt(KPixelW* out, const KPixelW* in, int32_t n) override { Run(out, in, n); }
-
-private:
-    template <bool Integer> auto Pixel() const
-    {
-        return [e = static_cast<const E*>(this)](auto r, auto g, auto b, auto a, auto* o)
-                   ZV_LANE_INLINE_LAMBDA { e->template Adjust<Integer>(r, g, b, a, o); };
-    }
-    template <class P> static constexpr bool kInteger = !std::is_same_v<P, KPixelF>;
-    template <class P> void Run(P* out, const P* in, int32_t n) const
-    {
-#if defined(ZV_LANES)
-        switch (KLaneWidth()) {
-        case 32: return Run32(out, in, n);
-        case 8: return Run8(out, in, n);
-        default: return KEachPixel<KLanes4>(out, in, n, Pixel<kInteger<P>>());
-        }
-#else
-        KEachPixel<float>(out, in, n, Pixel<kInteger<P>>());
-#endif
-    }
-#if defined(ZV_LANES)
-    template <class P> ZV_AVX2 void Run8(P* out, const P* in, int32_t n) const
-    {
-        KEachPixel<KLanes8>(out, in, n, Pixel<kInteger<P>>());
-    }
-    template <class P> ZV_AVX512 ZV_LANE_KERNEL void Run32(P* out, const P* in, int32_t n) const
-    {
-        KEachPixel<KLanes32>(out, in, n, Pixel<kInteger<P>>());
-    }
-#endif
-};
-
 class KEffectPixel : public KEffectImage {
 public:
     int32_t GetFamily() override { return kFamilyPixel; }
@@ -171,7 +121,7 @@ public:
 };
 
 // Shapes drawn over an image. The shape render state arrives with the shape
-// value; until then the job draws nothing and GetShapes gives none.
+// value; until then a render of this family throws (KShapeDrawingMissing).
 class KShapeList;
 class KEffectImageShape : public KEffectThreads {
 public:
@@ -184,6 +134,8 @@ public:
     float offset = 0.0f;
     KRange2 wireRange;
 };
+
+[[noreturn]] void KShapeDrawingMissing();
 
 // The non-image families: their tools compute a value in place of a process.
 class KEffectNumber : public KEffect {

@@ -5,6 +5,7 @@
 #include <thread>
 #include <vector>
 #include "framework/numeric.h"
+#include "framework/color_lanes.h"
 
 namespace {
 

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 #include <vector>
+#include "framework/lanes.h"
 #include "support.h"
 
 namespace zvcolour {
