@@ -1,10 +1,8 @@
 // The host operator classes: thin forwarders that own a tool's effect and its
-// KTool. A tool's source file registers its class with one line:
-//
-//   ZV_TOOL(KEffectInvert, ZV_Invert, "Invert", "Zelvarine\\Image Color", "Inv", "");
-//
-// and a source tool (one that makes its image from nothing) with ZV_SOURCE_TOOL.
+// KTool. Tools register with ZV_TOOL (framework/registration.h); the bridge
+// makes one of these for each.
 #pragma once
+#include <memory>
 #include <string>
 #include "bridge/tool.h"
 #include "host/operator.h"
@@ -12,12 +10,14 @@
 
 template <class Base> class ZV_Operator : public Base {
 public:
-    explicit ZV_Operator(KEffect* made) : effect(made) { tool.Build(this, effect); }
+    explicit ZV_Operator(std::unique_ptr<KEffect> made) : effect(std::move(made))
+    {
+        tool.Build(this, effect.get());
+    }
     ~ZV_Operator() override
     {
         tool.Cleanup();
         tool.effect = nullptr;
-        delete effect;
     }
 
     void CheckRequest(host::Request& request) override
@@ -53,43 +53,14 @@ public:
     }
     void MultiProcess(int job) override { tool.DoJob(job); }
 
-    KEffect* Effect() const { return effect; }
+    KEffect* Effect() const { return effect.get(); }
     KTool& Tool() { return tool; }
 
 private:
+    // Declared first so that the effect outlives the tool's cleanup.
+    std::unique_ptr<KEffect> effect;
     KTool tool;
-    KEffect* effect;
 };
 
 using ZV_ThreadedOperator = ZV_Operator<host::ThreadedOperator>;
 using ZV_SourceOperator = ZV_Operator<host::SourceOperator>;
-
-// Registers an operator class with the host's registry; returns true.
-template <class Operator>
-bool KRegisterTool(const char* className, const char* base, const char* name,
-                   const char* category, const char* shortName, const char* help)
-{
-    host::Registration r;
-    r.creator = [] { return static_cast<host::Operator*>(new Operator); };
-    r.baseClass = base;
-    r.className = className;
-    r.name = name;
-    r.category = category;
-    r.shortName = shortName;
-    r.help = help;
-    host::Registry::Get().Register(std::move(r));
-    return true;
-}
-
-#define ZV_DEFINE_TOOL(Effect, ClassName, Base, Name, Category, Short, Help)                  \
-    class ClassName : public Base {                                                           \
-    public:                                                                                   \
-        ClassName() : Base(new Effect) {}                                                     \
-    };                                                                                        \
-    [[maybe_unused]] static const bool ClassName##Registered =                                \
-        KRegisterTool<ClassName>(#ClassName, #Base, Name, Category, Short, Help)
-
-#define ZV_TOOL(Effect, ClassName, Name, Category, Short, Help) \
-    ZV_DEFINE_TOOL(Effect, ClassName, ZV_ThreadedOperator, Name, Category, Short, Help)
-#define ZV_SOURCE_TOOL(Effect, ClassName, Name, Category, Short, Help) \
-    ZV_DEFINE_TOOL(Effect, ClassName, ZV_SourceOperator, Name, Category, Short, Help)

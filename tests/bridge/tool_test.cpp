@@ -56,12 +56,7 @@ host::Registration Local(const char* name)
     host::Registration r;
     r.className = name;
     r.name = name;
-    r.creator = [] {
-        struct Op : Base {
-            Op() : Base(new Effect) {}
-        };
-        return static_cast<host::Operator*>(new Op);
-    };
+    r.creator = [] { return static_cast<host::Operator*>(new Base(std::make_unique<Effect>())); };
     return r;
 }
 

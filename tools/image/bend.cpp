@@ -4,9 +4,9 @@
 // Source Start - Source End.
 #include <algorithm>
 #include <cmath>
-#include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/geometry.h"
+#include "framework/registration.h"
 
 class KEffectBend : public KEffectWarp {
 public:
@@ -142,4 +142,4 @@ private:
     Matrix3f source;
 };
 
-ZV_TOOL(KEffectBend, ZV_Bend, "Bend", "Zelvarine\\Image Warp", "Bnd", "");
+ZV_TOOL(KEffectBend, ZV_Bend);

@@ -3,9 +3,9 @@
 // inverse-power fields, as metaballs do.
 #include <algorithm>
 #include <cmath>
-#include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/numeric.h"
+#include "framework/registration.h"
 
 class KEffectBlobs : public KEffectPosition {
 public:
@@ -175,4 +175,4 @@ private:
     uint32_t colorI[4] = {};
 };
 
-ZV_SOURCE_TOOL(KEffectBlobs, ZV_Blobs, "Blobs", "Zelvarine\\Image Create", "Blb", "");
+ZV_TOOL(KEffectBlobs, ZV_Blobs);

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 #include "raster/image.h"
 
 class KEffectContour : public KEffectPosition {
@@ -152,4 +152,4 @@ private:
     float xScale = 1.0f, yScale = 1.0f, halfX = 0.0f, halfY = 0.0f;
 };
 
-ZV_TOOL(KEffectContour, ZV_Contour, "Contour", "Zelvarine\\Image Position", "Ctr", "");
+ZV_TOOL(KEffectContour, ZV_Contour);

@@ -3,9 +3,9 @@
 // other half stays, and the two meet on the line through Center.
 #include <algorithm>
 #include <cmath>
-#include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/geometry.h"
+#include "framework/registration.h"
 
 class KEffectDirectionalScale : public KEffectWarp {
 public:
@@ -54,5 +54,4 @@ private:
     HalfPlaneMap map;
 };
 
-ZV_TOOL(KEffectDirectionalScale, ZV_DirectionalScale, "Directional Scale", "Zelvarine\\Image Warp",
-        "DSc", "");
+ZV_TOOL(KEffectDirectionalScale, ZV_DirectionalScale);

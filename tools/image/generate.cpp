@@ -3,8 +3,8 @@
 // of centre, rotation and scale. Items that begin with "- " name patterns
 // without an algorithm of their own; they draw Concrete.
 #include <cmath>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 #include "raster/image.h"
 #include "tools/image/noise_functions.h"
 
@@ -372,5 +372,4 @@ private:
     int32_t shownType = 0;
 };
 
-ZV_TOOL(KEffectGenerate, ZV_Generate, "Generate", "Zelvarine\\Image Create", "Gen",
-        "Generate noise patterns and such");
+ZV_TOOL(KEffectGenerate, ZV_Generate);

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 #include "raster/image.h"
 
 class KEffectGradient : public KEffectPosition {
@@ -203,4 +203,4 @@ private:
     int32_t extraCount = 0;
 };
 
-ZV_TOOL(KEffectGradient, ZV_Gradient, "Gradient", "Zelvarine\\Image Position", "Gra", "");
+ZV_TOOL(KEffectGradient, ZV_Gradient);

@@ -1,9 +1,9 @@
 // Hue/Saturation: shifts hue and scales and offsets saturation and lightness
 // in HLS, or colorizes with one hue. The lightness offset reaches alpha too.
 #include <algorithm>
-#include "bridge/operator.h"
-#include "framework/effect.h"
+#include "framework/color_lanes.h"
 #include "framework/numeric.h"
+#include "framework/registration.h"
 
 class KEffectHueSaturation : public KEffectColorLanes<KEffectHueSaturation> {
 public:
@@ -69,5 +69,4 @@ private:
     bool colorize = false;
 };
 
-ZV_TOOL(KEffectHueSaturation, ZV_HueSaturation, "Hue/Saturation", "Zelvarine\\Image Color", "HSL",
-        "");
+ZV_TOOL(KEffectHueSaturation, ZV_HueSaturation);

@@ -3,8 +3,8 @@
 // The float path does not clip; the integer path clips and its divisions by
 // three truncate.
 #include <algorithm>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 #include "raster/pixel_store.h"
 
 class KEffectInvert : public KEffectColor {
@@ -88,4 +88,4 @@ private:
     int32_t type = 0;
 };
 
-ZV_TOOL(KEffectInvert, ZV_Invert, "Invert", "Zelvarine\\Image Color", "Inv", "");
+ZV_TOOL(KEffectInvert, ZV_Invert);

@@ -4,9 +4,9 @@
 // Center into wedges of the view angle, and into rings of Radius.
 #include <algorithm>
 #include <cmath>
-#include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/geometry.h"
+#include "framework/registration.h"
 
 class KEffectKaleidoscope : public KEffectWarp {
 public:
@@ -133,4 +133,4 @@ private:
     float view = 1.0f, triangleHeight = 0.0f;
 };
 
-ZV_TOOL(KEffectKaleidoscope, ZV_Kaleidoscope, "Kaleidoscope", "Zelvarine\\Image Warp", "Kal", "");
+ZV_TOOL(KEffectKaleidoscope, ZV_Kaleidoscope);

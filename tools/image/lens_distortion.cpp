@@ -1,9 +1,9 @@
 // Lens Distortion: radial distortion about Center by the polynomial
 // f = (Kappa 2 r^2 + Kappa 1) r^2 + 1 / Scale; "Restore" divides by it instead.
 #include <algorithm>
-#include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/geometry.h"
+#include "framework/registration.h"
 
 class KEffectLensDistortion : public KEffectWarp {
 public:
@@ -57,5 +57,4 @@ private:
     float inverseScale = 1.0f;
 };
 
-ZV_TOOL(KEffectLensDistortion, ZV_LensDistortion, "Lens Distortion", "Zelvarine\\Image Warp", "Lns",
-        "");
+ZV_TOOL(KEffectLensDistortion, ZV_LensDistortion);

@@ -5,8 +5,8 @@
 // it clears alpha; the integer path reads a table and always keeps alpha.
 #include <algorithm>
 #include <cmath>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 #include "raster/pixel_store.h"
 
 class KEffectMatchColor : public KEffectColor {
@@ -152,4 +152,4 @@ private:
     Entry* table = nullptr;
 };
 
-ZV_TOOL(KEffectMatchColor, ZV_MatchColor, "Match Color", "Zelvarine\\Image Color", "MaC", "");
+ZV_TOOL(KEffectMatchColor, ZV_MatchColor);

@@ -3,9 +3,9 @@
 // points away from is kept, and the other side shows its reflection.
 #include <algorithm>
 #include <cmath>
-#include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/geometry.h"
+#include "framework/registration.h"
 
 class KEffectMirror : public KEffectWarp {
 public:
@@ -54,4 +54,4 @@ private:
     HalfPlaneMap map;
 };
 
-ZV_TOOL(KEffectMirror, ZV_Mirror, "Mirror", "Zelvarine\\Image Warp", "Mir", "");
+ZV_TOOL(KEffectMirror, ZV_Mirror);

@@ -3,9 +3,9 @@
 // so a cell keeps its colour whichever thread renders it.
 #include <cmath>
 #include <string>
-#include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/numeric.h"
+#include "framework/registration.h"
 #include "raster/image.h"
 
 namespace {
@@ -190,4 +190,4 @@ private:
     int32_t shownBase = 0, shownCount = 3, shownColors = 0;
 };
 
-ZV_TOOL(KEffectNoise, ZV_Noise, "Noise", "Zelvarine\\Image Pixel", "Nse", "");
+ZV_TOOL(KEffectNoise, ZV_Noise);

@@ -2,8 +2,8 @@
 // moves the picture by the Offset Black values, white by Offset White, and the
 // shades between in proportion. Without a map the picture passes unchanged.
 #include <algorithm>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 #include "raster/image.h"
 
 class KEffectOffset : public KEffectWarp {
@@ -65,4 +65,4 @@ private:
     float mapWidth = 0.0f, mapHeight = 0.0f;
 };
 
-ZV_TOOL(KEffectOffset, ZV_Offset, "Offset", "Zelvarine\\Image Warp", "Off", "");
+ZV_TOOL(KEffectOffset, ZV_Offset);

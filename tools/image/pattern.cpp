@@ -1,8 +1,8 @@
 // Pattern: a grid, triangle or honeycomb lattice of lines and fills, made
 // from nothing. Each pixel is told which of four colours it takes.
 #include <cmath>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 
 class KEffectPattern : public KEffectPosition {
 public:
@@ -174,4 +174,4 @@ private:
     uint32_t paintI[4][4] = {};
 };
 
-ZV_SOURCE_TOOL(KEffectPattern, ZV_Pattern, "Pattern", "Zelvarine\\Image Create", "Pat", "");
+ZV_TOOL(KEffectPattern, ZV_Pattern);

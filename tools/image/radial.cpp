@@ -1,9 +1,9 @@
 // Radial: pushes the picture away from Center, or pulls it in, by the same
 // distance everywhere; a positive offset opens a hole of that radius.
 #include <algorithm>
-#include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/geometry.h"
+#include "framework/registration.h"
 
 class KEffectRadial : public KEffectWarp {
 public:
@@ -38,4 +38,4 @@ private:
     Vector2f c;
 };
 
-ZV_TOOL(KEffectRadial, ZV_Radial, "Radial", "Zelvarine\\Image Warp", "Radi", "");
+ZV_TOOL(KEffectRadial, ZV_Radial);

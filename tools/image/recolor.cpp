@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 #include "raster/pixel_store.h"
 
 class KEffectRecolor : public KEffectColor {
@@ -90,4 +90,4 @@ private:
     int32_t pairs = 3;
 };
 
-ZV_TOOL(KEffectRecolor, ZV_Recolor, "Recolor", "Zelvarine\\Image Color", "ReCo", "");
+ZV_TOOL(KEffectRecolor, ZV_Recolor);

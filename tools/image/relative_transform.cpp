@@ -3,9 +3,9 @@
 // lies in the range, or at their weighted centre. Center moves the result.
 #include <algorithm>
 #include <cmath>
-#include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/geometry.h"
+#include "framework/registration.h"
 #include "raster/image.h"
 
 class KEffectRelativeTransform : public KEffectWarp {
@@ -107,5 +107,4 @@ private:
     Matrix3f matrix;
 };
 
-ZV_TOOL(KEffectRelativeTransform, ZV_RelativeTransform, "Relative Transform",
-        "Zelvarine\\Image Warp", "RXf", "");
+ZV_TOOL(KEffectRelativeTransform, ZV_RelativeTransform);

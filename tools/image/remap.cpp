@@ -3,8 +3,8 @@
 // types leave the picture alone.
 #include <algorithm>
 #include <cmath>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 
 class KEffectRemap : public KEffectWarp {
 public:
@@ -115,4 +115,4 @@ private:
     float turn[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
 };
 
-ZV_TOOL(KEffectRemap, ZV_Remap, "Remap", "Zelvarine\\Image Warp", "RMp", "");
+ZV_TOOL(KEffectRemap, ZV_Remap);

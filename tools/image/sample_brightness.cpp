@@ -1,7 +1,7 @@
 // Sample Brightness: the host's own example, and the model a new tool copies.
 // Multiplies red, green and blue by "Brightness"; alpha passes.
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 
 class KEffectSampleBrightness : public KEffectColor {
 public:
@@ -36,4 +36,4 @@ private:
     float brightness = 1.0f;
 };
 
-ZV_TOOL(KEffectSampleBrightness, Sample_Brightness, "Sample Brightness", "Samples", "S_1", "");
+ZV_TOOL(KEffectSampleBrightness, Sample_Brightness);

@@ -3,9 +3,9 @@
 // the cell's own middle.
 #include <algorithm>
 #include <cmath>
-#include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/geometry.h"
+#include "framework/registration.h"
 
 class KEffectSegmentTransform : public KEffectWarp {
 public:
@@ -78,5 +78,4 @@ private:
     float cellMatrix[2][2] = {{1, 0}, {0, 1}};
 };
 
-ZV_TOOL(KEffectSegmentTransform, ZV_SegmentTransform, "Segment Transform",
-        "Zelvarine\\Image Warp", "SXf", "");
+ZV_TOOL(KEffectSegmentTransform, ZV_SegmentTransform);

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 #include "raster/image.h"
 
 class KEffectShadeBySample : public KEffectPosition {
@@ -136,5 +136,4 @@ private:
     float mapWidth = 1.0f, mapHeight = 1.0f;
 };
 
-ZV_TOOL(KEffectShadeBySample, ZV_ShadeBySample, "Shade By Sample", "Zelvarine\\Image Position",
-        "Samp", "");
+ZV_TOOL(KEffectShadeBySample, ZV_ShadeBySample);

@@ -3,9 +3,9 @@
 // the half behind the line only follows Center.
 #include <algorithm>
 #include <cmath>
-#include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/geometry.h"
+#include "framework/registration.h"
 
 class KEffectShear : public KEffectWarp {
 public:
@@ -83,4 +83,4 @@ private:
     Vector2f normal{0.0f, 1.0f}, origin, offset;
 };
 
-ZV_TOOL(KEffectShear, ZV_Shear, "Shear", "Zelvarine\\Image Warp", "Shr", "");
+ZV_TOOL(KEffectShear, ZV_Shear);

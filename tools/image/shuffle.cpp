@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <cmath>
 #include <vector>
-#include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/numeric.h"
+#include "framework/registration.h"
 
 class KEffectShuffle : public KEffectWarp {
 public:
@@ -99,4 +99,4 @@ private:
     float cellsX = 1.0f, cellsY = 1.0f, cellW = 1.0f, cellH = 1.0f;
 };
 
-ZV_TOOL(KEffectShuffle, ZV_Shuffle, "Shuffle", "Zelvarine\\Image Warp", "Shf", "");
+ZV_TOOL(KEffectShuffle, ZV_Shuffle);

@@ -1,8 +1,8 @@
 // Color: replaces the image with one colour or combines it with the pixels.
 // All four components are treated alike, alpha included.
 #include <algorithm>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 #include "raster/pixel_store.h"
 
 class KEffectSolid : public KEffectColor {
@@ -74,4 +74,4 @@ private:
     uint32_t colorInt[4] = {65535, 65535, 65535, 65535};
 };
 
-ZV_TOOL(KEffectSolid, ZV_Color, "Color", "Zelvarine\\Image Color", "Col", "");
+ZV_TOOL(KEffectSolid, ZV_Color);

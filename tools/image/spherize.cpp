@@ -2,8 +2,8 @@
 // inside a circle, a band or a rectangle about Center.
 #include <algorithm>
 #include <cmath>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 
 class KEffectSpherize : public KEffectWarp {
 public:
@@ -84,4 +84,4 @@ private:
     KPosition middle;
 };
 
-ZV_TOOL(KEffectSpherize, ZV_Spherize, "Spherize", "Zelvarine\\Image Warp", "Sph", "");
+ZV_TOOL(KEffectSpherize, ZV_Spherize);

@@ -2,9 +2,9 @@
 // the picture along it; beyond either end the picture only moves and turns
 // with that end.
 #include <cmath>
-#include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/geometry.h"
+#include "framework/registration.h"
 
 class KEffectStretch : public KEffectWarp {
 public:
@@ -86,4 +86,4 @@ private:
     Vector2f destOrigin, destAxis;
 };
 
-ZV_TOOL(KEffectStretch, ZV_Stretch, "Stretch", "Zelvarine\\Image Warp", "Str", "");
+ZV_TOOL(KEffectStretch, ZV_Stretch);

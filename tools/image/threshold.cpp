@@ -3,8 +3,8 @@
 // as a saw or fold back and forth (ping-pong). Locks share the first
 // channel's settings with the other three.
 #include <cmath>
-#include "bridge/operator.h"
-#include "framework/effect.h"
+#include "framework/color_lanes.h"
+#include "framework/registration.h"
 
 class KEffectThreshold : public KEffectColorLanes<KEffectThreshold> {
 public:
@@ -169,4 +169,4 @@ private:
     Ramps ramp{};
 };
 
-ZV_TOOL(KEffectThreshold, ZV_Threshold, "Threshold", "Zelvarine\\Image Color", "Thr", "");
+ZV_TOOL(KEffectThreshold, ZV_Threshold);

@@ -1,9 +1,9 @@
 // Transform: moves, turns and sizes the picture about an axis point.
 // Center is an offset from the middle of the picture, Axis the pivot.
 #include <algorithm>
-#include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/geometry.h"
+#include "framework/registration.h"
 
 class KEffectTransform : public KEffectWarp {
 public:
@@ -56,4 +56,4 @@ private:
     float affine[2][3] = {{1, 0, 0}, {0, 1, 0}};  // the matrix is affine: no divide
 };
 
-ZV_TOOL(KEffectTransform, ZV_Transform, "Transform", "Zelvarine\\Image Warp", "KXf", "");
+ZV_TOOL(KEffectTransform, ZV_Transform);

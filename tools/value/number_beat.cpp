@@ -3,8 +3,8 @@
 // another Beat) so that patterns of accents can be stacked.
 #include <algorithm>
 #include <cmath>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 
 class KEffectNumberBeat : public KEffectNumber {
 public:
@@ -104,5 +104,4 @@ private:
     float number = 0.0f;
 };
 
-ZV_TOOL(KEffectNumberBeat, ZV_NumberBeat, "Beat", "Zelvarine", "Beat",
-        "Pulse your animation in sync with the beat of your music");
+ZV_TOOL(KEffectNumberBeat, ZV_NumberBeat);

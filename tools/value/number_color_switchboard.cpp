@@ -3,8 +3,8 @@
 // first sets can be rotated by a cycle offset so that colours travel round.
 #include <algorithm>
 #include <string>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 
 namespace {
 constexpr int32_t kSets = 8;
@@ -73,5 +73,4 @@ private:
     float out[3][kSets] = {};
 };
 
-ZV_TOOL(KEffectNumberColorSwitchboard, ZV_NumberColorSwitchboard, "Color Switcher", "Zelvarine",
-        "CSw", "Color Switcher");
+ZV_TOOL(KEffectNumberColorSwitchboard, ZV_NumberColorSwitchboard);

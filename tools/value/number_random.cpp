@@ -2,9 +2,9 @@
 // Each value is a hash of the time and the seed, so scrubbing back and forth
 // gives the same numbers; between new values it steps, blends or eases.
 #include <cmath>
-#include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/numeric.h"
+#include "framework/registration.h"
 
 class KEffectNumberRandom : public KEffectNumber {
 public:
@@ -63,4 +63,4 @@ private:
     float number = 0.0f;
 };
 
-ZV_TOOL(KEffectNumberRandom, ZV_NumberRandom, "Random", "Zelvarine", "Rnd", "Random Number");
+ZV_TOOL(KEffectNumberRandom, ZV_NumberRandom);

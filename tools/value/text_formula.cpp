@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstdio>
 #include <string>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 
 namespace {
 
@@ -121,4 +121,4 @@ private:
     std::string output;
 };
 
-ZV_TOOL(KEffectTextFormula, ZV_TextFormula, "Formula", "Zelvarine", "Frm", "");
+ZV_TOOL(KEffectTextFormula, ZV_TextFormula);

@@ -5,8 +5,8 @@
 #include <fstream>
 #include <iterator>
 #include <string>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 
 namespace {
 
@@ -137,4 +137,4 @@ private:
     std::string output;
 };
 
-ZV_TOOL(KEffectTextFromFile, ZV_TextFromFile, "From file", "Zelvarine", "FrFl", "");
+ZV_TOOL(KEffectTextFromFile, ZV_TextFromFile);

@@ -3,9 +3,9 @@
 // shows the same jumble; line breaks and tabs never move.
 #include <algorithm>
 #include <string>
-#include "bridge/operator.h"
 #include "framework/effect.h"
 #include "framework/numeric.h"
+#include "framework/registration.h"
 
 class KEffectTextJuggle : public KEffectText {
 public:
@@ -62,4 +62,4 @@ private:
     std::string output;
 };
 
-ZV_TOOL(KEffectTextJuggle, ZV_TextJuggle, "Juggle", "Zelvarine", "Jgl", "");
+ZV_TOOL(KEffectTextJuggle, ZV_TextJuggle);

@@ -2,8 +2,8 @@
 // the written part and an optional prefix before it.
 #include <algorithm>
 #include <string>
-#include "bridge/operator.h"
 #include "framework/effect.h"
+#include "framework/registration.h"
 
 class KEffectTextWrite : public KEffectText {
 public:
@@ -41,4 +41,4 @@ private:
     std::string output;
 };
 
-ZV_TOOL(KEffectTextWrite, ZV_TextWrite, "Write", "Zelvarine", "Wri", "");
+ZV_TOOL(KEffectTextWrite, ZV_TextWrite);
