@@ -1,7 +1,9 @@
 // Input construction: each declaration becomes host inputs, then the standard
 // inputs of the effect's family are added on the page "Zelvarine Controls".
 #include <cctype>
+#include <utility>
 #include "bridge/tool.h"
+#include "bridge/value_kinds.h"
 #include "host/operator.h"
 
 using host::Control;
@@ -590,21 +592,16 @@ void KTool::BuildStandardInputs()
             outputMain = op->AddOutput("Output", "Output", DataType::Image, outputCounter++);
         }
     }
+    bool mainImage = imageOutputs;
     for (KOutput* o = effect->outputs(); o; o = o->Next()) {
-        DataType type = DataType::Number;
-        std::string name = KHostId(o->name), typeId;
-        switch (o->valueKind) {
-        case kValueImage: continue;
-        case kValueFloat: type = DataType::Number; break;
-        case kValueText: type = DataType::Text; break;
-        case kValueData: type = DataType::Custom; name = "Output"; typeId = "TorvenMarsh.ZV_DataParameter"; break;
-        case kValueShape: type = DataType::Custom; name = "Output"; typeId = "TorvenMarsh.ZV_ShapeParameter"; break;
-        case kValueRegion3D: type = DataType::Custom; name = "Output"; typeId = "TorvenMarsh.ZV_Region3DParameter"; break;
-        default: continue;
-        }
+        // The first image output is the one made above.
+        if (o->valueKind == kValueImage && std::exchange(mainImage, false)) continue;
+        const KValueKind* kind = KFindValueKind(o->valueKind);
+        if (!kind) continue;
+        const std::string name = kind->outputId.empty() ? KHostId(o->name) : kind->outputId;
         std::string id = name;
         for (int n = 2; op->FindOutput(id); ++n) id = name + std::to_string(n);
-        o->hostOutput = op->AddOutput(name, id, type, outputCounter++, typeId);
+        o->hostOutput = op->AddOutput(name, id, kind->dataType, outputCounter++, kind->typeId);
     }
     if (effect->GetFamily() == kFamilyShape) shapeTool = true;
 }

@@ -1,11 +1,13 @@
 // ZV_TOOL lines become host registrations: names from the catalogue, the
-// operator class from the effect's own answer to whether it is a source.
+// operator class from the effect's own answer to whether it is a source. A
+// tool whose values no kind carries is refused here, not at its first render.
 #include "framework/registration.h"
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include "bridge/catalogue.h"
 #include "bridge/operator.h"
+#include "bridge/value_kinds.h"
 #include "host/registry.h"
 
 namespace {
@@ -32,7 +34,12 @@ bool KRegisterEffect(const char* className, KEffectFactory make)
         std::fprintf(stderr, "zelvarine: tool class %s is not in the catalogue\n", className);
         std::abort();
     }
-    const bool source = make()->HasFeature(kFeatureSource);
+    const std::unique_ptr<KEffect> probe = make();
+    if (const std::string problem = KValueKindProblem(*probe); !problem.empty()) {
+        std::fprintf(stderr, "zelvarine: cannot register %s: %s\n", className, problem.c_str());
+        std::abort();
+    }
+    const bool source = probe->HasFeature(kFeatureSource);
     host::Registration r = source ? For<ZV_SourceOperator>(*entry, make)
                                   : For<ZV_ThreadedOperator>(*entry, make);
     r.baseClass = source ? "ZV_SourceOperator" : "ZV_ThreadedOperator";

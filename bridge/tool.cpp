@@ -1,6 +1,7 @@
 // The render road: parameter transfer, the process by family, outputs, and
 // the answers to control changes.
 #include "bridge/tool.h"
+#include "bridge/value_kinds.h"
 #include <cstring>
 #include "host/image.h"
 #include "raster/image.h"
@@ -26,14 +27,6 @@ int32_t RoundInteger(double v)
 {
     float f = static_cast<float>(v);
     return f < 0.0f ? static_cast<int32_t>(f - 0.5f) : static_cast<int32_t>(f + 0.5f);
-}
-
-void FreeCurve(KCurveTable*& curve)
-{
-    if (!curve) return;
-    delete[] curve->entries;
-    delete curve;
-    curve = nullptr;
 }
 
 }  // namespace
@@ -90,31 +83,12 @@ void KTool::ReadParameters(host::Request& request, bool all)
         host::Value value = request.GetInputData(k->hostInput, 0);
         const host::Parameter* v = value.get();
         const double d = NumberOf(v);
+        if (!KIsConvertedKind(p->valueKind)) {
+            // Registration made sure an entry carries every such kind.
+            KFindValueKind(p->valueKind)->read(v, p->field);
+            continue;
+        }
         switch (p->valueKind) {
-        case kValueImage: {
-            auto** field = static_cast<KImage**>(p->field);
-            delete *field;
-            *field = KImage::Wrap(ImageOf(v), false);
-            break;
-        }
-        case kValueCurve: {
-            auto** field = static_cast<KCurveTable**>(p->field);
-            FreeCurve(*field);
-            *field = new KCurveTable;
-            if (auto* lut = dynamic_cast<const host::LookUpTable*>(v)) {
-                std::vector<uint16_t> table = lut->Table(65536, 0.0, 1.0);
-                (*field)->entries = new uint16_t[65536];
-                std::memcpy((*field)->entries, table.data(), 131072);
-                (*field)->count = 65536;
-                (*field)->scale = 65536.0f;
-            }
-            break;
-        }
-        case kValueData:
-        case kValueRegion3D:
-        case kValueShape:
-            // These values travel with their own parameter classes.
-            break;
         case kValueStandard: {
             auto* field = static_cast<int32_t*>(p->field);
             if (p->standardKind == kStdRGB || p->standardKind == kStdRGBA) {
@@ -407,11 +381,7 @@ void KTool::Process(host::Operator* o, host::Request& request, bool cleanUp)
     for (KOutput* out = effect->outputs(); out; out = out->Next()) {
         auto* hostOutput = static_cast<host::Output*>(out->hostOutput);
         if (!hostOutput || !out->field) continue;
-        if (out->valueKind == kValueFloat)
-            request.SetOutputData(hostOutput,
-                                  host::MakeNumber(static_cast<double>(*static_cast<float*>(out->field))));
-        else if (out->valueKind == kValueText)
-            request.SetOutputData(hostOutput, host::MakeText(*static_cast<std::string*>(out->field)));
+        request.SetOutputData(hostOutput, KFindValueKind(out->valueKind)->write(out->field));
     }
     if (cleanUp) Cleanup();
 }
@@ -439,13 +409,8 @@ void KTool::Cleanup()
     for (KInput* k = inputs.First(); k; k = k->Next()) {
         KParameter* p = k->parameter;
         if (k->subIndex != 0 || !p->field) continue;
-        if (p->valueKind == kValueImage) {
-            auto** field = static_cast<KImage**>(p->field);
-            delete *field;
-            *field = nullptr;
-        } else if (p->valueKind == kValueCurve) {
-            FreeCurve(*static_cast<KCurveTable**>(p->field));
-        }
+        if (const KValueKind* kind = KFindValueKind(p->valueKind); kind && kind->release)
+            kind->release(p->field);
     }
 }
 

@@ -339,6 +339,12 @@ KOutput* KOutputList::AddNumberOutput(float* field, const char* label, uint32_t 
     return Declare(kValueFloat, field, label, id, flags);
 }
 
+KOutput* KOutputList::AddPointOutput(KPoint2* field, const char* label, uint32_t id,
+                                     uint32_t flags)
+{
+    return Declare(kValuePoint, field, label, id, flags);
+}
+
 KOutput* KOutputList::AddRegion3DOutput(KRegion3D** field, const char* label, uint32_t id,
                                         uint32_t flags)
 {

@@ -197,6 +197,7 @@ public:
     KOutput* AddImageOutput(KImage** field, const char* label, uint32_t id, uint32_t flags);
     KOutput* AddDataOutput(KDataTable** field, const char* label, uint32_t id, uint32_t flags);
     KOutput* AddNumberOutput(float* field, const char* label, uint32_t id, uint32_t flags);
+    KOutput* AddPointOutput(KPoint2* field, const char* label, uint32_t id, uint32_t flags);
     KOutput* AddRegion3DOutput(KRegion3D** field, const char* label, uint32_t id,
                                uint32_t flags);
     KOutput* AddShapeOutput(KShapeList** field, const char* label, uint32_t id, uint32_t flags);

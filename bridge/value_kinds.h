@@ -1,0 +1,38 @@
+// The kinds of value that travel between tools, one entry each: the host value
+// that carries it, how it is read into an effect's field and written out of
+// one, and how the field is freed. A kind is added here and nowhere else; the
+// host side (how `info` names it, how the command line writes it to a file) is
+// the host value's own, registered with the host by the same entry.
+#pragma once
+#include <cstdint>
+#include <string>
+#include "framework/effect.h"
+#include "host/value.h"
+
+struct KValueKind {
+    int32_t valueKind = kValueNone;  // the framework's ValueKind
+    host::DataType dataType = host::DataType::Number;
+    std::string typeId;              // the custom parameter class, empty for the host's own
+    // A fixed host output id ("Output" for tables, shapes, regions); empty: the label's.
+    std::string outputId;
+    // Reads a request's value into the bound field; a null value gives the
+    // kind's empty value. The field then holds the effect's own copy or a
+    // wrapper that does not own the host's data. Null for kinds that only leave tools.
+    void (*read)(const host::Parameter* value, void* field) = nullptr;
+    // The field's value handed over as a new host value the receiver owns; null
+    // for kinds that only enter tools.
+    host::Value (*write)(const void* field) = nullptr;
+    // Frees what `read` left in the field after a render.
+    void (*release)(void* field) = nullptr;
+};
+
+// The entry of a value kind, or null when no entry carries it.
+const KValueKind* KFindValueKind(int32_t valueKind);
+
+// Whether a declared input of this kind is a number, point or text that the
+// request's conversion rules read, rather than a carried value.
+bool KIsConvertedKind(int32_t valueKind);
+
+// Why an effect cannot be registered: an input or output of a kind that no
+// entry carries. Empty when every declaration has its entry.
+std::string KValueKindProblem(KEffect& effect);

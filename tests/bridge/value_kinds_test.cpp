@@ -1,0 +1,135 @@
+// Values between tools: every kind an entry carries goes from one tool to the
+// next in a flow unchanged, and a kind without an entry stops registration.
+#include <gtest/gtest.h>
+#include <memory>
+#include "bridge/operator.h"
+#include "bridge/value_kinds.h"
+#include "host/flow.h"
+#include "host/image.h"
+#include "support.h"
+
+using namespace zvtest;
+
+namespace {
+
+// Passes its image on and gives one value of every kind that leaves a tool,
+// a second image among them.
+class KEffectMaker : public KEffectColor {
+public:
+    KEffectMaker()
+    {
+        outputList.AddNumberOutput(&number, "Number", 1, 0);
+        outputList.AddTextOutput(&text, "Words", 2, 0);
+        outputList.AddPointOutput(&point, "Where", 3, 0);
+        outputList.AddImageOutput(&second, "Second", 4, 0);
+    }
+    ~KEffectMaker() override { delete second; }
+    void ProcessColor(KPixelF& out, const KPixelF& in) override { out = in; }
+    void FinishRender() override
+    {
+        number = 0.1f;  // not a double: the value stays single precision on the way
+        text = "über, \"quoted\"";
+        point = {0.3f, -7.25f};
+        delete second;
+        second = Pattern(3, 2, false);
+    }
+    float number = 0.0f;
+    std::string text;
+    KPoint2 point;
+    KImage* second = nullptr;
+};
+
+// Takes each of them back into a bound field.
+class KEffectTaker : public KEffectColor {
+public:
+    KEffectTaker()
+    {
+        inputList.AddSlider(&number, 0.0f, "Number", "Numb"_id, 0, 0.0, 1.0);
+        inputList.AddTextEdit(&text, "", "Words", "Word"_id, 0, 1);
+        inputList.AddPoint(&point, {0.5f, 0.5f}, "Where", "Wher"_id, 0, 0);
+        inputList.AddImageInput(&other, "Other", "Othr"_id, 0);
+    }
+    void ProcessColor(KPixelF& out, const KPixelF& in) override { out = in; }
+    void FinishRender() override
+    {
+        seen = other ? Differ(*other, *std::unique_ptr<KImage>(Pattern(3, 2, false))) : "no image";
+    }
+    float number = 0.0f;
+    std::string text;
+    KPoint2 point;
+    KImage* other = nullptr;
+    std::string seen;
+};
+
+class KEffectShapeTaker : public KEffectColor {
+public:
+    KEffectShapeTaker() { inputList.AddShapeInput(&shapes, "Outline", "Outl"_id, 0); }
+    void ProcessColor(KPixelF& out, const KPixelF& in) override { out = in; }
+    KShapeList* shapes = nullptr;
+};
+
+template <class Effect> host::Registration Local(const char* name)
+{
+    host::Registration r;
+    r.className = r.name = name;
+    r.creator = [] {
+        return static_cast<host::Operator*>(new ZV_ThreadedOperator(std::make_unique<Effect>()));
+    };
+    return r;
+}
+
+}  // namespace
+
+TEST(BridgeValueKinds, EveryCarriedKindCrossesAFlowUnchanged)
+{
+    host::Registration maker = Local<KEffectMaker>("Maker"), taker = Local<KEffectTaker>("Taker");
+    host::Flow flow;
+    auto& a = flow.Add("a", maker);
+    auto& b = flow.Add("b", taker);
+    std::unique_ptr<KImage> plate(Pattern(3, 2, true));
+    flow.SetValue(a, a.op->FindInput("Image"), host::MakeImage(plate->HostImage()));
+    flow.Connect(b, b.op->FindInput("Image"), a, a.op->FindOutput("Output"));
+    const struct { const char* in; const char* out; host::DataType type; } wires[] = {
+        {"Number", "Number", host::DataType::Number},
+        {"Words", "Words", host::DataType::Text},
+        {"Where", "Where", host::DataType::Point},
+        {"Other", "Second", host::DataType::Image},
+    };
+    for (const auto& w : wires) {
+        const host::Output* out = a.op->FindOutput(w.out);
+        ASSERT_NE(out, nullptr) << w.out;
+        EXPECT_EQ(out->dataType, w.type) << w.out;
+        flow.Connect(b, b.op->FindInput(w.in), a, out);
+    }
+    flow.BeginFrame();
+    host::Value main = flow.Evaluate(b, b.op->MainOutput(), 1.0);
+    auto& got = *static_cast<KEffectTaker*>(static_cast<ZV_ThreadedOperator*>(b.op.get())->Effect());
+    EXPECT_EQ(got.number, 0.1f);
+    EXPECT_EQ(got.text, "über, \"quoted\"");
+    EXPECT_EQ(got.point.x, 0.3f);
+    EXPECT_EQ(got.point.y, -7.25f);
+    EXPECT_EQ(got.seen, "");  // the second image arrived pixel for pixel
+    // And the main image went through the chain untouched.
+    auto* image = static_cast<const host::ImageValue*>(main.get())->image;
+    std::unique_ptr<KImage> wrapped(KImage::Wrap(image, false));
+    EXPECT_EQ(Differ(*wrapped, *plate), "");
+}
+
+TEST(BridgeValueKinds, AKindWithoutAnEntryIsRefusedByName)
+{
+    KEffectShapeTaker shapes;
+    EXPECT_EQ(KValueKindProblem(shapes),
+              "input \"Outline\" takes a shape, which no value kind carries into a tool yet");
+    KEffectMaker maker;
+    EXPECT_EQ(KValueKindProblem(maker), "");
+    // Every registered tool passed the same check when the plug-in loaded.
+    for (const host::Registration& r : host::Registry::Get().All()) {
+        if (r.hostTool) continue;
+        std::unique_ptr<host::Operator> op(r.creator());
+        KEffect* effect = nullptr;
+        if (auto* t = dynamic_cast<ZV_ThreadedOperator*>(op.get())) effect = t->Effect();
+        if (auto* s = dynamic_cast<ZV_SourceOperator*>(op.get())) effect = s->Effect();
+        ASSERT_NE(effect, nullptr) << r.className;
+        EXPECT_EQ(KValueKindProblem(*effect), "") << r.className;
+    }
+}
