@@ -1,6 +1,7 @@
 // Input construction: each declaration becomes host inputs, then the standard
 // inputs of the effect's family are added on the page "Zelvarine Controls".
 #include <cctype>
+#include <map>
 #include <utility>
 #include "bridge/tool.h"
 #include "bridge/value_kinds.h"
@@ -10,14 +11,24 @@ using host::Control;
 using host::DataType;
 using host::InputAttrs;
 
-std::string KHostId(const std::string& label)
+std::string KHostId(const std::string& label, bool whole)
 {
     std::string id;
     for (char c : label) {
-        if (c == '(') break;
+        if (c == '(' && !whole) break;
         if (std::isalnum(static_cast<unsigned char>(c)) || c == '_') id += c;
     }
     return id;
+}
+
+std::string KCodeText(uint32_t code)
+{
+    std::string text;
+    for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>((code >> shift) & 0xFF);
+    while (!text.empty() && (text.back() == ' ' || text.back() == '\0')) text.pop_back();
+    for (char c : text)
+        if (!std::isalnum(static_cast<unsigned char>(c)) && c != '_' && c != ' ') return {};
+    return text;
 }
 
 namespace {
@@ -62,18 +73,29 @@ bool Has(uint32_t flags, uint32_t bits) { return (flags & bits) == bits; }
 }  // namespace
 
 host::Input* KTool::AddInput(const std::string& label, const InputAttrs& attrs,
-                             const std::string& wanted)
+                             const std::string& alias)
 {
-    // Two labels that clean to the same id get a number, as ids must be unique.
-    std::string base = wanted.empty() ? KHostId(label) : wanted;
-    if (base.empty()) base = "Input";
-    std::string id = base;
-    for (int n = 2; op->FindInput(id); ++n) id = base + std::to_string(n);
-    return op->AddInput(label, id, attrs);
+    // A name a user can predict: the label's; when another control has it,
+    // the whole label, parentheses and all, then the page it stands on, then
+    // the control's own code say which one this is.
+    const std::string base = KHostId(label).empty() ? "Input" : KHostId(label);
+    std::string id;
+    for (const std::string& candidate :
+         {base, KHostId(label, true), base + KHostId(op->CurrentPage()), base + alias})
+        if (!candidate.empty() && !op->FindInput(candidate)) {
+            id = candidate;
+            break;
+        }
+    for (int n = 2; id.empty(); ++n)
+        if (!op->FindInput(base + std::to_string(n))) id = base + std::to_string(n);
+    host::Input* in = op->AddInput(label, id, attrs);
+    in->alias = alias;
+    return in;
 }
 
 KInput* KTool::Tie(host::Input* input, KParameter* p, uint32_t id, int32_t subIndex)
 {
+    if (input && subIndex == 0 && input->alias.empty()) input->alias = KCodeText(id);
     auto* k = new KInput;
     k->id = id;
     k->hostInput = input;
@@ -105,7 +127,7 @@ void KTool::BuildParameter(KParameter* p)
     auto one = [&](Control control, DataType type = DataType::Number) {
         a.control = control;
         a.dataType = type;
-        host::Input* in = AddInput(p->name, a);
+        host::Input* in = AddInput(p->name, a, KCodeText(p->id));
         Tie(in, p, p->id, 0);
         return in;
     };
@@ -203,7 +225,7 @@ void KTool::BuildParameter(KParameter* p)
                                                              : "TorvenMarsh.ZV_Region3DParameter";
             if (preview) a.control = Control::Label;
         }
-        Tie(AddInput(p->name, a), p, p->id, 0);
+        Tie(AddInput(p->name, a, KCodeText(p->id)), p, p->id, 0);
         return;
     }
     case kControlFile:
@@ -218,7 +240,7 @@ void KTool::BuildParameter(KParameter* p)
         a.priority = -1000;
         a.required = false;
         a.dataType = DataType::Mask;
-        Tie(AddInput(p->name, a), p, p->id, 0);
+        Tie(AddInput(p->name, a, KCodeText(p->id)), p, p->id, 0);
         return;
     case kControlPoint: {
         a.defaultPoint = std::make_pair(double(p->defaultPoint.x), double(p->defaultPoint.y));
@@ -240,7 +262,7 @@ void KTool::BuildParameter(KParameter* p)
         a.softMax = p->maximum;
         a.member = 0;
         a.defaultNumber = p->defaultRange.low;
-        Tie(AddInput(p->name, a), p, p->id, 0);
+        Tie(AddInput(p->name, a, KCodeText(p->id)), p, p->id, 0);
         a.member = 1;
         a.defaultNumber = p->defaultRange.high;
         Tie(AddInput(p->Item(0), a), p, p->id2, 1);
@@ -411,7 +433,7 @@ host::Input* KTool::AddStandardInput(int32_t number, float value)
         c.softMax = 1.0;
         c.defaultNumber = def;
         c.checkWidth = width;
-        return op->AddInput(label, id, c);
+        return AddInput(label, c, id);
     };
     auto buttons = [&](const char* label, const char* id, std::vector<std::string> items) {
         a.control = Control::MultiButton;
@@ -420,7 +442,7 @@ host::Input* KTool::AddStandardInput(int32_t number, float value)
         a.softMax = static_cast<double>(items.size() - 1);
         a.items = std::move(items);
         a.defaultNumber = value;
-        return op->AddInput(label, id, a);
+        return AddInput(label, a, id);
     };
     switch (number) {
     case kStdImage: {
@@ -451,7 +473,7 @@ host::Input* KTool::AddStandardInput(int32_t number, float value)
         a.softMin = 1.0;
         a.hardMax = 16.0;
         a.defaultNumber = value;
-        return underSampleInput = op->AddInput("Under-sample resolution", "KUnd", a);
+        return underSampleInput = AddInput("Under-sample resolution", a, "KUnd");
     case kStdSuperSample:
         return superSampleInput =
                    buttons("Super-sampling", "KSup", {"1x1", "2x2", "3x3", "4x4", "5x5", "8x8", "16x16"});
@@ -460,7 +482,7 @@ host::Input* KTool::AddStandardInput(int32_t number, float value)
         a.softMin = 0.1;
         a.softMax = 5.0;
         a.defaultNumber = value;
-        return filterSizeInput = op->AddInput("Super-sampling filter size", "KSuS", a);
+        return filterSizeInput = AddInput("Super-sampling filter size", a, "KSuS");
     case kStdSubPixel:
         return filterInput = checkbox("Sub-pixel sampling", "KFil", value, 0.0);
     case kStdFiltering:
@@ -476,18 +498,18 @@ host::Input* KTool::AddStandardInput(int32_t number, float value)
         t.softMax = 1.0;
         t.defaultNumber = value;
         t.notify = t.notifyEach = true;
-        trailsInput = op->AddInput("Trails (Experimental)", "KTra", t);
+        trailsInput = AddInput("Trails (Experimental)", t, "KTra");
         InputAttrs fade;
         fade.control = Control::Slider;
         fade.softMin = 0.0;
         fade.softMax = 1.0;
         fade.defaultNumber = 0.95;
         fade.visible = value > 0.5f;
-        fadeInput = op->AddInput("Fade", "KTrF", fade);
+        fadeInput = AddInput("Fade", fade, "KTrF");
         InputAttrs reset;
         reset.control = Control::Button;
         reset.visible = value > 0.5f;
-        resetInput = op->AddInput("Reset", "KTrR", reset);
+        resetInput = AddInput("Reset", reset, "KTrR");
         return trailsInput;
     }
     case kStdMultiThread:
@@ -496,7 +518,7 @@ host::Input* KTool::AddStandardInput(int32_t number, float value)
         a.dataType = DataType::Mask;
         a.priority = -1000;
         a.required = false;
-        return warpMaskInput = op->AddInput("Warp Mask", "KMaW", a);
+        return warpMaskInput = AddInput("Warp Mask", a, "KMaW");
     default:
         return nullptr;
     }
@@ -604,4 +626,14 @@ void KTool::BuildStandardInputs()
         o->hostOutput = op->AddOutput(name, id, kind->dataType, outputCounter++, kind->typeId);
     }
     if (effect->GetFamily() == kFamilyShape) shapeTool = true;
+
+    // A code that two controls share, or that is another control's name, would
+    // reach the wrong one: such codes are no alias.
+    std::map<std::string, int> uses;
+    for (auto& in : op->Inputs()) {
+        ++uses[in->id];
+        if (!in->alias.empty() && in->alias != in->id) ++uses[in->alias];
+    }
+    for (auto& in : op->Inputs())
+        if (in->alias == in->id || uses[in->alias] > 1) in->alias.clear();
 }

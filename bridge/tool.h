@@ -26,8 +26,12 @@ public:
     KInput* First() const { return static_cast<KInput*>(head); }
 };
 
-// The host input id of a label: letters, digits and underscores up to the first "(".
-std::string KHostId(const std::string& label);
+// The host input id of a label: its letters, digits and underscores, up to the
+// first "(" unless the whole label is asked for.
+std::string KHostId(const std::string& label, bool whole = false);
+// A four-character code as text, trailing blanks dropped; empty when it is not
+// printable (codes that are plain numbers).
+std::string KCodeText(uint32_t code);
 
 class KTool {
 public:
@@ -101,7 +105,7 @@ private:
     void BuildTransform(KParameter* p);
     void BuildStandardInputs();
     host::Input* AddInput(const std::string& label, const host::InputAttrs& attrs,
-                          const std::string& id = {});
+                          const std::string& alias = {});
     void ApplyMessage(const KMessage& m, double time);
     bool standardPage = false;
     bool sourceIsTarget = false;

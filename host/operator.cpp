@@ -166,6 +166,9 @@ Input* Operator::FindInput(const std::string& id) const
 {
     for (auto& in : inputs_)
         if (in->id == id) return in.get();
+    if (id.empty()) return nullptr;
+    for (auto& in : inputs_)
+        if (in->alias == id) return in.get();
     return nullptr;
 }
 

@@ -64,6 +64,7 @@ struct Keyframes {
 class Input {
 public:
     std::string id;    // made from the label
+    std::string alias; // the plug-in's own short code, accepted in place of the id; may be empty
     std::string name;  // the label as declared
     std::string label; // the label shown now
     std::string page;
@@ -141,10 +142,12 @@ public:
 
     const std::vector<std::unique_ptr<Input>>& Inputs() const { return inputs_; }
     const std::vector<std::unique_ptr<Output>>& Outputs() const { return outputs_; }
+    // By id, or by alias when no id matches.
     Input* FindInput(const std::string& id) const;
     Output* FindOutput(const std::string& id) const;
     Output* MainOutput() const;  // the output of link 1, or the first
     const std::vector<std::string>& Pages() const { return pages_; }
+    const std::string& CurrentPage() const { return page_; }
 
     // What the plug-in changes on its controls.
     void SetVisible(Input* input, bool visible) { input->attrs.visible = visible; }

@@ -99,7 +99,7 @@ TEST(TextFormulaDeclarations, InputsAsTheHostShowsThem)
     }
     for (const char* id : {"TextOut", "Text", "Precisionnumbervalues", "Minimumnumbervaluedigitsbeforedot",
                            "Leadingzeros", "Addspaceifnotnegative", "Precisionpointvalues",
-                           "Minimumpointvaluedigitsbeforedot", "Leadingzeros2", "Addspaceifnotnegative2"})
+                           "Minimumpointvaluedigitsbeforedot", "Leadingzerospointvalues", "Addspaceifnotnegativepointvalues"})
         ids.push_back(id);
     Tool f("ZV_TextFormula");
     EXPECT_EQ(zvtest::FirstInputIds(*f.op, ids.size()), ids);
@@ -114,8 +114,8 @@ TEST(TextFormulaDeclarations, InputsAsTheHostShowsThem)
         {"Minimumpointvaluedigitsbeforedot", "default 1; soft 1..6"},
         {"Leadingzeros", "control Checkbox; default 0"},
         {"Addspaceifnotnegative", "control Checkbox; default 0"},
-        {"Leadingzeros2", "name Leading zero's (point values); control Checkbox; default 0"},
-        {"Addspaceifnotnegative2", "control Checkbox; default 0"},
+        {"Leadingzerospointvalues", "name Leading zero's (point values); control Checkbox; default 0"},
+        {"Addspaceifnotnegativepointvalues", "control Checkbox; default 0"},
     });
     EXPECT_EQ(f.Param("n3").id, "NuIp"_id);
     EXPECT_EQ(f.Param("p9").id, "PoIv"_id);
