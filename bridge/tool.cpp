@@ -58,20 +58,32 @@ void KTool::PreCalcProcess(host::Request& request)
         if (k->parameter->valueKind == kValueShape) request.SetInputData(k->hostInput, nullptr, 0);
 }
 
-void KTool::CheckRequest(host::Request& request)
+std::vector<KTool::FramesWanted> KTool::FramesWantedAt(float time)
 {
-    if (!multiFrame || request.Priority() != -1 || !effect || !imageInput) return;
-    ReadParameters(request, false);
-    ConvertPoints(false);
-    const float time = static_cast<float>(request.Time());
+    std::vector<FramesWanted> wanted;
     const int32_t n = effect->GetFrameTimes(0, time, nullptr);
-    if (n <= 1) return;
+    if (n <= 1 || !imageInput) return wanted;
     std::vector<float> times(n);
     effect->GetFrameTimes(0, time, times.data());
-    for (int32_t i = 0; i < n; ++i) {
-        if (times[i] == 1e10f) request.SetInputData(imageInput, nullptr, i);
-        else request.SetInputTime(imageInput, static_cast<double>(times[i]) + 0.0001, i);
-    }
+    // The effect's list pads with 1e10 for a slot it wants no frame in.
+    FramesWanted image{imageInput, {}};
+    for (float t : times)
+        image.times.push_back(t == 1e10f ? std::nullopt : std::optional<double>(t));
+    wanted.push_back(std::move(image));
+    return wanted;
+}
+
+void KTool::CheckRequest(host::Request& request)
+{
+    // The early pass: only tools with a late input ask for other frames.
+    if (!multiFrame || request.Priority() != -1 || !effect) return;
+    ReadParameters(request, false);
+    ConvertPoints(false);
+    for (const FramesWanted& w : FramesWantedAt(static_cast<float>(request.Time())))
+        for (int32_t slot = 0; slot < static_cast<int32_t>(w.times.size()); ++slot) {
+            if (w.times[slot]) request.SetInputTime(w.input, *w.times[slot] + 0.0001, slot);
+            else request.SetInputData(w.input, nullptr, slot);
+        }
 }
 
 void KTool::ReadParameters(host::Request& request, bool all)

@@ -3,6 +3,8 @@
 // bound fields, runs the process of the effect's family and hands results back.
 #pragma once
 #include <cstdint>
+#include <optional>
+#include <vector>
 #include <string>
 #include "framework/effect.h"
 #include "framework/process.h"
@@ -53,6 +55,15 @@ public:
     virtual void Cleanup();
     virtual void Process(host::Operator* op, host::Request& request, bool cleanUp);
     virtual void NotifyChanged(host::Input* input, const host::Parameter* value, double time);
+
+    // The frames a render at `time` asks of its inputs: per input, one time for
+    // each slot, or none for a slot that is to stay without a frame. The
+    // early pass (CheckRequest) states them to the host.
+    struct FramesWanted {
+        host::Input* input;
+        std::vector<std::optional<double>> times;
+    };
+    std::vector<FramesWanted> FramesWantedAt(float time);
 
     // The multi-process entry: one job of the current pass.
     void DoJob(int32_t job);

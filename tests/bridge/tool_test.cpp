@@ -318,6 +318,11 @@ TEST(BridgeRender, TwoFrameRequestFollowsFrameTimes)
     EXPECT_FLOAT_EQ(px[0], 5.0001f / 10.0f);
     EXPECT_FLOAT_EQ(px[1], 4.0001f / 10.0f);
     EXPECT_EQ(px[2], 0.0f);  // the 1e10 slot arrives empty
+    // The bridge's one call for it: a time per slot, none for the 1e10 slot.
+    const auto wanted = static_cast<ZV_ThreadedOperator*>(echo.op.get())->Tool().FramesWantedAt(5.0f);
+    ASSERT_EQ(wanted.size(), 1u);
+    EXPECT_EQ(wanted[0].input, input);
+    EXPECT_EQ(wanted[0].times, (std::vector<std::optional<double>>{5.0, 4.0, std::nullopt}));
 }
 
 TEST(BridgeRender, TrailsCarryAcrossRendersUntilReset)
