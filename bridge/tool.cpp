@@ -503,9 +503,7 @@ void KTool::NotifyChanged(host::Input* input, const host::Parameter* value, doub
                 mv.text = t->value;
             }
         }
-        KMessageList* list = effect->OnChange(k->parameter->id, mv);
-        for (KMessage* m = list ? list->First() : nullptr; m; m = static_cast<KMessage*>(m->next))
-            ApplyMessage(*m, time);
-        delete list;
+        const KMessageList list = effect->OnChange(k->parameter->id, mv);
+        for (KMessage* m = list.First(); m; m = static_cast<KMessage*>(m->next)) ApplyMessage(*m, time);
     }
 }

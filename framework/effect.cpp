@@ -27,7 +27,7 @@ void KEffect::FinishRender() {}
 
 void KEffect::Stop(KImage**) {}
 
-KMessageList* KEffect::OnChange(uint32_t, const KMessageValue&) { return new KMessageList; }
+KMessageList KEffect::OnChange(uint32_t, const KMessageValue&) { return {}; }
 
 int32_t KEffect::GetFrameTimes(int32_t, float, float*) { return 1; }
 

@@ -42,7 +42,7 @@ public:
     virtual bool Start(KImage* input, KImage** output, void* extras);
     virtual void FinishRender();
     virtual void Stop(KImage** output);
-    virtual KMessageList* OnChange(uint32_t id, const KMessageValue& value);
+    virtual KMessageList OnChange(uint32_t id, const KMessageValue& value);
     // Extra frame times; returns the count, 1 when only the current frame is wanted.
     virtual int32_t GetFrameTimes(int32_t zero, float time, float* times);
 

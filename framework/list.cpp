@@ -34,3 +34,13 @@ KListItem* KList::PopHead()
     --count;
     return item;
 }
+
+KList& KList::operator=(KList&& other) noexcept
+{
+    if (this == &other) return *this;
+    Clear();
+    head = std::exchange(other.head, nullptr);
+    tail = std::exchange(other.tail, nullptr);
+    count = std::exchange(other.count, 0);
+    return *this;
+}

@@ -2,6 +2,7 @@
 #pragma once
 #include <cstdint>
 #include <string>
+#include <utility>
 
 class KListItem {
 public:
@@ -15,6 +16,9 @@ public:
     KList() = default;
     KList(const KList&) = delete;
     KList& operator=(const KList&) = delete;
+    // Moving hands the items over; the moved-from list is left empty.
+    KList(KList&& other) noexcept { *this = std::move(other); }
+    KList& operator=(KList&& other) noexcept;
     virtual ~KList() { Clear(); }
 
     KListItem* Append(KListItem* item);

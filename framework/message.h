@@ -42,5 +42,9 @@ public:
 class KMessageList : public KList {
 public:
     KMessage* First() const { return static_cast<KMessage*>(head); }
-    KMessage* Add(KMessage* m) { return static_cast<KMessage*>(Append(m)); }
+    // Makes the message in place: Add(kMessageVisible, "Cent"_id, 1.0f).
+    template <class... Args> KMessage* Add(int32_t kind, uint32_t target, Args&&... args)
+    {
+        return static_cast<KMessage*>(Append(new KMessage(kind, target, std::forward<Args>(args)...)));
+    }
 };

@@ -30,13 +30,13 @@ public:
         inputList.AddTextEdit(&note, "hello", "Note", "Note"_id, 0, 2);
     }
     void ProcessColor(KPixelF& out, const KPixelF& in) override { out = in; }
-    KMessageList* OnChange(uint32_t id, const KMessageValue& v) override
+    KMessageList OnChange(uint32_t id, const KMessageValue& v) override
     {
-        auto* list = new KMessageList;
+        KMessageList list;
         if (id == "Flag"_id) {
-            list->Add(new KMessage(kMessageVisible, "Cnt "_id, v.intValue > 0 ? 0.0f : 1.0f));
-            list->Add(new KMessage(kMessageLabel, "Amnt"_id, std::string("Strength")));
-            list->Add(new KMessage(kMessageValue, "Cnt "_id, 7.0f));
+            list.Add(kMessageVisible, "Cnt "_id, v.intValue > 0 ? 0.0f : 1.0f);
+            list.Add(kMessageLabel, "Amnt"_id, std::string("Strength"));
+            list.Add(kMessageValue, "Cnt "_id, 7.0f);
         }
         return list;
     }

@@ -120,13 +120,17 @@ TEST(FrameworkMessage, PointAndTextForms)
 
 TEST(FrameworkMessage, ListKeepsOrderAndOwnsImages)
 {
-    KMessageList* list = new KMessageList;
-    list->Add(new KMessage(kMessageVisible, 1u, 1.0f));
-    KMessage* withImage = list->Add(new KMessage(kMessageValue, 2u, 0.5f));
+    KMessageList made;
+    made.Add(kMessageVisible, 1u, 1.0f);
+    KMessage* withImage = made.Add(kMessageValue, 2u, 0.5f);
     withImage->value.image = KImage::Create(4, 3, false);
-    list->Add(new KMessage(kMessageLabel, 3u, std::string("x")));
-    ASSERT_EQ(list->count, 3);
+    made.Add(kMessageLabel, 3u, std::string("x"));
+    // Moved as OnChange returns it: the items go over, none is left behind.
+    KMessageList list = std::move(made);
+    EXPECT_EQ(made.count, 0);
+    EXPECT_EQ(made.First(), nullptr);
+    ASSERT_EQ(list.count, 3);
     uint32_t target = 1;
-    for (KMessage* m = list->First(); m; m = static_cast<KMessage*>(m->next)) EXPECT_EQ(m->target, target++);
-    delete list;  // frees the messages and the image held by the value
+    for (KMessage* m = list.First(); m; m = static_cast<KMessage*>(m->next)) EXPECT_EQ(m->target, target++);
+    // Leaving scope frees the messages and the image held by the value.
 }

@@ -45,10 +45,10 @@ inline std::string Shown(KEffect& effect, uint32_t id, int32_t value,
 {
     KMessageValue v;
     v.intValue = value;
-    std::unique_ptr<KMessageList> list(effect.OnChange(id, v));
+    const KMessageList list = effect.OnChange(id, v);
     std::string shown;
     size_t i = 0;
-    for (KMessage* m = list->First(); m; m = static_cast<KMessage*>(m->next), ++i) {
+    for (KMessage* m = list.First(); m; m = static_cast<KMessage*>(m->next), ++i) {
         EXPECT_EQ(m->kind, kMessageVisible) << i;
         EXPECT_EQ(m->target, i < targets.size() ? targets[i] : 0u) << i;
         shown += m->value.intValue > 0 ? '1' : '0';

@@ -56,14 +56,14 @@ public:
     bool HasFeature(int32_t code) override { return code == kFeatureSource; }
 
     // Count shows that many blob groups and hides the rest.
-    KMessageList* OnChange(uint32_t id, const KMessageValue& value) override
+    KMessageList OnChange(uint32_t id, const KMessageValue& value) override
     {
-        auto* list = new KMessageList;
+        KMessageList list;
         if (id != "BlCo"_id) return list;
         for (int32_t i = 0; i < kMaxBlobs; ++i) {
             const float show = i < value.intValue ? 1.0f : 0.0f;
             for (uint32_t base : {"BlN0"_id, "BlP0"_id, "BlS0"_id, "BlR0"_id, "BlB0"_id})
-                list->Add(new KMessage(kMessageVisible, base + i, show));
+                list.Add(kMessageVisible, base + i, show);
         }
         return list;
     }

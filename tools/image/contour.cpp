@@ -31,18 +31,18 @@ public:
     }
 
     // A lock hides the controls that then follow the first one.
-    KMessageList* OnChange(uint32_t id, const KMessageValue& value) override
+    KMessageList OnChange(uint32_t id, const KMessageValue& value) override
     {
-        auto* list = new KMessageList;
+        KMessageList list;
         const float show = value.intValue > 0 ? 0.0f : 1.0f;
         if (id == "CoWL"_id) {
-            list->Add(new KMessage(kMessageVisible, "CoWV"_id, show));
+            list.Add(kMessageVisible, "CoWV"_id, show);
         } else if (id == "CoTL"_id) {
             for (uint32_t t : {"CoTG"_id, "CoTB"_id, "CoTA"_id})
-                list->Add(new KMessage(kMessageVisible, t, show));
+                list.Add(kMessageVisible, t, show);
         } else if (id == "CoLL"_id) {
             for (uint32_t l : {"CoLG"_id, "CoLB"_id, "CoLA"_id})
-                list->Add(new KMessage(kMessageVisible, l, show));
+                list.Add(kMessageVisible, l, show);
         }
         return list;
     }

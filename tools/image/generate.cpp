@@ -188,9 +188,9 @@ public:
         }
     }
 
-    KMessageList* OnChange(uint32_t id, const KMessageValue& value) override
+    KMessageList OnChange(uint32_t id, const KMessageValue& value) override
     {
-        auto* list = new KMessageList;
+        KMessageList list;
         if (id != "Type"_id) return list;
         shownType = value.intValue;
         const uint32_t shows =
@@ -207,7 +207,7 @@ public:
             {"OutT"_id, kShowOutputType},
         };
         for (const auto& row : rows)
-            list->Add(new KMessage(kMessageVisible, row.id, (shows & row.control) ? 1.0f : 0.0f));
+            list.Add(kMessageVisible, row.id, (shows & row.control) ? 1.0f : 0.0f);
         return list;
     }
 

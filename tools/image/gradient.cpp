@@ -43,17 +43,17 @@ public:
     }
 
     // The light controls belong to "Light"; the signed slider to Add and Subtract.
-    KMessageList* OnChange(uint32_t id, const KMessageValue& value) override
+    KMessageList OnChange(uint32_t id, const KMessageValue& value) override
     {
-        auto* list = new KMessageList;
+        KMessageList list;
         const float show = 1.0f, hide = 0.0f;
         if (id == "cTyp"_id) {
             const float v = value.intValue == kLight ? show : hide;
             for (uint32_t light : {"sLiD"_id, "sLiC"_id, "sLiF"_id, "sLiA"_id})
-                list->Add(new KMessage(kMessageVisible, light, v));
+                list.Add(kMessageVisible, light, v);
         } else if (id == "cCom"_id) {
-            list->Add(new KMessage(kMessageVisible, "sCom"_id,
-                                   value.intValue == kMerge ? hide : show));
+            list.Add(kMessageVisible, "sCom"_id,
+                                   value.intValue == kMerge ? hide : show);
         }
         return list;
     }

@@ -34,14 +34,14 @@ public:
     ~KEffectMatchColor() override { delete[] table; }
 
     // Rows ending in 1 (mid) need three colours, rows ending in 2 (high) two.
-    KMessageList* OnChange(uint32_t id, const KMessageValue& value) override
+    KMessageList OnChange(uint32_t id, const KMessageValue& value) override
     {
-        auto* list = new KMessageList;
+        KMessageList list;
         if (id == "CoNu"_id) {
             for (uint32_t row = 1; row <= 2; ++row) {
                 const float show = value.intValue > static_cast<int32_t>(2 - row) ? 1.0f : 0.0f;
                 for (uint32_t base : {"CTy0"_id, "CSR0"_id, "CDR0"_id})
-                    list->Add(new KMessage(kMessageVisible, base + row, show));
+                    list.Add(kMessageVisible, base + row, show);
             }
         }
         return list;

@@ -91,9 +91,9 @@ public:
         out = {v[0], v[1], v[2], v[3]};
     }
 
-    KMessageList* OnChange(uint32_t id, const KMessageValue& value) override
+    KMessageList OnChange(uint32_t id, const KMessageValue& value) override
     {
-        auto* list = new KMessageList;
+        KMessageList list;
         if (id == "Base"_id) shownBase = value.intValue;
         else if (id == "Coun"_id) shownCount = value.intValue;
         else if (id == "Type"_id) shownColors = value.intValue;
@@ -101,8 +101,8 @@ public:
 
         const bool byColor = shownBase == 1, byPosition = shownBase == 0;
         const bool selected = byPosition && shownColors == 1;
-        auto show = [list](uint32_t target, bool on) {
-            list->Add(new KMessage(kMessageVisible, target, on ? 1.0f : 0.0f));
+        auto show = [&list](uint32_t target, bool on) {
+            list.Add(kMessageVisible, target, on ? 1.0f : 0.0f);
         };
         show("Chan"_id, byColor);
         show("NoiT"_id, byColor);

@@ -37,12 +37,12 @@ public:
     bool HasFeature(int32_t code) override { return code == kFeatureSource; }
 
     // Count only means something for a numbered block.
-    KMessageList* OnChange(uint32_t id, const KMessageValue& value) override
+    KMessageList OnChange(uint32_t id, const KMessageValue& value) override
     {
-        auto* list = new KMessageList;
+        KMessageList list;
         if (id == "Rept"_id)
-            list->Add(new KMessage(kMessageVisible, "RepC"_id,
-                                   value.intValue == kNumbered ? 1.0f : 0.0f));
+            list.Add(kMessageVisible, "RepC"_id,
+                                   value.intValue == kNumbered ? 1.0f : 0.0f);
         return list;
     }
 

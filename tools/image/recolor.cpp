@@ -33,16 +33,16 @@ public:
         }
     }
 
-    KMessageList* OnChange(uint32_t id, const KMessageValue& value) override
+    KMessageList OnChange(uint32_t id, const KMessageValue& value) override
     {
-        auto* list = new KMessageList;
+        KMessageList list;
         if (id == "Coun"_id) {
             count = value.intValue;
             int32_t n = 0;
             for (uint32_t toId = "CoTo"_id; toId < kToEnd; toId += kStep, ++n) {
                 const float show = n < count ? 1.0f : 0.0f;
-                list->Add(new KMessage(kMessageVisible, toId - kFromBelowTo, show));
-                list->Add(new KMessage(kMessageVisible, toId, show));
+                list.Add(kMessageVisible, toId - kFromBelowTo, show);
+                list.Add(kMessageVisible, toId, show);
             }
         }
         return list;

@@ -48,20 +48,20 @@ public:
     }
 
     // An unlocked row shows its green, blue and alpha controls.
-    KMessageList* OnChange(uint32_t id, const KMessageValue& value) override
+    KMessageList OnChange(uint32_t id, const KMessageValue& value) override
     {
-        auto* list = new KMessageList;
+        KMessageList list;
         const float show = value.intValue > 0 ? 0.0f : 1.0f;
         if (id == "ThLo"_id) {
             for (uint32_t target : {"ThGr"_id, "ThBl"_id, "ThAl"_id})
-                list->Add(new KMessage(kMessageVisible, target, show));
+                list.Add(kMessageVisible, target, show);
         } else if (id == "SoLo"_id) {
             for (uint32_t target : {"SoGr"_id, "SoBl"_id, "SoAl"_id})
-                list->Add(new KMessage(kMessageVisible, target, show));
+                list.Add(kMessageVisible, target, show);
         } else if (id == "ReLo"_id) {
             for (int i = 1; i < 4; ++i) {
-                list->Add(new KMessage(kMessageVisible, kRepeatIds[i], show));
-                list->Add(new KMessage(kMessageVisible, kPingPongIds[i], show));
+                list.Add(kMessageVisible, kRepeatIds[i], show);
+                list.Add(kMessageVisible, kPingPongIds[i], show);
             }
         }
         return list;

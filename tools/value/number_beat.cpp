@@ -76,14 +76,14 @@ public:
         number = v;
     }
 
-    KMessageList* OnChange(uint32_t id, const KMessageValue& value) override
+    KMessageList OnChange(uint32_t id, const KMessageValue& value) override
     {
-        auto* list = new KMessageList;
+        KMessageList list;
         if (id == "Type"_id) {
             const bool bpm = value.intValue == 1;
-            list->Add(new KMessage(kMessageVisible, "TiFr"_id, value.intValue == 0 ? 1.0f : 0.0f));
-            list->Add(new KMessage(kMessageVisible, "TBPM"_id, bpm ? 1.0f : 0.0f));
-            list->Add(new KMessage(kMessageVisible, "TFPS"_id, bpm ? 1.0f : 0.0f));
+            list.Add(kMessageVisible, "TiFr"_id, value.intValue == 0 ? 1.0f : 0.0f);
+            list.Add(kMessageVisible, "TBPM"_id, bpm ? 1.0f : 0.0f);
+            list.Add(kMessageVisible, "TFPS"_id, bpm ? 1.0f : 0.0f);
         }
         return list;
     }

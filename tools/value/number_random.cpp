@@ -43,13 +43,13 @@ public:
         number = (maximum - minimum) * r + minimum;
     }
 
-    KMessageList* OnChange(uint32_t id, const KMessageValue& value) override
+    KMessageList OnChange(uint32_t id, const KMessageValue& value) override
     {
-        auto* list = new KMessageList;
+        KMessageList list;
         if (id == "RaEv"_id) {
             const float show = value.intValue > 0 ? 0.0f : 1.0f;
-            list->Add(new KMessage(kMessageVisible, "RaFr"_id, show));
-            list->Add(new KMessage(kMessageVisible, "RaIn"_id, show));
+            list.Add(kMessageVisible, "RaFr"_id, show);
+            list.Add(kMessageVisible, "RaIn"_id, show);
         }
         return list;
     }

@@ -111,17 +111,17 @@ public:
         output = result;
     }
 
-    KMessageList* OnChange(uint32_t id, const KMessageValue& value) override
+    KMessageList OnChange(uint32_t id, const KMessageValue& value) override
     {
-        auto* list = new KMessageList;
+        KMessageList list;
         const int32_t v = value.intValue;
         if (id == "Sour"_id) {
-            list->Add(new KMessage(kMessageVisible, "FiNa"_id, v == 0 ? 1.0f : 0.0f));
-            list->Add(new KMessage(kMessageVisible, "Text"_id, v == 1 ? 1.0f : 0.0f));
+            list.Add(kMessageVisible, "FiNa"_id, v == 0 ? 1.0f : 0.0f);
+            list.Add(kMessageVisible, "Text"_id, v == 1 ? 1.0f : 0.0f);
         } else if (id == "FiFo"_id) {
-            list->Add(new KMessage(kMessageVisible, "Hold"_id, v == 0 ? 1.0f : 0.0f));
-            list->Add(new KMessage(kMessageVisible, "Loop"_id, v == 0 ? 1.0f : 0.0f));
-            list->Add(new KMessage(kMessageVisible, "Line"_id, v == 2 ? 1.0f : 0.0f));
+            list.Add(kMessageVisible, "Hold"_id, v == 0 ? 1.0f : 0.0f);
+            list.Add(kMessageVisible, "Loop"_id, v == 0 ? 1.0f : 0.0f);
+            list.Add(kMessageVisible, "Line"_id, v == 2 ? 1.0f : 0.0f);
         }
         return list;
     }
