@@ -111,11 +111,10 @@ struct Tool {
 inline void RunProcess(KEffectImage& effect, KImage* source, KImage*& target, const KRenderSettings& s)
 {
     effect.settings = s;
-    KProcessImage* p = KCreateProcess(&effect, source, &target, s);
+    std::unique_ptr<KProcessImage> p = KCreateProcess(&effect, source, &target, s);
     KRunPasses(*p, [](int32_t jobs, const std::function<void(int32_t)>& job) {
         host::DoMultiProcess(jobs, job);
     });
-    delete p;
 }
 
 // The image's own pixels as an ImageBuf, without a copy.

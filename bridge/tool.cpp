@@ -33,7 +33,7 @@ int32_t RoundInteger(double v)
 
 KTool::~KTool()
 {
-    delete process;
+    process.reset();  // its Stop reads the images Cleanup frees
     if (effect) Cleanup();
 }
 
@@ -242,13 +242,10 @@ void KTool::PrepareRender(host::Operator* o, host::Request& request, float proxy
         delete sourceImage;
         sourceImage = KImage::Wrap(ImageOf(request.GetInputData(imageInput, 0).get()), false);
         const int32_t frames = effect->GetFrameTimes(0, static_cast<float>(request.Time()), nullptr);
-        if (frames > 1 && imageEffect && imageEffect->frameCount >= frames) {
-            for (int32_t i = 0; i < frames; ++i) {
-                delete imageEffect->frames[i];
-                imageEffect->frames[i] =
-                    KImage::Wrap(ImageOf(request.GetInputData(imageInput, i).get()), false);
-            }
-        }
+        if (frames > 1 && imageEffect && static_cast<int32_t>(imageEffect->frames.size()) >= frames)
+            for (int32_t i = 0; i < frames; ++i)
+                imageEffect->frames[i].reset(
+                    KImage::Wrap(ImageOf(request.GetInputData(imageInput, i).get()), false));
         settings.depth = sourceImage && sourceImage->IsFloat() ? 2 : 1;
     }
     settings.time = static_cast<float>(request.Time());
@@ -362,10 +359,8 @@ void KTool::Process(host::Operator* o, host::Request& request, bool cleanUp)
         }
         KImage* before = targetImage;
         if (targetImage) {
-            if (KProcessImage* made = KCreateProcess(effect, input, &targetImage, settings)) {
-                delete process;
-                process = made;
-            }
+            if (std::unique_ptr<KProcessImage> made = KCreateProcess(effect, input, &targetImage, settings))
+                process = std::move(made);
         }
         if (process) {
             if (!settings.multiThread) {
@@ -377,8 +372,7 @@ void KTool::Process(host::Operator* o, host::Request& request, bool cleanUp)
                     process->EndPass(passCounter);
                 }
             }
-            delete process;
-            process = nullptr;
+            process.reset();
         }
         // The post blur may have replaced the target a source was made into.
         if (sourceIsTarget && targetImage != before) sourceImage = targetImage;

@@ -101,7 +101,7 @@ public:
     bool multiFrame = false;
     bool shapeTool = false;
     KRenderSettings settings;
-    KProcessImage* process = nullptr;
+    std::unique_ptr<KProcessImage> process;
     int32_t passCounter = 0;
     bool interlaced = false;
     int32_t fieldNumber = 0;

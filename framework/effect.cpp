@@ -44,12 +44,7 @@ KEffectImage::KEffectImage()
     outputList.AddImageOutput(nullptr, "Output", 1, kFlagNotify);
 }
 
-KEffectImage::~KEffectImage()
-{
-    for (int32_t i = 0; i < frameCount; ++i) delete frames[i];
-    delete[] frames;
-    delete trailImage;
-}
+KEffectImage::~KEffectImage() = default;
 
 bool KEffectImage::Start(KImage* input, KImage**, void*)
 {
@@ -67,26 +62,18 @@ bool KEffectImage::Start(KImage* input, KImage**, void*)
 
 void KEffectImage::Stop(KImage**)
 {
-    for (int32_t i = 0; i < frameCount; ++i) {
-        delete frames[i];
-        frames[i] = nullptr;
-    }
+    for (auto& frame : frames) frame.reset();
 }
 
 void KEffectImage::AllocFrames(int32_t n)
 {
-    for (int32_t i = 0; i < frameCount; ++i) delete frames[i];
-    delete[] frames;
-    frames = nullptr;
-    frameCount = n;
-    if (n > 0) frames = new KImage*[n]();
+    frames.clear();
+    frames.resize(std::max(n, 0));
 }
 
 void KEffectImage::SetTrailImage(KImage* image)
 {
-    if (image == trailImage) return;
-    delete trailImage;
-    trailImage = image;
+    if (image != trailImage.get()) trailImage.reset(image);
 }
 
 void KEffectColor::ProcessColorInt(KPixel& out, const KPixel& in)

@@ -2,6 +2,8 @@
 // receives its settings, and computes; its family decides which process runs it.
 #pragma once
 #include <cstdint>
+#include <memory>
+#include <vector>
 #include "framework/message.h"
 #include "framework/parameter.h"
 #include "framework/settings.h"
@@ -58,18 +60,18 @@ public:
 class KEffectImage : public KEffect {
 public:
     KEffectImage();
-    ~KEffectImage() override;
+    ~KEffectImage() override;  // where KImage is whole
 
     bool Start(KImage* input, KImage** output, void* extras) override;
     void Stop(KImage** output) override;
 
     void AllocFrames(int32_t n);
-    KImage* GetTrailImage() const { return trailImage; }
+    KImage* GetTrailImage() const { return trailImage.get(); }
     void SetTrailImage(KImage* image);
 
-    int32_t frameCount = 0;
-    KImage** frames = nullptr;
-    KImage* trailImage = nullptr;
+    // The frames asked for through GetFrameTimes, one per slot; null where none came.
+    std::vector<std::unique_ptr<KImage>> frames;
+    std::unique_ptr<KImage> trailImage;
     float pixelAspect = 1.0f;
     float pictureAspect = 1.0f;
     int32_t width = 0, height = 0;

@@ -100,19 +100,19 @@ void KProcessImageThreads::DoJob(int32_t job, int32_t pass)
 
 // ---------------------------------------------------------------------------
 
-KProcessImage* KCreateProcess(KEffect* effect, KImage* source, KImage** target,
-                              const KRenderSettings& settings)
+std::unique_ptr<KProcessImage> KCreateProcess(KEffect* effect, KImage* source, KImage** target,
+                                              const KRenderSettings& settings)
 {
     // Only image families have a process; any other effect is not a KEffectImage.
     auto* e = dynamic_cast<KEffectImage*>(effect);
     if (!e) return nullptr;
     switch (effect->GetFamily()) {
-    case kFamilyColor: return new KProcessImageColor(source, target, e, settings);
-    case kFamilyWarp: return new KProcessImageInverse(source, target, e, settings);
-    case kFamilyPixel: return new KProcessImagePixel(source, target, e, settings);
-    case kFamilyPosition: return new KProcessImagePosition(source, target, e, settings);
-    case kFamilyShapeImage: return new KProcessImageShape(source, target, e, settings);
-    case kFamilyThreads: return new KProcessImageThreads(source, target, e, settings);
+    case kFamilyColor: return std::make_unique<KProcessImageColor>(source, target, e, settings);
+    case kFamilyWarp: return std::make_unique<KProcessImageInverse>(source, target, e, settings);
+    case kFamilyPixel: return std::make_unique<KProcessImagePixel>(source, target, e, settings);
+    case kFamilyPosition: return std::make_unique<KProcessImagePosition>(source, target, e, settings);
+    case kFamilyShapeImage: return std::make_unique<KProcessImageShape>(source, target, e, settings);
+    case kFamilyThreads: return std::make_unique<KProcessImageThreads>(source, target, e, settings);
     default: return nullptr;
     }
 }

@@ -1,6 +1,8 @@
 // Processes: the short-lived objects that carry one image effect through one
 // render. All row walking lives here; tools write per-pixel or per-job code.
 #pragma once
+#include <memory>
+#include <vector>
 #include <cstdint>
 #include <functional>
 #include "framework/effect.h"
@@ -101,13 +103,12 @@ class KProcessImageInverse : public KProcessImageWarp {
 public:
     KProcessImageInverse(KImage* source, KImage** target, KEffectImage* effect,
                          const KRenderSettings& settings);
-    ~KProcessImageInverse() override;
     int32_t PassCount() override;
     int32_t JobCount(int32_t pass) override;
     void DoJob(int32_t job, int32_t pass) override;
 
     int32_t gridWidth = 0, gridHeight = 0;
-    KPosition* grid = nullptr;  // mapped source positions in pixels
+    std::vector<KPosition> grid;  // mapped source positions in pixels, when under-sampled
 
 private:
     KEffectWarp* Warp() const { return static_cast<KEffectWarp*>(effect); }
@@ -120,8 +121,8 @@ private:
 };
 
 // The process that fits an effect's family, or null for a family without one.
-KProcessImage* KCreateProcess(KEffect* effect, KImage* source, KImage** target,
-                              const KRenderSettings& settings);
+std::unique_ptr<KProcessImage> KCreateProcess(KEffect* effect, KImage* source, KImage** target,
+                                              const KRenderSettings& settings);
 
 // Runs the jobs of one pass and returns when all are done.
 using KJobRunner = std::function<void(int32_t jobs, const std::function<void(int32_t)>& job)>;

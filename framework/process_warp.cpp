@@ -22,11 +22,9 @@ KProcessImageInverse::KProcessImageInverse(KImage* src, KImage** tgt, KEffectIma
     if (settings.underSample >= 2 && source) {
         gridWidth = source->width / settings.underSample + 2;
         gridHeight = source->height / settings.underSample + 2;
-        grid = new KPosition[size_t(gridWidth) * gridHeight]();
+        grid.assign(size_t(gridWidth) * gridHeight, KPosition{});
     }
 }
-
-KProcessImageInverse::~KProcessImageInverse() { delete[] grid; }
 
 int32_t KProcessImageInverse::PassCount()
 {
@@ -55,7 +53,7 @@ bool KProcessImageInverse::GridAt(float x, float y, KPosition& out) const
     float gy = std::clamp(y / us, 0.0f, static_cast<float>(gridHeight - 1) - 1e-3f);
     int32_t i = static_cast<int32_t>(gx), j = static_cast<int32_t>(gy);
     float fx = gx - i, fy = gy - j;
-    const KPosition* g = grid + size_t(j) * gridWidth + i;
+    const KPosition* g = grid.data() + size_t(j) * gridWidth + i;
     const KPosition &a = g[0], &b = g[1], &c = g[gridWidth], &d = g[gridWidth + 1];
     if (a.x == kNoMap || b.x == kNoMap || c.x == kNoMap || d.x == kNoMap) return false;
     float top = a.x + (b.x - a.x) * fx, bottom = c.x + (d.x - c.x) * fx;
@@ -70,7 +68,7 @@ void KProcessImageInverse::GridRow(int32_t j)
 {
     if (j < 0 || j >= gridHeight) return;
     const int32_t us = settings.underSample;
-    KPosition* row = grid + size_t(j) * gridWidth;
+    KPosition* row = grid.data() + size_t(j) * gridWidth;
     for (int32_t i = 0; i < gridWidth; ++i) {
         KPosition m;
         if (Map(static_cast<float>(i * us), static_cast<float>(j * us), m)) row[i] = m;

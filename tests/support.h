@@ -93,10 +93,9 @@ inline KImage* RunEffect(KEffectImage& effect, KImage* source, const KRenderSett
 {
     KImage* target = source->CreateLike();
     effect.settings = s;
-    KProcessImage* process = KCreateProcess(&effect, source, &target, s);
+    std::unique_ptr<KProcessImage> process = KCreateProcess(&effect, source, &target, s);
     if (threaded) KRunPasses(*process, Threaded);
     else process->Run();
-    delete process;
     return target;
 }
 

@@ -5,6 +5,7 @@
 // it clears alpha; the integer path reads a table and always keeps alpha.
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include "framework/effect.h"
 #include "framework/registration.h"
 #include "raster/pixel_store.h"
@@ -31,7 +32,6 @@ public:
         }
     }
 
-    ~KEffectMatchColor() override { delete[] table; }
 
     // Rows ending in 1 (mid) need three colours, rows ending in 2 (high) two.
     KMessageList OnChange(uint32_t id, const KMessageValue& value) override
@@ -76,10 +76,9 @@ public:
                 k.gamma = std::log((w1 - w0) / k.dstSpan) / std::log((s1 - s0) / k.srcSpan);
             k.useGamma = colors == 3;
         }
-        delete[] table;
-        table = nullptr;
+        table.reset();
         if (settings.depth != 2) {
-            table = new Entry[65536];
+            table = std::make_unique<Entry[]>(65536);
             for (uint32_t i = 0; i < 65536; ++i) {
                 const float x = static_cast<float>(i) * 1.5258789e-05f;
                 for (int c = 0; c < 3; ++c) {
@@ -95,8 +94,7 @@ public:
     void Stop(KImage** output) override
     {
         KEffectImage::Stop(output);
-        delete[] table;
-        table = nullptr;
+        table.reset();
     }
 
     void ProcessColor(KPixelF& out, const KPixelF& in) override
@@ -149,7 +147,7 @@ private:
 
     int32_t colors = 3;
     Curve curve[4];
-    Entry* table = nullptr;
+    std::unique_ptr<Entry[]> table;
 };
 
 ZV_TOOL(KEffectMatchColor, ZV_MatchColor);
