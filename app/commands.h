@@ -20,8 +20,8 @@ int RunCommand(const RunOptions& options);
 
 struct RenderOptions {
     std::string flow;
-    std::string frames;  // A-B
-    int threads = 0;
+    std::string frames;   // A or A-B
+    std::string threads;  // empty: one per core
 };
 int RenderCommand(const RenderOptions& options);
 

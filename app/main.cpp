@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include "app/commands.h"
 #include "host/errors.h"
 
@@ -26,7 +27,8 @@ int main(int argc, char** argv)
     runCmd->add_option("TOOL", run.tool, "Display name, class name or short name.")->required();
     runCmd->add_option("ID=VALUE", run.assignments,
                        "Inputs by id: Image=in.exr, Center=0.3,0.7, Hue=0.25, Text=hello.");
-    runCmd->add_option("-o,--output", run.output, "The image file to write (by its extension).");
+    runCmd->add_option("-o,--output", run.output,
+                       "The file to write, by its extension: an image, or .txt or .json for a number or text.");
     runCmd->add_option("--time", run.time, "The time to render at (default 0).");
     runCmd->add_option("--size", run.size, "WIDTHxHEIGHT for tools that make an image from nothing.");
     runCmd->add_option("--depth", run.depth, "int16 or float: the depth to work at.");
@@ -34,7 +36,7 @@ int main(int argc, char** argv)
     app::RenderOptions render;
     auto* renderCmd = cli.add_subcommand("render", "Render every Saver of a flow file for each frame.");
     renderCmd->add_option("FLOW", render.flow, "The flow file (JSON).")->required();
-    renderCmd->add_option("--frames", render.frames, "A-B: the frames to render (default: the flow's).");
+    renderCmd->add_option("--frames", render.frames, "A or A-B: the frames to render (default: the flow's).");
     renderCmd->add_option("--threads", render.threads, "At most N threads (default: one per core).");
 
     try {
@@ -55,6 +57,10 @@ int main(int argc, char** argv)
         if (renderCmd->parsed()) return app::RenderCommand(render);
     } catch (const host::BadInput& e) {
         std::fprintf(stderr, "zelvarine: %s\n", e.what());
+        return 2;
+    } catch (const std::filesystem::filesystem_error& e) {
+        // A path given from outside that cannot be looked at: not entered, looping, too long.
+        std::fprintf(stderr, "zelvarine: cannot use %s: %s\n", e.path1().c_str(), e.code().message().c_str());
         return 2;
     } catch (const std::exception& e) {
         std::fprintf(stderr, "zelvarine: internal error: %s\n", e.what());

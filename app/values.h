@@ -1,6 +1,7 @@
 // Turning outside text into tools and values: every failure is a BadInput
 // naming the tool, the input and what was expected.
 #pragma once
+#include <cstdint>
 #include <string>
 #include "host/operator.h"
 #include "host/registry.h"
@@ -14,9 +15,14 @@ const host::Registration& ResolveTool(const std::string& name);
 host::Input* ResolveInput(host::Operator& op, const std::string& tool, const std::string& id);
 
 // A value for `input` from command-line text: a number, "x,y", a text, or an
-// image file name (read at once).
-host::Value ParseValue(const host::Input& input, const std::string& tool, const std::string& text,
+// image file name (read at once); held to the input's declaration. BadInput
+// begins with `where` ("input Hue of Hue/Saturation").
+host::Value ParseValue(const host::Input& input, const std::string& where, const std::string& text,
                        int depth);
+
+// A whole number written in decimal, with an optional sign; false for
+// anything else, or beyond what 64 bits hold.
+bool ParseWhole(const std::string& text, int64_t& out);
 
 std::string DescribeType(const host::Input& input);
 

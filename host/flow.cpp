@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <optional>
 #include <set>
+#include "host/limits.h"
 
 namespace host {
 
@@ -212,6 +213,15 @@ const Flow::Outputs& Flow::Run(Node& node, double time)
                 unread_.erase(left);
             }
         }
+        // A tool reads the file its shown File input names by itself and cannot
+        // tell what went wrong: the host vouches for the file first.
+        if (!task.node->registration->hostTool)
+            for (auto& in : op.Inputs()) {
+                auto* file = dynamic_cast<const Text*>(request.GetInputData(in.get()).get());
+                if (in->attrs.control == Control::File && in->attrs.visible && file && !file->value.empty())
+                    CheckReadableFile(file->value, kMaxTextFileBytes, "file",
+                                      "input " + in->id + " of tool " + task.node->name);
+            }
         op.PreCalcProcess(request);
         op.Process(request);
         Outputs outs;

@@ -32,6 +32,9 @@ struct InputAttrs {
     std::optional<std::pair<double, double>> defaultPoint;
     std::optional<std::string> defaultText;
     std::optional<double> softMin, softMax, hardMin, hardMax;
+    // Why a value from outside beyond the hard limits is refused; without a
+    // reason it is clamped to them.
+    std::string hardReason;
     std::vector<std::string> items;
     bool radio = false;
     bool integer = false;
@@ -60,6 +63,14 @@ struct Keyframes {
     std::map<double, double> numbers;  // time -> value, linear between keys
     std::map<double, std::pair<double, double>> points;
 };
+
+// A value from outside (command line, flow file) held to what `input` declares:
+// a number finite in single precision, whole where the input is integer, one
+// of its items for a list, 0 or 1 for a checkbox, and within the hard limits,
+// clamped or refused as the input says. Other values pass as they are.
+// BadInput begins with `what`.
+Value Conform(const Input& input, Value value, const std::string& what);
+double ConformNumber(const Input& input, double value, const std::string& what);
 
 class Input {
 public:
@@ -192,6 +203,8 @@ Operator* CreateOperator(const Registration& registration);
 class SourceOperator : public ThreadedOperator {
 public:
     SourceOperator();
+    // A made image is at least 2 rows high, so Height refuses less from
+    // outside rather than hand over another size.
     Input* widthInput = nullptr;
     Input* heightInput = nullptr;
     Output* output = nullptr;
