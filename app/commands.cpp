@@ -102,14 +102,15 @@ int ToolsCommand(bool asJson)
     return 0;
 }
 
-int InfoCommand(const std::string& name, bool asJson)
+int InfoCommand(const std::string& name, bool asJson, bool all)
 {
     const host::Registration& reg = ResolveTool(name);
     std::unique_ptr<host::Operator> op(host::CreateOperator(reg));
+    auto listed = [&](const host::Input& in) { return !in.attrs.nest && (all || in.attrs.applies); };
     if (asJson) {
         json inputs = json::array(), outputs = json::array();
         for (auto& in : op->Inputs()) {
-            if (in->attrs.nest) continue;
+            if (!listed(*in)) continue;
             const auto& a = in->attrs;
             json j{{"id", in->id}, {"name", in->label}, {"type", TypeName(*in)},
                    {"control", host::ControlName(a.control)}, {"page", in->page},
@@ -123,29 +124,33 @@ int InfoCommand(const std::string& name, bool asJson)
             if (a.hardMax) j["hardMax"] = *a.hardMax;
             if (!a.items.empty()) j["items"] = a.items;
             if (a.integer) j["integer"] = true;
+            if (!a.applies) j["unused"] = true;
             inputs.push_back(j);
         }
         for (auto& out : op->Outputs())
             outputs.push_back({{"id", out->id},
                                {"type", out->typeId.empty() ? host::DataTypeName(out->dataType) : out->typeId}});
         json tool{{"name", reg.name}, {"class", reg.className}, {"short", reg.shortName},
-                  {"category", reg.category}, {"help", reg.help}, {"inputs", inputs}, {"outputs", outputs}};
+                  {"category", reg.category}, {"help", reg.help}, {"summary", op->summary},
+                  {"inputs", inputs}, {"outputs", outputs}};
         std::cout << tool.dump(2) << "\n";
         return 0;
     }
     std::cout << reg.name << " (" << reg.className << ", " << reg.shortName << ") in " << reg.category << "\n";
     if (!reg.help.empty()) std::cout << reg.help << "\n";
+    if (!op->summary.empty()) std::cout << op->summary << "\n";
     std::cout << "\nInputs\n";
     std::vector<std::vector<std::string>> rows{
         {"ID", "NAME", "TYPE", "CONTROL", "DEFAULT", "RANGE", "PAGE", "NOTES"}};
     for (auto& in : op->Inputs()) {
-        if (in->attrs.nest) continue;
+        if (!listed(*in)) continue;
         const auto& a = in->attrs;
         std::string notes;
         if (!a.items.empty()) {
             for (size_t i = 0; i < a.items.size(); ++i) notes += (i ? ", " : "") + std::to_string(i) + " " + a.items[i];
         }
-        if (!a.visible) notes += std::string(notes.empty() ? "" : "; ") + "hidden";
+        if (!a.applies) notes += std::string(notes.empty() ? "" : "; ") + "unused";
+        else if (!a.visible) notes += std::string(notes.empty() ? "" : "; ") + "hidden";
         if (a.slots > 1) notes += std::string(notes.empty() ? "" : "; ") + std::to_string(a.slots) + " slots";
         if (a.group >= 0) notes += std::string(notes.empty() ? "" : "; ") + "group " + std::to_string(a.group);
         std::string control = host::ControlName(a.control);

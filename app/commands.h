@@ -6,7 +6,8 @@
 namespace app {
 
 int ToolsCommand(bool json);
-int InfoCommand(const std::string& tool, bool json);
+// `all` lists too the inputs the tool has no use for.
+int InfoCommand(const std::string& tool, bool json, bool all);
 
 struct RunOptions {
     std::string tool;

@@ -52,7 +52,7 @@ double Time(const std::string& key, const std::string& where)
 
 void SetInput(FlowFile& ff, host::Flow::Node& node, const std::string& id, const json& v)
 {
-    host::Input* in = ResolveInput(*node.op, node.name, id);
+    host::Input* in = ResolveInput(*node.op, "tool " + node.name, id);
     const std::string where = Where(node.name, id);
     const DataType type = in->attrs.dataType;
     auto expect = [&](const std::string& got) {

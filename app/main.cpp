@@ -11,16 +11,18 @@ int main(int argc, char** argv)
     CLI::App cli{"Zelvarine: compositing tools on the command line and in flow files."};
     cli.name("zelvarine");
     cli.require_subcommand(1);
+    cli.set_version_flag("--version", "zelvarine " ZV_VERSION);
 
     bool toolsJson = false;
     auto* tools = cli.add_subcommand("tools", "List the tools: name, class, short name, category.");
     tools->add_flag("--json", toolsJson, "Print JSON with the help text of each tool.");
 
     std::string infoTool;
-    bool infoJson = false;
+    bool infoJson = false, infoAll = false;
     auto* info = cli.add_subcommand("info", "Show a tool's inputs and outputs as the host builds them.");
     info->add_option("TOOL", infoTool, "Display name, class name or short name.")->required();
     info->add_flag("--json", infoJson, "Print JSON.");
+    info->add_flag("--all", infoAll, "List too the standard inputs that do nothing for this tool.");
 
     app::RunOptions run;
     auto* runCmd = cli.add_subcommand("run", "Run one tool: set inputs by id, write or print its output.");
@@ -39,20 +41,28 @@ int main(int argc, char** argv)
     renderCmd->add_option("--frames", render.frames, "A or A-B: the frames to render (default: the flow's).");
     renderCmd->add_option("--threads", render.threads, "At most N threads (default: one per core).");
 
+    // A first word that is no command would otherwise read as a missing one.
+    auto named = [&](const CLI::App* command) { return command->get_name() == argv[1]; };
+    if (argc > 1 && argv[1][0] != '-' && cli.get_subcommands(named).empty()) {
+        std::fprintf(stderr, "zelvarine: unknown command: %s (see: zelvarine --help)\n", argv[1]);
+        return 2;
+    }
     try {
         cli.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
         return cli.exit(e);
     } catch (const CLI::CallForAllHelp& e) {
         return cli.exit(e);
+    } catch (const CLI::CallForVersion& e) {
+        return cli.exit(e);
     } catch (const CLI::ParseError& e) {
-        std::fprintf(stderr, "zelvarine: %s (see zelvarine --help)\n", e.what());
+        std::fprintf(stderr, "zelvarine: %s (see: zelvarine --help)\n", e.what());
         return 2;
     }
 
     try {
         if (tools->parsed()) return app::ToolsCommand(toolsJson);
-        if (info->parsed()) return app::InfoCommand(infoTool, infoJson);
+        if (info->parsed()) return app::InfoCommand(infoTool, infoJson, infoAll);
         if (runCmd->parsed()) return app::RunCommand(run);
         if (renderCmd->parsed()) return app::RenderCommand(render);
     } catch (const host::BadInput& e) {

@@ -13,7 +13,7 @@ using host::DataType;
 const host::Registration& ResolveTool(const std::string& name)
 {
     auto found = host::Registry::Get().Lookup(name);
-    if (found.empty()) throw BadInput("unknown tool: " + name + " (see zelvarine tools)");
+    if (found.empty()) throw BadInput("unknown tool: " + name + " (see: zelvarine tools)");
     if (found.size() > 1) {
         std::string list;
         for (auto* r : found) list += (list.empty() ? "" : ", ") + r->name + " (" + r->className + ")";
@@ -22,10 +22,16 @@ const host::Registration& ResolveTool(const std::string& name)
     return *found.front();
 }
 
-host::Input* ResolveInput(host::Operator& op, const std::string& tool, const std::string& id)
+namespace {
+// A tool's name as it pastes into a shell.
+std::string Quoted(const std::string& name) { return "\"" + name + "\""; }
+}  // namespace
+
+host::Input* ResolveInput(host::Operator& op, const std::string& what, const std::string& id)
 {
     if (host::Input* in = op.FindInput(id); in && !in->attrs.nest) return in;
-    throw BadInput("unknown input " + id + " of " + tool + " (see zelvarine info " + tool + ")");
+    throw BadInput("unknown input " + id + " of " + what + " (see: zelvarine info " +
+                   Quoted(op.registration->name) + ")");
 }
 
 std::string DescribeType(const host::Input& input)

@@ -11,8 +11,9 @@ namespace app {
 // A tool by display name, class name or short name.
 const host::Registration& ResolveTool(const std::string& name);
 
-// The input `id` of `tool`, or BadInput listing what there is.
-host::Input* ResolveInput(host::Operator& op, const std::string& tool, const std::string& id);
+// The input `id` of the operator `what` names ("tool grade"), or BadInput
+// saying where the tool's inputs are listed.
+host::Input* ResolveInput(host::Operator& op, const std::string& what, const std::string& id);
 
 // A value for `input` from command-line text: a number, "x,y", a text, or an
 // image file name (read at once); held to the input's declaration. BadInput

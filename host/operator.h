@@ -56,6 +56,7 @@ struct InputAttrs {
     int controlParam = 0;
     bool variantA = false, variantB = false;
     bool nest = false;  // the head of a collapsing nest, not a value
+    bool applies = true;  // false: made by a rule for all tools, of no use to this one
 };
 
 // Where an input's value comes from.
@@ -177,6 +178,7 @@ public:
     double CurrentTime() const { return currentTime_; }
     void SetCurrentTime(double t) { currentTime_ = t; }
     const Registration* registration = nullptr;
+    std::string summary;  // a line a front end shows under the tool's name
 
     // Runs MultiProcess for each job on the pool; returns when all are done.
     void DoMultiProcess(Request& request, int jobs);

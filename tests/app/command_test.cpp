@@ -167,7 +167,7 @@ TEST_F(CommandTest, FlowErrorsAreFoundBeforeAnyFrameRenders)
     const std::string saver = R"("out": { "tool": "Saver", "file": "out.####.png", "inputs": { "Image": { "from": "b" } } })";
     ExpectBadInput(flow(loader + R"(, "b": { "tool": "Glow" }, )" + saver), "unknown tool: Glow");
     ExpectBadInput(flow(loader + R"(, "b": { "tool": "S_1", "inputs": { "Image": { "from": "plate" }, "Glow": 1 } }, )" + saver),
-                   "unknown input Glow of b");
+                   "unknown input Glow of tool b (see: zelvarine info \"Sample Brightness\")");
     ExpectBadInput(flow(loader + R"(, "b": { "tool": "S_1", "inputs": { "Image": { "from": "plate" }, "Brightness": "high" } }, )" + saver),
                    "input Brightness of tool b expects a number, got a text");
     ExpectBadInput(flow(loader + R"(, "b": { "tool": "S_1", "inputs": { "Image": { "from": "ghost" } } }, )" + saver),
@@ -385,6 +385,34 @@ TEST_F(CommandTest, AutoDepthKeepsTheBitsOfTheFileReadIn)
         EXPECT_EQ(img->IsFloat(), isFloat) << file;
         img->Recycle();
     }
+}
+
+TEST_F(CommandTest, FirstStepsGetPlainAnswers)
+{
+    ExpectBadInput(Run("frobnicate"), "unknown command: frobnicate");
+    Result r = Run("--version");
+    EXPECT_EQ(r.code, 0);
+    EXPECT_EQ(r.out.rfind("zelvarine ", 0), 0u) << r.out;
+    // Number and text tools list only what they use; --all shows the rest.
+    r = Run("info Random");
+    EXPECT_EQ(r.out.find("KCCR"), std::string::npos);
+    EXPECT_EQ(r.out.find("ZVMT"), std::string::npos);
+    EXPECT_EQ(r.out.find("Standard controls"), std::string::npos);
+    EXPECT_NE(Run("info Random --all").out.find("KCCR"), std::string::npos);
+    EXPECT_NE(Run("info Invert").out.find("Standard controls: RGBA switches, super-sampling, super-sampling filter size, "
+                                          "pre-divide / post-multiply, trails, multi-threading\n"),
+              std::string::npos);
+    EXPECT_NE(Run("info Bend").out.find("Standard controls: RGBA switches, under-sampling, filtering, edges, "
+                                        "warp mask, trails, multi-threading\n"),
+              std::string::npos);
+    ExpectBadInput(Run("run Hue/Saturation Sparkle=1"),
+                   "unknown input Sparkle of Hue/Saturation (see: zelvarine info \"Hue/Saturation\")");
+    // The README's first example keeps an opaque plate opaque.
+    WriteInt("plate.png", {1000, 40000, 65535, 65535}, 2, 2);
+    ASSERT_EQ(Run("run Invert Image=plate.png Type=1 KCCA=0 -o inverted.exr").code, 0);
+    host::Image* out = host::ReadImage((dir.path / "inverted.exr").string());
+    EXPECT_EQ(out->RowF(0)[3], 1.0f);
+    out->Recycle();
 }
 
 TEST(AppValues, AmbiguousShortNameListsTheCandidates)
