@@ -1,9 +1,12 @@
 #include "app/commands.h"
 #include <unistd.h>
 #include <algorithm>
+#include <cctype>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include "app/flowfile.h"
@@ -11,6 +14,7 @@
 #include "host/errors.h"
 #include "host/image.h"
 #include "host/imageio.h"
+#include "host/limits.h"
 #include "host/threads.h"
 
 namespace app {
@@ -98,14 +102,15 @@ int ToolsCommand(bool asJson)
     return 0;
 }
 
-int InfoCommand(const std::string& name, bool asJson)
+int InfoCommand(const std::string& name, bool asJson, bool all)
 {
     const host::Registration& reg = ResolveTool(name);
     std::unique_ptr<host::Operator> op(host::CreateOperator(reg));
+    auto listed = [&](const host::Input& in) { return !in.attrs.nest && (all || in.attrs.applies); };
     if (asJson) {
         json inputs = json::array(), outputs = json::array();
         for (auto& in : op->Inputs()) {
-            if (in->attrs.nest) continue;
+            if (!listed(*in)) continue;
             const auto& a = in->attrs;
             json j{{"id", in->id}, {"name", in->label}, {"type", TypeName(*in)},
                    {"control", host::ControlName(a.control)}, {"page", in->page},
@@ -119,29 +124,33 @@ int InfoCommand(const std::string& name, bool asJson)
             if (a.hardMax) j["hardMax"] = *a.hardMax;
             if (!a.items.empty()) j["items"] = a.items;
             if (a.integer) j["integer"] = true;
+            if (!a.applies) j["unused"] = true;
             inputs.push_back(j);
         }
         for (auto& out : op->Outputs())
             outputs.push_back({{"id", out->id},
                                {"type", out->typeId.empty() ? host::DataTypeName(out->dataType) : out->typeId}});
         json tool{{"name", reg.name}, {"class", reg.className}, {"short", reg.shortName},
-                  {"category", reg.category}, {"help", reg.help}, {"inputs", inputs}, {"outputs", outputs}};
+                  {"category", reg.category}, {"help", reg.help}, {"summary", op->summary},
+                  {"inputs", inputs}, {"outputs", outputs}};
         std::cout << tool.dump(2) << "\n";
         return 0;
     }
     std::cout << reg.name << " (" << reg.className << ", " << reg.shortName << ") in " << reg.category << "\n";
     if (!reg.help.empty()) std::cout << reg.help << "\n";
+    if (!op->summary.empty()) std::cout << op->summary << "\n";
     std::cout << "\nInputs\n";
     std::vector<std::vector<std::string>> rows{
         {"ID", "NAME", "TYPE", "CONTROL", "DEFAULT", "RANGE", "PAGE", "NOTES"}};
     for (auto& in : op->Inputs()) {
-        if (in->attrs.nest) continue;
+        if (!listed(*in)) continue;
         const auto& a = in->attrs;
         std::string notes;
         if (!a.items.empty()) {
             for (size_t i = 0; i < a.items.size(); ++i) notes += (i ? ", " : "") + std::to_string(i) + " " + a.items[i];
         }
-        if (!a.visible) notes += std::string(notes.empty() ? "" : "; ") + "hidden";
+        if (!a.applies) notes += std::string(notes.empty() ? "" : "; ") + "unused";
+        else if (!a.visible) notes += std::string(notes.empty() ? "" : "; ") + "hidden";
         if (a.slots > 1) notes += std::string(notes.empty() ? "" : "; ") + std::to_string(a.slots) + " slots";
         if (a.group >= 0) notes += std::string(notes.empty() ? "" : "; ") + "group " + std::to_string(a.group);
         std::string control = host::ControlName(a.control);
@@ -167,12 +176,50 @@ int DepthChoice(const std::string& depth)
     throw BadInput("--depth takes int16 or float, got '" + depth + "'");
 }
 
-void CheckNotAnInput(const std::string& output, const std::vector<std::string>& inputs)
+std::string Lower(std::string s)
+{
+    for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return s;
+}
+
+// An output goes to an existing folder and overwrites no input.
+void CheckOutput(const std::string& output, const std::vector<std::string>& inputs)
 {
     std::error_code ec;
     for (auto& in : inputs)
         if (fs::exists(in) && fs::equivalent(in, output, ec))
             throw BadInput("output " + output + " would overwrite the input " + in);
+    const fs::path folder = fs::path(output).has_parent_path() ? fs::path(output).parent_path() : ".";
+    if (!fs::is_directory(folder)) throw BadInput("cannot write " + output + ": no folder " + folder.string());
+}
+
+// Written under a temporary name in the same folder and renamed when complete.
+void WriteText(const std::string& path, const std::string& text)
+{
+    const fs::path target(path);
+    const fs::path temp = target.parent_path() / ("." + target.filename().string() + ".tmp" + std::to_string(getpid()));
+    std::error_code ec;
+    {
+        std::ofstream file(temp, std::ios::binary);
+        file << text;
+        file.close();
+        if (!file) {
+            fs::remove(temp, ec);
+            throw BadInput("cannot write " + path);
+        }
+    }
+    fs::rename(temp, target, ec);
+    if (ec) {
+        fs::remove(temp, ec);
+        throw BadInput("cannot write " + path + ": " + ec.message());
+    }
+}
+
+std::string Kind(const host::Output& out)
+{
+    if (out.dataType == DataType::Number) return "a number";
+    if (out.dataType == DataType::Text) return "a text";
+    return "a " + (out.typeId.empty() ? std::string(host::DataTypeName(out.dataType)) : out.typeId) + " value";
 }
 
 }  // namespace
@@ -182,17 +229,22 @@ int RunCommand(const RunOptions& o)
     const host::Registration& reg = ResolveTool(o.tool);
     if (reg.hostTool) throw BadInput(reg.name + " is a flow tool: use it in a flow file");
     const int depth = DepthChoice(o.depth);
+    host::CheckTime(o.time, "--time");
     host::Flow flow;
-    host::Flow::Node& node = flow.Add("tool", reg);
+    host::Flow::Node& node = flow.Add(reg.name, reg);
     auto* source = dynamic_cast<host::SourceOperator*>(node.op.get());
     if (!o.size.empty()) {
-        int w = 0, h = 0;
-        char extra = 0;
-        if (std::sscanf(o.size.c_str(), "%dx%d%c", &w, &h, &extra) != 2 || w < 1 || h < 1)
+        const size_t x = o.size.find('x');
+        int64_t w = 0, h = 0;
+        if (x == std::string::npos || !ParseWhole(o.size.substr(0, x), w) || !ParseWhole(o.size.substr(x + 1), h))
             throw BadInput("--size takes WIDTHxHEIGHT, got '" + o.size + "'");
         if (!source) throw BadInput(reg.name + " takes its size from its image: --size is for tools that make images");
-        flow.SetValue(node, source->widthInput, host::MakeNumber(w));
-        flow.SetValue(node, source->heightInput, host::MakeNumber(h));
+        const std::string what = "--size " + o.size + ": ";
+        flow.SetValue(node, source->widthInput,
+                      host::Conform(*source->widthInput, host::MakeNumber(double(w)), what + "Width"));
+        flow.SetValue(node, source->heightInput,
+                      host::Conform(*source->heightInput, host::MakeNumber(double(h)), what + "Height"));
+        host::CheckImageSize(w, h, "--size " + o.size);
     }
     if (source) source->floatDepth = depth == 2;
 
@@ -202,23 +254,25 @@ int RunCommand(const RunOptions& o)
         if (eq == std::string::npos || eq == 0) throw BadInput("expected ID=VALUE, got '" + a + "'");
         const std::string id = a.substr(0, eq), text = a.substr(eq + 1);
         host::Input* in = ResolveInput(*node.op, reg.name, id);
-        if (in->attrs.control == host::Control::File && !fs::exists(text))
-            throw BadInput("file not found: " + text + " (input " + id + " of " + reg.name + ")");
         if (in->attrs.dataType == DataType::Image || in->attrs.dataType == DataType::Mask ||
             in->attrs.control == host::Control::File)
             files.push_back(text);
-        flow.SetValue(node, in, ParseValue(*in, reg.name, text, depth), o.time);
+        flow.SetValue(node, in, ParseValue(*in, "input " + id + " of " + reg.name, text, depth), o.time);
     }
 
     const host::Output* main = node.op->MainOutput();
     const bool makesImage = main && main->dataType == DataType::Image;
+    const std::string ext = Lower(fs::path(o.output).extension().string());
     if (makesImage) {
         if (o.output.empty()) throw BadInput(reg.name + " makes an image: give -o FILE");
         if (!host::IsImageFileName(o.output))
             throw BadInput("-o " + o.output + ": not an image file name (.exr, .tif, .png, .jpg, .dpx, ...)");
-        CheckNotAnInput(o.output, files);
-        const fs::path folder = fs::path(o.output).has_parent_path() ? fs::path(o.output).parent_path() : ".";
-        if (!fs::is_directory(folder)) throw BadInput("cannot write " + o.output + ": no folder " + folder.string());
+        CheckOutput(o.output, files);
+    } else if (!o.output.empty()) {
+        if (ext != ".txt" && ext != ".json")
+            throw BadInput("-o " + o.output + ": " + reg.name + " makes " + (main ? Kind(*main) : "no value") +
+                           ", printed on standard output or written to a .txt or .json file");
+        CheckOutput(o.output, files);
     }
     flow.StartRender();
     flow.BeginFrame();
@@ -230,12 +284,18 @@ int RunCommand(const RunOptions& o)
         return 0;
     }
     const auto& outs = node.op->Outputs();
+    std::string text;
+    json values = json::object();
     for (auto& out : outs) {
         host::Value v = flow.Evaluate(node, out.get(), o.time);
-        const std::string text = v ? v->ToText() : "";
-        if (outs.size() == 1) std::cout << text << "\n";
-        else std::cout << out->id << " = " << text << "\n";
+        const std::string t = v ? v->ToText() : "";
+        text += outs.size() == 1 ? t + "\n" : out->id + " = " + t + "\n";
+        // Numbers keep the short form they print in.
+        auto* n = dynamic_cast<const host::Number*>(v.get());
+        values[out->id] = !n ? json(t) : std::isfinite(n->value) ? json::parse(t) : json(nullptr);
     }
+    if (o.output.empty()) std::cout << text;
+    else WriteText(o.output, ext == ".json" ? values.dump(2) + "\n" : text);
     return 0;
 }
 
@@ -272,16 +332,22 @@ private:
 
 int RenderCommand(const RenderOptions& o)
 {
-    if (o.threads < 0) throw BadInput("--threads takes a count of 1 or more");
-    if (o.threads > 0) host::SetThreadCount(o.threads);
+    if (!o.threads.empty()) {
+        int64_t n = 0;
+        if (!ParseWhole(o.threads, n) || n < 1 || n > 1024)
+            throw BadInput("--threads takes a count from 1 to 1024, got '" + o.threads + "'");
+        host::SetThreadCount(static_cast<int>(n));
+    }
     std::unique_ptr<FlowFile> ff = LoadFlowFile(o.flow);
-    int first = 1, last = 1;
-    if (ff->frames) std::tie(first, last) = *ff->frames;
+    auto [first, last] = ff->frames.value_or(std::make_pair(1, 1));
     if (!o.frames.empty()) {
-        char extra = 0;
-        const int n = std::sscanf(o.frames.c_str(), "%d-%d%c", &first, &last, &extra);
-        if (n == 1) last = first;
-        else if (n != 2 || first > last) throw BadInput("--frames takes A-B with A <= B, got '" + o.frames + "'");
+        // A lone frame, or A-B; the dash after a leading sign parts them.
+        const size_t dash = o.frames.find('-', 1);
+        int64_t a = 0, b = 0;
+        if (!ParseWhole(o.frames.substr(0, dash), a) ||
+            (dash != std::string::npos && !ParseWhole(o.frames.substr(dash + 1), b)))
+            throw BadInput("--frames takes A or A-B, whole frame numbers, got '" + o.frames + "'");
+        std::tie(first, last) = FrameRange(a, dash == std::string::npos ? a : b, "--frames " + o.frames);
     }
     if (ff->savers.empty()) throw BadInput(o.flow + ": the flow has no Saver, so nothing would be written");
     CheckFrames(*ff, first, last);

@@ -6,7 +6,8 @@
 namespace app {
 
 int ToolsCommand(bool json);
-int InfoCommand(const std::string& tool, bool json);
+// `all` lists too the inputs the tool has no use for.
+int InfoCommand(const std::string& tool, bool json, bool all);
 
 struct RunOptions {
     std::string tool;
@@ -20,8 +21,8 @@ int RunCommand(const RunOptions& options);
 
 struct RenderOptions {
     std::string flow;
-    std::string frames;  // A-B
-    int threads = 0;
+    std::string frames;   // A or A-B
+    std::string threads;  // empty: one per core
 };
 int RenderCommand(const RenderOptions& options);
 

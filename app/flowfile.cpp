@@ -1,12 +1,15 @@
 #include "app/flowfile.h"
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <set>
 #include <sstream>
 #include <nlohmann/json.hpp>
 #include "app/values.h"
 #include "host/errors.h"
 #include "host/imageio.h"
+#include "host/limits.h"
 
 namespace app {
 
@@ -43,12 +46,13 @@ double Time(const std::string& key, const std::string& where)
     char* end = nullptr;
     double t = std::strtod(key.c_str(), &end);
     if (key.empty() || *end) throw BadInput(where + ": key time '" + key + "' is not a number");
+    host::CheckTime(t, where + ": key time");
     return t;
 }
 
 void SetInput(FlowFile& ff, host::Flow::Node& node, const std::string& id, const json& v)
 {
-    host::Input* in = ResolveInput(*node.op, node.name, id);
+    host::Input* in = ResolveInput(*node.op, "tool " + node.name, id);
     const std::string where = Where(node.name, id);
     const DataType type = in->attrs.dataType;
     auto expect = [&](const std::string& got) {
@@ -87,7 +91,7 @@ void SetInput(FlowFile& ff, host::Flow::Node& node, const std::string& id, const
             std::map<double, double> k;
             for (auto& [t, val] : keys.items()) {
                 if (!val.is_number()) throw expect(Kind(val) + " at key " + t);
-                k[Time(t, where)] = val.get<double>();
+                k[Time(t, where)] = host::ConformNumber(*in, val.get<double>(), where + " at key " + t);
             }
             ff.flow.SetKeys(node, in, k);
         } else if (type == DataType::Point) {
@@ -95,6 +99,7 @@ void SetInput(FlowFile& ff, host::Flow::Node& node, const std::string& id, const
             for (auto& [t, val] : keys.items()) {
                 if (!val.is_array() || val.size() != 2 || !val[0].is_number() || !val[1].is_number())
                     throw expect(Kind(val) + " at key " + t);
+                host::Conform(*in, host::MakePoint(val[0].get<double>(), val[1].get<double>()), where + " at key " + t);
                 k[Time(t, where)] = {val[0].get<double>(), val[1].get<double>()};
             }
             ff.flow.SetPointKeys(node, in, k);
@@ -105,12 +110,12 @@ void SetInput(FlowFile& ff, host::Flow::Node& node, const std::string& id, const
     }
     switch (type) {
     case DataType::Number:
-        if (v.is_boolean()) return ff.flow.SetValue(node, in, host::MakeNumber(v.get<bool>() ? 1.0 : 0.0));
-        if (!v.is_number()) throw expect(Kind(v));
-        return ff.flow.SetValue(node, in, host::MakeNumber(v.get<double>()));
+        if (!v.is_number() && !v.is_boolean()) throw expect(Kind(v));
+        return ff.flow.SetValue(node, in, host::Conform(*in, host::MakeNumber(v.get<double>()), where));
     case DataType::Point:
         if (!v.is_array() || v.size() != 2 || !v[0].is_number() || !v[1].is_number()) throw expect(Kind(v));
-        return ff.flow.SetValue(node, in, host::MakePoint(v[0].get<double>(), v[1].get<double>()));
+        return ff.flow.SetValue(node, in,
+                                host::Conform(*in, host::MakePoint(v[0].get<double>(), v[1].get<double>()), where));
     case DataType::Text: {
         if (!v.is_string()) throw expect(Kind(v));
         std::string text = v.get<std::string>();
@@ -134,7 +139,7 @@ std::string FileOf(const host::Flow::Node& node)
 
 std::unique_ptr<FlowFile> LoadFlowFile(const std::string& path)
 {
-    if (!fs::exists(path)) throw BadInput("flow file not found: " + path);
+    host::CheckReadableFile(path, host::kMaxFlowFileBytes, "flow file");
     std::ifstream file(path);
     if (!file) throw BadInput("cannot read flow file " + path);
     json root;
@@ -142,6 +147,9 @@ std::unique_ptr<FlowFile> LoadFlowFile(const std::string& path)
         root = json::parse(file);
     } catch (const json::parse_error& e) {
         throw BadInput("flow file " + path + " is not valid JSON: byte " + std::to_string(e.byte));
+    } catch (const json::exception& e) {
+        const std::string what = e.what();  // "[json.exception.out_of_range.406] number overflow ..."
+        throw BadInput("flow file " + path + ": " + what.substr(what.find("] ") + 2));
     }
     auto ff = std::make_unique<FlowFile>();
     ff->path = path;
@@ -151,10 +159,14 @@ std::unique_ptr<FlowFile> LoadFlowFile(const std::string& path)
         if (key != "frames" && key != "tools") throw BadInput(path + ": unknown key \"" + key + "\"");
     if (root.contains("frames")) {
         const json& f = root["frames"];
-        if (!f.is_array() || f.size() != 2 || !f[0].is_number_integer() || !f[1].is_number_integer() ||
-            f[0].get<int>() > f[1].get<int>())
-            throw BadInput(path + ": \"frames\" is [first, last] with first <= last");
-        ff->frames = std::make_pair(f[0].get<int>(), f[1].get<int>());
+        if (!f.is_array() || f.size() != 2 || !f[0].is_number_integer() || !f[1].is_number_integer())
+            throw BadInput(path + ": \"frames\" is [first, last], two whole numbers");
+        // Beyond 64 bits the numbers are unsigned; as doubles they still compare.
+        auto at = [&](int i) {
+            const double v = f[i].get<double>();
+            return static_cast<int64_t>(std::clamp(v, -1e18, 1e18));
+        };
+        ff->frames = FrameRange(at(0), at(1), path + ": \"frames\"");
     }
     if (!root.contains("tools") || !root["tools"].is_object() || root["tools"].empty())
         throw BadInput(path + ": \"tools\" names at least one tool");
@@ -194,7 +206,32 @@ std::unique_ptr<FlowFile> LoadFlowFile(const std::string& path)
     }
     if (std::string cycle = ff->flow.FindCycle(); !cycle.empty())
         throw BadInput("cycle in flow through tool " + cycle);
+    // Files the tools read themselves are checked now, before any frame renders
+    // (the host checks them again as it hands them over).
+    for (auto& node : ff->flow.Nodes()) {
+        if (node->registration->hostTool) continue;
+        for (auto& in : node->op->Inputs()) {
+            auto* t = dynamic_cast<const host::Text*>(in->constant.get());
+            if (in->attrs.control == host::Control::File && in->attrs.visible && t && !t->value.empty() &&
+                !ff->flow.ConnectionOf(in.get()))
+                host::CheckReadableFile(t->value, host::kMaxTextFileBytes, "file", Where(node->name, in->id));
+        }
+    }
     return ff;
+}
+
+std::pair<int, int> FrameRange(int64_t first, int64_t last, const std::string& what)
+{
+    const int64_t most = static_cast<int64_t>(host::kMaxWhole);
+    for (int64_t frame : {first, last})
+        if (frame < -most || frame > most)
+            throw BadInput(what + ": frame " + std::to_string(frame) + " is outside -16777216..16777216");
+    if (first > last) throw BadInput(what + ": the first frame " + std::to_string(first) + " is after the last " +
+                                     std::to_string(last));
+    if (last - first + 1 > host::kMaxFramesPerRender)
+        throw BadInput(what + ": " + std::to_string(last - first + 1) + " frames; a render makes at most " +
+                       std::to_string(host::kMaxFramesPerRender));
+    return {static_cast<int>(first), static_cast<int>(last)};
 }
 
 void CheckFrames(const FlowFile& ff, int first, int last)
@@ -205,13 +242,14 @@ void CheckFrames(const FlowFile& ff, int first, int last)
         const bool sequence = host::IsSequence(pattern);
         for (int frame = first; frame <= (sequence ? last : first); ++frame) {
             const std::string file = host::FramePath(pattern, frame);
-            if (!fs::exists(file))
-                throw BadInput(sequence ? "missing frame " + std::to_string(frame) + " of " + pattern + ": " + file
-                                        : "file not found: " + file);
+            std::error_code ec;
+            if (sequence && !fs::exists(file, ec))
+                throw BadInput("missing frame " + std::to_string(frame) + " of " + pattern + ": " + file);
             host::CheckImageFile(file);
             inputs.insert(fs::weakly_canonical(file).string());
         }
     }
+    std::map<std::string, const host::Flow::Node*> written;
     for (host::Flow::Node* n : ff.savers) {
         const std::string pattern = FileOf(*n);
         if (!host::IsImageFileName(pattern))
@@ -219,10 +257,16 @@ void CheckFrames(const FlowFile& ff, int first, int last)
         const fs::path folder = fs::path(pattern).has_parent_path() ? fs::path(pattern).parent_path() : ".";
         if (!fs::is_directory(folder))
             throw BadInput("Saver " + n->name + ": cannot write " + pattern + ": no folder " + folder.string());
+        if (first != last && !host::IsSequence(pattern))
+            throw BadInput("Saver " + n->name + " would write " + pattern + " over again on each of " +
+                           std::to_string(last - first + 1) +
+                           " frames: put # in its file name for the frame number (name.####.exr)");
         for (int frame = first; frame <= last; ++frame) {
             const std::string file = host::FramePath(pattern, frame);
-            if (inputs.count(fs::weakly_canonical(file).string()))
-                throw BadInput("Saver " + n->name + " would overwrite its input " + file);
+            const std::string canonical = fs::weakly_canonical(file).string();
+            if (inputs.count(canonical)) throw BadInput("Saver " + n->name + " would overwrite its input " + file);
+            if (auto [at, fresh] = written.emplace(canonical, n); !fresh)
+                throw BadInput("Savers " + at->second->name + " and " + n->name + " would both write " + file);
         }
     }
 }

@@ -2,6 +2,7 @@
 // class or short name, its inputs set by id to constants, keys or connections.
 // Everything is checked before the first frame renders.
 #pragma once
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,7 +23,14 @@ struct FlowFile {
 
 std::unique_ptr<FlowFile> LoadFlowFile(const std::string& path);
 
-// Every Loader frame exists and reads; every Saver can write and overwrites no input.
+// Frames `first` to `last` as a render takes them: frame numbers the tools see
+// exactly, first <= last, and not more of them than a render makes. BadInput
+// begins with `what`.
+std::pair<int, int> FrameRange(int64_t first, int64_t last, const std::string& what);
+
+// Every Loader frame exists and reads; every Saver can write, overwrites no
+// input, and writes each file once: no two Savers one file, no Saver one file
+// over several frames. The frames are a FrameRange.
 void CheckFrames(const FlowFile& flow, int first, int last);
 
 // The file pattern set on a Loader's or Saver's "File" input.

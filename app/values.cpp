@@ -1,4 +1,5 @@
 #include "app/values.h"
+#include <cerrno>
 #include <cstdlib>
 #include "host/errors.h"
 #include "host/image.h"
@@ -12,7 +13,7 @@ using host::DataType;
 const host::Registration& ResolveTool(const std::string& name)
 {
     auto found = host::Registry::Get().Lookup(name);
-    if (found.empty()) throw BadInput("unknown tool: " + name + " (see zelvarine tools)");
+    if (found.empty()) throw BadInput("unknown tool: " + name + " (see: zelvarine tools)");
     if (found.size() > 1) {
         std::string list;
         for (auto* r : found) list += (list.empty() ? "" : ", ") + r->name + " (" + r->className + ")";
@@ -21,10 +22,16 @@ const host::Registration& ResolveTool(const std::string& name)
     return *found.front();
 }
 
-host::Input* ResolveInput(host::Operator& op, const std::string& tool, const std::string& id)
+namespace {
+// A tool's name as it pastes into a shell.
+std::string Quoted(const std::string& name) { return "\"" + name + "\""; }
+}  // namespace
+
+host::Input* ResolveInput(host::Operator& op, const std::string& what, const std::string& id)
 {
     if (host::Input* in = op.FindInput(id); in && !in->attrs.nest) return in;
-    throw BadInput("unknown input " + id + " of " + tool + " (see zelvarine info " + tool + ")");
+    throw BadInput("unknown input " + id + " of " + what + " (see: zelvarine info " +
+                   Quoted(op.registration->name) + ")");
 }
 
 std::string DescribeType(const host::Input& input)
@@ -53,6 +60,15 @@ bool ParseNumber(const std::string& text, double& out)
 
 }  // namespace
 
+bool ParseWhole(const std::string& text, int64_t& out)
+{
+    const size_t digits = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
+    if (text.size() <= digits || text.find_first_not_of("0123456789", digits) != std::string::npos) return false;
+    errno = 0;
+    out = std::strtoll(text.c_str(), nullptr, 10);
+    return errno == 0;
+}
+
 host::Image* ConvertDepth(host::Image* image, int depth)
 {
     if (depth == 0 || (depth == 2) == image->IsFloat()) return image;
@@ -72,18 +88,17 @@ host::Image* ConvertDepth(host::Image* image, int depth)
     return out;
 }
 
-host::Value ParseValue(const host::Input& input, const std::string& tool, const std::string& text,
+host::Value ParseValue(const host::Input& input, const std::string& where, const std::string& text,
                        int depth)
 {
     auto wrong = [&]() -> BadInput {
-        return BadInput("input " + input.id + " of " + tool + " expects " + DescribeType(input) +
-                        ", got '" + text + "'");
+        return BadInput(where + " expects " + DescribeType(input) + ", got '" + text + "'");
     };
     switch (input.attrs.dataType) {
     case DataType::Number: {
         double v;
         if (!ParseNumber(text, v)) throw wrong();
-        return host::MakeNumber(v);
+        return host::Conform(input, host::MakeNumber(v), where);
     }
     case DataType::Point: {
         const size_t comma = text.find(',');
@@ -91,7 +106,7 @@ host::Value ParseValue(const host::Input& input, const std::string& tool, const 
         if (comma == std::string::npos || !ParseNumber(text.substr(0, comma), x) ||
             !ParseNumber(text.substr(comma + 1), y))
             throw wrong();
-        return host::MakePoint(x, y);
+        return host::Conform(input, host::MakePoint(x, y), where);
     }
     case DataType::Text:
         return host::MakeText(text);
@@ -99,8 +114,7 @@ host::Value ParseValue(const host::Input& input, const std::string& tool, const 
     case DataType::Mask:
         return std::make_shared<host::ImageValue>(ConvertDepth(host::ReadImage(text), depth), false);
     default:
-        throw BadInput("input " + input.id + " of " + tool + " takes " + DescribeType(input) +
-                       ", which cannot be given on the command line");
+        throw BadInput(where + " takes " + DescribeType(input) + ", which cannot be given on the command line");
     }
 }
 

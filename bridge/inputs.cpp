@@ -545,6 +545,27 @@ host::Input* Existing(const KTool& t, int32_t number)
     }
 }
 
+// The user's words for a standard input, as `info` names them.
+const char* StandardName(int32_t number)
+{
+    switch (number) {
+    case kStdColorSpace: return "colour space";
+    case kStdRGB: return "RGB switches";
+    case kStdRGBA: return "RGBA switches";
+    case kStdUnderSample: return "under-sampling";
+    case kStdSuperSample: return "super-sampling";
+    case kStdFilterSize: return "super-sampling filter size";
+    case kStdSubPixel: return "sub-pixel sampling";
+    case kStdFiltering: return "filtering";
+    case kStdEdges: return "edges";
+    case kStdPreDivide: return "pre-divide / post-multiply";
+    case kStdTrails: return "trails";
+    case kStdMultiThread: return "multi-threading";
+    case kStdWarpMask: return "warp mask";
+    default: return nullptr;
+    }
+}
+
 // Built-in defaults, used where the effect keeps them.
 float BuiltIn(int32_t number)
 {
@@ -564,12 +585,24 @@ void KTool::BuildStandardInputs()
 {
     const bool source = effect->HasFeature(kFeatureSource);
     const bool ownSize = effect->HasFeature(kFeatureOutputSize);
+    const bool imageOutputs = effect->CountOutputs(kValueImage) > 0;
+    bool declared = false;
+    for (KParameter* p = effect->inputs(); p; p = p->Next()) declared |= p->controlKind == kControlStandard;
+    // A tool that makes no image and asks for none of them has no use for the
+    // inputs the rules give every tool: they are made, and marked unused.
+    const bool unused = !imageOutputs && !declared;
+    const size_t first = op->Inputs().size();
+    std::string names;
     auto fromEffect = [&](int32_t number) {
         float v = effect->GetStandardDefault(number);
         return v == kKeepStandardDefault ? BuiltIn(number) : v;
     };
+    auto add = [&](int32_t number, float value) {
+        if (const char* name = StandardName(number)) names += (names.empty() ? "" : ", ") + std::string(name);
+        return AddStandardInput(number, value);
+    };
     auto once = [&](int32_t number, float value) {
-        if (!Existing(*this, number)) AddStandardInput(number, value);
+        if (!Existing(*this, number)) add(number, value);
     };
     if (!ownSize) once(kStdRGBA, BuiltIn(kStdRGBA));
     switch (effect->GetFamily()) {
@@ -598,13 +631,20 @@ void KTool::BuildStandardInputs()
     for (KParameter* p = effect->inputs(); p; p = p->Next()) {
         if (p->controlKind != kControlStandard) continue;
         host::Input* in = Existing(*this, p->standardKind);
-        if (!in) in = AddStandardInput(p->standardKind, p->defaultValue);
+        if (!in) in = add(p->standardKind, p->defaultValue);
         else if (p->standardKind == kStdMultiThread)
             op->SetInputValue(in, host::MakeNumber(p->defaultValue), -1e9);
         if (in) Tie(in, p, p->id, 0);
     }
 
-    const bool imageOutputs = effect->CountOutputs(kValueImage) > 0;
+    if (unused) {
+        for (size_t i = first; i < op->Inputs().size(); ++i) {
+            op->Inputs()[i]->attrs.applies = false;
+            op->SetVisible(op->Inputs()[i].get(), false);
+        }
+    } else if (!names.empty()) {
+        op->summary = "Standard controls: " + names;
+    }
     if (imageOutputs) {
         if (source) {
             if (auto* s = dynamic_cast<host::SourceOperator*>(op)) outputMain = s->output;

@@ -1,5 +1,8 @@
 #include "host/flow.h"
-#include <functional>
+#include <algorithm>
+#include <optional>
+#include <set>
+#include "host/limits.h"
 
 namespace host {
 
@@ -44,7 +47,9 @@ void Flow::SetPointKeys(Node& node, Input* input,
 
 void Flow::Connect(Node& to, Input* input, Node& from, const Output* output)
 {
+    if (const Connection* before = ConnectionOf(input)) --readers_[before->from];
     connections_[input] = {&from, output};
+    ++readers_[&from];
 }
 
 const Flow::Connection* Flow::ConnectionOf(const Input* input) const
@@ -55,23 +60,31 @@ const Flow::Connection* Flow::ConnectionOf(const Input* input) const
 
 std::string Flow::FindCycle() const
 {
-    // Depth-first over "takes input from" edges; a grey node met again is on a cycle.
-    std::map<const Node*, int> state;
-    std::function<const Node*(const Node*)> visit = [&](const Node* n) -> const Node* {
-        state[n] = 1;
-        for (auto& in : n->op->Inputs()) {
-            const Connection* c = ConnectionOf(in.get());
+    // Depth-first over "takes input from" edges, on a stack of its own so that
+    // a chain of any length fits; a node met again while on the stack is on a cycle.
+    std::map<const Node*, int> state;  // 1 on the stack, 2 done
+    for (auto& start : nodes_) {
+        if (state[start.get()]) continue;
+        state[start.get()] = 1;
+        std::vector<std::pair<const Node*, size_t>> stack{{start.get(), 0}};
+        while (!stack.empty()) {
+            const Node* n = stack.back().first;
+            const size_t next = stack.back().second++;
+            if (next == n->op->Inputs().size()) {
+                state[n] = 2;
+                stack.pop_back();
+                continue;
+            }
+            const Connection* c = ConnectionOf(n->op->Inputs()[next].get());
             if (!c) continue;
-            if (state[c->from] == 1) return c->from;
-            if (state[c->from] == 0)
-                if (const Node* hit = visit(c->from)) return hit;
+            int& s = state[c->from];
+            if (s == 1) return c->from->name;
+            if (s == 0) {
+                s = 1;
+                stack.push_back({c->from, 0});
+            }
         }
-        state[n] = 2;
-        return nullptr;
-    };
-    for (auto& n : nodes_)
-        if (state[n.get()] == 0)
-            if (const Node* hit = visit(n.get())) return hit->name;
+    }
     return {};
 }
 
@@ -81,19 +94,62 @@ void Flow::StartRender()
     for (auto& n : nodes_) n->op->OnStartRender();
 }
 
-void Flow::BeginFrame() { cache_.clear(); }
+void Flow::BeginFrame()
+{
+    cache_.clear();
+    unread_.clear();
+}
 
 namespace {
 bool Heavy(DataType t) { return t == DataType::Image || t == DataType::Mask || t == DataType::Custom; }
 }  // namespace
 
-Value Flow::InputValue(const Input* input, double time, bool images)
+// A tool on the evaluation stack: it first waits for the values its early pass
+// sees, then, once that pass has run, for what the pass asked for.
+struct Flow::Task {
+    Node* node;
+    double time;
+    std::unique_ptr<Request> early;
+};
+
+// Calls f(input, slot, time) for each value a pass states. The early pass sees
+// values but no images, and leaves connected images unstated (not fetched yet);
+// the main pass takes each slot at the time the early pass asked for, and a
+// slot the tool does not want (null time) as nothing.
+template <class F> void Flow::ForEachWanted(const Task& task, F f) const
 {
-    if (const Connection* c = ConnectionOf(input)) {
-        if (Heavy(c->output->dataType) && !images) return nullptr;
-        return Evaluate(*c->from, c->output, time);
+    const Operator& op = *task.node->op;
+    if (!task.early) {
+        for (auto& in : op.Inputs()) {
+            const Connection* c = ConnectionOf(in.get());
+            if (!c || !Heavy(c->output->dataType)) f(in.get(), 0, std::optional<double>(task.time));
+        }
+        return;
     }
-    return input->ValueAt(time);
+    const Request& early = *task.early;
+    for (auto& in : op.Inputs()) {
+        const Input* input = in.get();
+        for (int slot = 0; slot < std::max(input->attrs.slots, 1); ++slot) {
+            const std::optional<double> at = early.InputTime(input, slot);
+            if (!at && early.IsStated(input, slot) && !early.GetInputData(input, slot) &&
+                Heavy(input->attrs.dataType))
+                f(input, slot, std::optional<double>());
+            else if (slot == 0 || at)
+                f(input, slot, std::optional<double>(at ? *at : task.time));
+        }
+    }
+}
+
+// A constant or keyed value, or the cached result of a connection (none while
+// its tool is still waiting: a cycle, which validated flows never have).
+Value Flow::Fetch(const Input* input, double time) const
+{
+    const Connection* c = ConnectionOf(input);
+    if (!c) return input->ValueAt(time);
+    auto it = cache_.find({c->from, time});
+    if (it == cache_.end()) return nullptr;
+    auto out = it->second.find(c->output);
+    return out == it->second.end() ? nullptr : out->second;
 }
 
 Value Flow::Evaluate(Node& node, const Output* output, double time)
@@ -103,54 +159,79 @@ Value Flow::Evaluate(Node& node, const Output* output, double time)
     return it == outs.end() ? nullptr : it->second;
 }
 
+// Upstream tools are evaluated on a stack of the flow's own rather than by
+// recursion, so a chain of any length fits. The tool on top runs once every
+// upstream result it needs is cached; else the first one missing goes on top.
 const Flow::Outputs& Flow::Run(Node& node, double time)
 {
-    const auto key = std::make_pair(static_cast<const Node*>(&node), time);
-    if (auto it = cache_.find(key); it != cache_.end()) return it->second;
-    static const Outputs none;
-    if (running_.count(key)) return none;  // a cycle: validated flows never get here
-    running_.insert(key);
-    // A tool that throws (a bad file, say) leaves the flow usable for the next frame.
-    struct Done {
-        std::set<std::pair<const Node*, double>>& running;
-        std::pair<const Node*, double> key;
-        ~Done() { running.erase(key); }
-    } done{running_, key};
-    Operator& op = *node.op;
-    op.SetCurrentTime(time);
-    // Keyed inputs that ask to be told of changes hear of the value at this time.
-    for (auto& in : op.Inputs())
-        if (in->HasKeys() && in->attrs.notify) op.NotifyChanged(in.get(), in->ValueAt(time).get(), time);
-
-    // The early pass sees values but no images, and may ask for other times.
-    Request early(time, requestFlags, -1);
-    for (auto& in : op.Inputs()) {
-        const Connection* c = ConnectionOf(in.get());
-        if (c && Heavy(c->output->dataType)) continue;  // left unstated: not fetched yet
-        early.SetInputData(in.get(), InputValue(in.get(), time, false), 0);
-    }
-    op.CheckRequest(early);
-
-    Request request(time, requestFlags, 0);
-    for (auto& in : op.Inputs()) {
-        const Input* input = in.get();
-        for (int slot = 0; slot < std::max(input->attrs.slots, 1); ++slot) {
-            const std::optional<double> at = early.InputTime(input, slot);
-            if (!at && early.IsStated(input, slot) && !early.GetInputData(input, slot) &&
-                Heavy(input->attrs.dataType)) {
-                request.SetInputData(input, nullptr, slot);  // a slot the tool does not want
-                continue;
-            }
-            if (slot > 0 && !at) continue;
-            request.SetInputData(input, InputValue(input, at ? *at : time, true), slot);
+    const Key root{&node, time};
+    std::vector<Task> stack;
+    std::set<Key> waiting;
+    auto push = [&](Node* n, double t) {
+        stack.push_back({n, t, nullptr});
+        waiting.insert({n, t});
+    };
+    if (!cache_.count(root)) push(&node, time);
+    while (!stack.empty()) {
+        Task& task = stack.back();
+        const Key key{task.node, task.time};
+        std::optional<Key> missing;
+        ForEachWanted(task, [&](const Input* in, int, std::optional<double> at) {
+            const Connection* c = ConnectionOf(in);
+            if (missing || !at || !c) return;
+            const Key from{c->from, *at};
+            if (!cache_.count(from) && !waiting.count(from)) missing = from;
+        });
+        if (missing) {
+            push(const_cast<Node*>(missing->first), missing->second);
+            continue;
         }
+        Operator& op = *task.node->op;
+        if (!task.early) {
+            op.SetCurrentTime(task.time);
+            // Keyed inputs that ask to be told of changes hear of the value at this time.
+            for (auto& in : op.Inputs())
+                if (in->HasKeys() && in->attrs.notify) op.NotifyChanged(in.get(), in->ValueAt(task.time).get(), task.time);
+            auto early = std::make_unique<Request>(task.time, requestFlags, -1);
+            ForEachWanted(task, [&](const Input* in, int slot, std::optional<double> at) {
+                early->SetInputData(in, Fetch(in, *at), slot);
+            });
+            op.CheckRequest(*early);
+            task.early = std::move(early);
+            continue;
+        }
+        Request request(task.time, requestFlags, 0);
+        std::vector<Key> read;
+        ForEachWanted(task, [&](const Input* in, int slot, std::optional<double> at) {
+            request.SetInputData(in, at ? Fetch(in, *at) : nullptr, slot);
+            if (const Connection* c = ConnectionOf(in); c && at) read.push_back({c->from, *at});
+        });
+        for (const Key& k : read) {
+            auto left = unread_.find(k);
+            if (left != unread_.end() && --left->second <= 0) {
+                cache_.erase(k);
+                unread_.erase(left);
+            }
+        }
+        // A tool reads the file its shown File input names by itself and cannot
+        // tell what went wrong: the host vouches for the file first.
+        if (!task.node->registration->hostTool)
+            for (auto& in : op.Inputs()) {
+                auto* file = dynamic_cast<const Text*>(request.GetInputData(in.get()).get());
+                if (in->attrs.control == Control::File && in->attrs.visible && file && !file->value.empty())
+                    CheckReadableFile(file->value, kMaxTextFileBytes, "file",
+                                      "input " + in->id + " of tool " + task.node->name);
+            }
+        op.PreCalcProcess(request);
+        op.Process(request);
+        Outputs outs;
+        for (auto& out : op.Outputs()) outs[out.get()] = request.GetOutputData(out.get());
+        cache_[key] = std::move(outs);
+        if (key != root) unread_[key] = readers_[key.first];
+        waiting.erase(key);
+        stack.pop_back();
     }
-    op.PreCalcProcess(request);
-    op.Process(request);
-
-    Outputs outs;
-    for (auto& out : op.Outputs()) outs[out.get()] = request.GetOutputData(out.get());
-    return cache_[key] = std::move(outs);
+    return cache_[root];
 }
 
 }  // namespace host

@@ -4,7 +4,6 @@
 #pragma once
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 #include "host/operator.h"
@@ -41,21 +40,27 @@ public:
 
     // Starts a render run: operators forget what earlier runs left them.
     void StartRender();
-    // Starts one render: every tool and time is evaluated at most once in it.
+    // Starts one render: each tool and time is evaluated once in it, and its
+    // result kept until every connection that reads it has (then freed, so a
+    // long chain holds few images at once).
     void BeginFrame();
     Value Evaluate(Node& node, const Output* output, double time);
 
     uint32_t requestFlags = 0;
 
 private:
+    using Key = std::pair<const Node*, double>;
     using Outputs = std::map<const Output*, Value>;
+    struct Task;
     const Outputs& Run(Node& node, double time);
-    Value InputValue(const Input* input, double time, bool images);
+    template <class F> void ForEachWanted(const Task& task, F f) const;
+    Value Fetch(const Input* input, double time) const;
 
     std::vector<std::unique_ptr<Node>> nodes_;
     std::map<const Input*, Connection> connections_;
-    std::map<std::pair<const Node*, double>, Outputs> cache_;
-    std::set<std::pair<const Node*, double>> running_;
+    std::map<const Node*, int> readers_;  // connections that read each tool
+    std::map<Key, Outputs> cache_;
+    std::map<Key, int> unread_;  // readers still to come of a cached result
 };
 
 }  // namespace host

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <new>
 #include <sys/mman.h>
+#include "host/limits.h"
 
 namespace host {
 
@@ -39,6 +40,7 @@ Image::Image(const ImageSpec& spec) : spec_(spec)
 {
     spec_.width = std::max(spec_.width, 0);
     spec_.height = std::max(spec_.height, 0);
+    CheckImageSize(spec_.width, spec_.height, "cannot make an image");
     rowBytes_ = static_cast<size_t>(spec_.width) * PixelBytes();
     size_t bytes = rowBytes_ * static_cast<size_t>(spec_.height);
     data_ = Allocate(bytes);

@@ -37,6 +37,7 @@ struct ImageSpec {
     int field = 0;                      // 0 frame, 1 or 2 for a field
     double yOffset = 0.0;
     std::vector<int> aux;               // auxiliary channel numbers (4 and above)
+    int fileBits = 0;                   // bits per channel of the file it came from; 0 if made
 };
 
 enum BlurFilter : int { BlurBox = 0, BlurGaussian = 4 };
@@ -76,6 +77,7 @@ public:
     double YAspect() const { return spec_.yAspect; }
     int FullWidth() const { return spec_.fullWidth; }
     int FullHeight() const { return spec_.fullHeight; }
+    int FileBits() const { return spec_.fileBits; }
     void SetFullSize(int w, int h) { spec_.fullWidth = w; spec_.fullHeight = h; }
     void SetAspect(double xa, double ya) { spec_.xAspect = xa; spec_.yAspect = ya; }
     void SetField(int f, double yOffset) { spec_.field = f; spec_.yOffset = yOffset; }

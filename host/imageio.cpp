@@ -10,6 +10,7 @@
 #include <unistd.h>
 #include <vector>
 #include "host/errors.h"
+#include "host/limits.h"
 
 namespace host {
 
@@ -94,10 +95,11 @@ std::string FramePath(const std::string& pattern, int frame)
 
 void CheckImageFile(const std::string& path)
 {
-    if (!fs::exists(path)) throw BadInput("file not found: " + path);
+    CheckReadableFile(path, UINTMAX_MAX, "file");
     QuietStderr quiet;
     auto in = OIIO::ImageInput::open(path);
     if (!in) throw BadInput("cannot read image " + path + ": " + FirstLine(OIIO::geterror()));
+    CheckImageSize(in->spec().width, in->spec().height, "cannot read image " + path);
 }
 
 bool IsImageFileName(const std::string& path)
@@ -110,24 +112,31 @@ bool IsImageFileName(const std::string& path)
 
 Image* ReadImage(const std::string& path)
 {
-    if (!fs::exists(path)) throw BadInput("file not found: " + path);
+    CheckReadableFile(path, UINTMAX_MAX, "file");
     QuietStderr quiet;
     auto in = OIIO::ImageInput::open(path);
     if (!in) throw BadInput("cannot read image " + path + ": " + FirstLine(OIIO::geterror()));
     const OIIO::ImageSpec& spec = in->spec();
     if (spec.width <= 0 || spec.height <= 0 || spec.nchannels <= 0)
         throw BadInput("cannot read image " + path + ": no pixels");
+    CheckImageSize(spec.width, spec.height, "cannot read image " + path);
     const OIIO::TypeDesc::BASETYPE base = static_cast<OIIO::TypeDesc::BASETYPE>(spec.format.basetype);
     const bool isFloat = base == OIIO::TypeDesc::HALF || base == OIIO::TypeDesc::FLOAT ||
                          base == OIIO::TypeDesc::DOUBLE;
-    const int nc = spec.nchannels;
+    int alpha = spec.alpha_channel;
+    if (alpha < 0 && (spec.nchannels == 4 || spec.nchannels == 2)) alpha = spec.nchannels - 1;
+    const int colours = std::min(alpha >= 0 ? spec.nchannels - 1 : spec.nchannels, 3);
     ImageSpec is;
     is.width = spec.width;
     is.height = spec.height;
     is.depth = isFloat ? DepthFloat32 : DepthInt16;
+    is.fileBits = static_cast<int>(spec.format.size()) * 8;
     is.xAspect = spec.get_float_attribute("PixelAspectRatio", 1.0f);
     if (!(is.xAspect > 0.0)) is.xAspect = 1.0;
-    // Read every channel in the image's own type, then spread to RGBA.
+    // Only the channels used are read, each in the image's own type: a file
+    // of many layers costs no more than its colours and alpha (which follows
+    // them in files that have more).
+    const int nc = std::max(colours, alpha + 1);
     const size_t count = size_t(spec.width) * spec.height * nc;
     std::vector<float> fpix;
     std::vector<uint16_t> wpix;
@@ -140,9 +149,6 @@ Image* ReadImage(const std::string& path)
         ok = in->read_image(0, 0, 0, nc, OIIO::TypeDesc::UINT16, wpix.data());
     }
     if (!ok) throw BadInput("cannot read image " + path + ": " + FirstLine(in->geterror()));
-    int alpha = spec.alpha_channel;
-    if (alpha < 0 && (nc == 4 || nc == 2)) alpha = nc - 1;
-    const int colours = alpha >= 0 ? nc - 1 : nc;
     Image* img = Image::New(is);
     // Rows count upward from the bottom of the picture, files downward from the top.
     for (int y = 0; y < spec.height; ++y) {
@@ -184,7 +190,11 @@ void WriteImage(const Image& image, const std::string& path, FileDepth depth)
     case FileDepth::Int16: format = OIIO::TypeDesc::UINT16; break;
     case FileDepth::Half: format = OIIO::TypeDesc::HALF; break;
     case FileDepth::Float: format = OIIO::TypeDesc::FLOAT; break;
-    default: format = image.IsFloat() ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::UINT16;
+    default:
+        // The depth of the file the image came from, else the image's own.
+        if (image.FileBits() == 8) format = OIIO::TypeDesc::UINT8;
+        else if (image.FileBits() == 16 && image.IsFloat()) format = OIIO::TypeDesc::HALF;
+        else format = image.IsFloat() ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::UINT16;
     }
     // Formats that lack the depth get their nearest: EXR has no 16-bit
     // integers (half), PNG no floats (16-bit), JPEG only 8 bits.

@@ -6,7 +6,8 @@
 
 namespace host {
 
-// What a Saver writes: the input's own depth, or a chosen one.
+// What a Saver writes: Auto keeps the depth of the file the image was read
+// from (an image made from nothing has its own), or a chosen one.
 enum class FileDepth { Auto = 0, Int8 = 1, Int16 = 2, Half = 3, Float = 4 };
 
 bool IsSequence(const std::string& pattern);
@@ -14,12 +15,13 @@ bool IsSequence(const std::string& pattern);
 std::string FramePath(const std::string& pattern, int frame);
 
 // Reads a file: 8- and 16-bit files as 16-bit integer images, half and float
-// files as float images. Row 0 is the bottom of the picture, as everywhere in
+// files as float images, each noting the file's bits per channel. Row 0 is the bottom of the picture, as everywhere in
 // the host; files keep their top row first. Throws BadInput naming the file
 // and what is wrong.
 Image* ReadImage(const std::string& path);
 
-// Opens the file's header: BadInput when it is missing or not an image.
+// Opens the file's header: BadInput when it is missing, not an image, or
+// larger than the host's limits.
 void CheckImageFile(const std::string& path);
 
 // Writes through a temporary name in the same folder and renames it when

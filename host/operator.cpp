@@ -1,6 +1,9 @@
 #include "host/operator.h"
 #include <cmath>
 #include <iterator>
+#include <limits>
+#include "host/errors.h"
+#include "host/limits.h"
 #include "host/registry.h"
 #include "host/threads.h"
 
@@ -41,6 +44,44 @@ template <class V, class Lerp> V Interpolate(const std::map<double, V>& keys, do
 }
 
 }  // namespace
+
+double ConformNumber(const Input& input, double v, const std::string& what)
+{
+    const InputAttrs& a = input.attrs;
+    const std::string got = ", got " + Number(v).ToText();
+    if (!(std::fabs(v) <= std::numeric_limits<float>::max()))
+        throw BadInput(what + " takes a finite number" + got);
+    const bool whole = v == std::floor(v);
+    if ((a.control == Control::MultiButton || a.control == Control::Combo) && !a.items.empty()) {
+        if (whole && v >= 0.0 && v < static_cast<double>(a.items.size())) return v;
+        std::string list;
+        for (size_t i = 0; i < a.items.size(); ++i) list += (i ? ", " : "") + std::to_string(i) + " " + a.items[i];
+        throw BadInput(what + " takes one of " + list + got);
+    }
+    if (a.control == Control::Checkbox && v != 0.0 && v != 1.0)
+        throw BadInput(what + " takes 0 (off) or 1 (on)" + got);
+    const std::string wholeNumbers = " takes a whole number from -16777216 to 16777216";
+    if (a.integer && !whole) throw BadInput(what + wholeNumbers + got);
+    const bool below = a.hardMin && v < *a.hardMin, above = a.hardMax && v > *a.hardMax;
+    if ((below || above) && !a.hardReason.empty()) {
+        const std::string lo = a.hardMin ? Number(*a.hardMin).ToText() : "", hi = a.hardMax ? Number(*a.hardMax).ToText() : "";
+        throw BadInput(what + " takes " + lo + ".." + hi + got + ": " + a.hardReason);
+    }
+    v = below ? *a.hardMin : above ? *a.hardMax : v;
+    if (a.integer && std::fabs(v) > kMaxWhole) throw BadInput(what + wholeNumbers + got);
+    return v;
+}
+
+Value Conform(const Input& input, Value value, const std::string& what)
+{
+    if (auto* n = dynamic_cast<const Number*>(value.get())) return MakeNumber(ConformNumber(input, n->value, what));
+    if (auto* p = dynamic_cast<const Point*>(value.get())) {
+        const float most = std::numeric_limits<float>::max();
+        if (!(std::fabs(p->x) <= most && std::fabs(p->y) <= most))
+            throw BadInput(what + " takes a point of finite numbers, got " + p->ToText());
+    }
+    return value;
+}
 
 Value Input::Default() const
 {
@@ -246,10 +287,15 @@ SourceOperator::SourceOperator()
     size.control = Control::Slider;
     size.integer = true;
     size.hardMin = 1.0;
+    size.hardMax = static_cast<double>(kMaxImageSide);
+    size.hardReason = "images are 1 to 32768 pixels a side";
     size.softMin = 1.0;
     size.softMax = 4096.0;
     size.defaultNumber = 1920.0;
     widthInput = AddInput("Width", "Width", size);
+    size.hardMin = 2.0;
+    size.softMin = 2.0;
+    size.hardReason = "generators make images at least 2 rows high, and at most 32768";
     size.defaultNumber = 1080.0;
     heightInput = AddInput("Height", "Height", size);
     output = AddOutput("Output", "Output", DataType::Image, 1);

@@ -32,6 +32,9 @@ struct InputAttrs {
     std::optional<std::pair<double, double>> defaultPoint;
     std::optional<std::string> defaultText;
     std::optional<double> softMin, softMax, hardMin, hardMax;
+    // Why a value from outside beyond the hard limits is refused; without a
+    // reason it is clamped to them.
+    std::string hardReason;
     std::vector<std::string> items;
     bool radio = false;
     bool integer = false;
@@ -53,6 +56,7 @@ struct InputAttrs {
     int controlParam = 0;
     bool variantA = false, variantB = false;
     bool nest = false;  // the head of a collapsing nest, not a value
+    bool applies = true;  // false: made by a rule for all tools, of no use to this one
 };
 
 // Where an input's value comes from.
@@ -60,6 +64,14 @@ struct Keyframes {
     std::map<double, double> numbers;  // time -> value, linear between keys
     std::map<double, std::pair<double, double>> points;
 };
+
+// A value from outside (command line, flow file) held to what `input` declares:
+// a number finite in single precision, whole where the input is integer, one
+// of its items for a list, 0 or 1 for a checkbox, and within the hard limits,
+// clamped or refused as the input says. Other values pass as they are.
+// BadInput begins with `what`.
+Value Conform(const Input& input, Value value, const std::string& what);
+double ConformNumber(const Input& input, double value, const std::string& what);
 
 class Input {
 public:
@@ -169,6 +181,7 @@ public:
     double CurrentTime() const { return currentTime_; }
     void SetCurrentTime(double t) { currentTime_ = t; }
     const Registration* registration = nullptr;
+    std::string summary;  // a line a front end shows under the tool's name
 
     // Runs MultiProcess for each job on the pool; returns when all are done.
     void DoMultiProcess(Request& request, int jobs);
@@ -195,6 +208,8 @@ Operator* CreateOperator(const Registration& registration);
 class SourceOperator : public ThreadedOperator {
 public:
     SourceOperator();
+    // A made image is at least 2 rows high, so Height refuses less from
+    // outside rather than hand over another size.
     Input* widthInput = nullptr;
     Input* heightInput = nullptr;
     Output* output = nullptr;

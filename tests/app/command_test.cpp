@@ -1,11 +1,13 @@
 // The zelvarine command run as a user would, in a temporary folder: exact
-// pixels through image files, a flow over a sequence, and every error case
-// giving status 2, one line naming the thing, and no file left behind.
+// pixels through image files, a flow over a sequence, and every kind of bad
+// input (values, sizes, files, frames, outputs) giving status 2, one line
+// naming the thing, and no file left behind.
 #include <gtest/gtest.h>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <tuple>
 #include "app/values.h"
 #include "command_support.h"
 #include "host/errors.h"
@@ -165,7 +167,7 @@ TEST_F(CommandTest, FlowErrorsAreFoundBeforeAnyFrameRenders)
     const std::string saver = R"("out": { "tool": "Saver", "file": "out.####.png", "inputs": { "Image": { "from": "b" } } })";
     ExpectBadInput(flow(loader + R"(, "b": { "tool": "Glow" }, )" + saver), "unknown tool: Glow");
     ExpectBadInput(flow(loader + R"(, "b": { "tool": "S_1", "inputs": { "Image": { "from": "plate" }, "Glow": 1 } }, )" + saver),
-                   "unknown input Glow of b");
+                   "unknown input Glow of tool b (see: zelvarine info \"Sample Brightness\")");
     ExpectBadInput(flow(loader + R"(, "b": { "tool": "S_1", "inputs": { "Image": { "from": "plate" }, "Brightness": "high" } }, )" + saver),
                    "input Brightness of tool b expects a number, got a text");
     ExpectBadInput(flow(loader + R"(, "b": { "tool": "S_1", "inputs": { "Image": { "from": "ghost" } } }, )" + saver),
@@ -201,6 +203,216 @@ TEST_F(CommandTest, AFailedFrameStopsTheRenderAndKeepsEarlierFrames)
     EXPECT_FALSE(fs::exists(dir.path / "out.0002.png"));
     EXPECT_FALSE(fs::exists(dir.path / "out.0003.png"));
     for (auto& f : Files()) EXPECT_EQ(f.find(".tmp"), std::string::npos) << f;
+}
+
+// Rows of a command and what its one line of bad input says.
+using Refusals = std::vector<std::pair<std::string, std::string>>;
+
+TEST_F(CommandTest, ValuesAreHeldToWhatTheInputDeclares)
+{
+    WriteInt("in.png", {1000, 2000, 3000, 65535}, 4, 2);
+    for (auto& [args, what] : Refusals{
+             {"run Hue/Saturation Image=in.png LightnessAdd=nan -o o.png",
+              "input LightnessAdd of Hue/Saturation takes a finite number, got nan"},
+             {"run Hue/Saturation Image=in.png LightnessAdd=-inf -o o.png", "takes a finite number, got -inf"},
+             {"run Hue/Saturation Image=in.png LightnessAdd=1e309 -o o.png", "takes a finite number, got inf"},
+             {"run Hue/Saturation Image=in.png LightnessAdd=1e39 -o o.png", "takes a finite number, got 1e+39"},
+             {"run Invert Image=in.png Type=3 -o o.png",
+              "input Type of Invert takes one of 0 Color, 1 Luminance, 2 Hue, got 3"},
+             {"run Invert Image=in.png Type=2.5 -o o.png", "2 Hue, got 2.5"},
+             {"run Transform Image=in.png KFil=7 -o o.png", "input KFil of Transform takes one of 0 None, 1 Pixel, 2 Area, got 7"},
+             {"run Invert Image=in.png KCCA=2 -o o.png", "input KCCA of Invert takes 0 (off) or 1 (on), got 2"},
+             {"run Random Seed=7.5", "input Seed of Random takes a whole number from -16777216 to 16777216, got 7.5"},
+             {"run Pattern --size 4x4 Center=nan,0.5 -o o.png", "input Center of Pattern takes a point of finite numbers, got nan,0.5"},
+             {"run Random --time inf", "--time: inf is not a time from -16777216 to 16777216"},
+             {"run Random --time 1e9", "--time: 1e+09 is not a time"},
+         })
+        ExpectBadInput(Run(args), what);
+    auto flow = [&](const std::string& inputs) {
+        WriteText("flow.json", R"({ "frames": [1, 2], "tools": {
+            "p": { "tool": "Pattern", "inputs": { "Width": 4, "Height": 4, )" + inputs + R"( } },
+            "out": { "tool": "Saver", "file": "out.####.png", "inputs": { "Image": { "from": "p" } } } } })");
+        return Run("render flow.json");
+    };
+    for (auto& [inputs, what] : Refusals{
+             {R"("Size": 1e999)", "flow file flow.json: number overflow parsing '1e999'"},
+             {R"("Size": 1e300)", "input Size of tool p takes a finite number, got 1e+300"},
+             {R"("Type": 5)", "input Type of tool p takes one of 0 Triangles, 1 Grid, 2 Honeycomb, got 5"},
+             {R"("Type": { "keys": { "1": 0, "2": 4 } })", "input Type of tool p at key 2 takes one of"},
+             {R"("Size": { "keys": { "nan": 0.1 } })", "input Size of tool p: key time: nan is not a time"},
+             {R"("Rotation": { "keys": { "1e30": 0 } })", "key time: 1e+30 is not a time"},
+         })
+        ExpectBadInput(flow(inputs), what);
+    EXPECT_EQ(Files(), (std::vector<std::string>{"flow.json", "in.png"}));
+    // Beyond a hard limit that gives no reason to refuse, a value is clamped.
+    ASSERT_EQ(Run("run Pattern --size 8x6 Rotation=400 -o over.png").code, 0);
+    ASSERT_EQ(Run("run Pattern --size 8x6 Rotation=360 -o top.png").code, 0);
+    EXPECT_EQ(Slurp(dir.path / "over.png"), Slurp(dir.path / "top.png"));
+}
+
+TEST_F(CommandTest, SizesAndFilesBeyondTheLimitsAreRefusedBeforeAllocating)
+{
+    WriteText("big.txt", "");
+    fs::resize_file(dir.path / "big.txt", (16 << 20) + 1);
+    WriteText("huge.ppm", "P6\n40000 40000\n255\n");  // a header, no pixels
+    for (auto& [args, what] : Refusals{
+             {"run Pattern --size 99999999999x1 -o p.png",
+              "--size 99999999999x1: Width takes 1..32768, got 99999999999: images are 1 to 32768 pixels a side"},
+             {"run Pattern --size 100000x100000 -o p.png", "Width takes 1..32768, got 100000"},
+             {"run Pattern Width=100000 Height=100000 -o p.png", "input Width of Pattern takes 1..32768, got 100000"},
+             {"run Pattern --size 20000x20000 -o p.png",
+              "--size 20000x20000: 20000x20000 is more than 268435456 pixels (16384x16384)"},
+             {"run Pattern Width=20000 Height=20000 -o p.png", "cannot make an image: 20000x20000 is more than"},
+             {"run Pattern --size 4x -o p.png", "--size takes WIDTHxHEIGHT, got '4x'"},
+             {"run \"From file\" Filename=/dev/zero", "file /dev/zero is not a regular file (input Filename of tool From file)"},
+             {"run \"From file\" Filename=big.txt", "file big.txt is larger than 16 MiB"},
+             {"run Invert Image=huge.ppm -o p.png", "cannot read image huge.ppm: 40000x40000 is larger than 32768 pixels a side"},
+         })
+        ExpectBadInput(Run(args), what);
+}
+
+TEST_F(CommandTest, GeneratorsMakeTheSizeAskedForOrRefuseIt)
+{
+    for (auto& [args, what] : Refusals{
+             {"run Pattern --size 1x1 -o p.png", "--size 1x1: Height takes 2..32768, got 1: generators make images at least 2 rows high"},
+             {"run Pattern --size 7x1 -o p.png", "generators make images at least 2 rows high"},
+             {"run Blobs Height=1 -o p.png", "input Height of Blobs takes 2..32768, got 1: generators make images at least 2 rows high"},
+             {"run Pattern --size 0x4 -o p.png", "Width takes 1..32768, got 0"},
+         })
+        ExpectBadInput(Run(args), what);
+    for (const char* tool : {"Pattern", "Blobs"}) {
+        ASSERT_EQ(Run(std::string("run ") + tool + " --size 7x2 -o p.png").code, 0) << tool;
+        host::Image* img = host::ReadImage((dir.path / "p.png").string());
+        EXPECT_EQ(std::make_pair(img->Width(), img->Height()), std::make_pair(7, 2)) << tool;
+        img->Recycle();
+    }
+    EXPECT_NE(Run("info Pattern").out.find("2!..32768!"), std::string::npos);
+}
+
+TEST_F(CommandTest, PathsThatCannotBeUsedAreBadInputNotOurFault)
+{
+    fs::create_directory(dir.path / "folder");
+    fs::create_directory_symlink("loop", dir.path / "loop");  // a link to itself
+    for (auto& [args, what] : Refusals{
+             {"render folder", "flow file folder is a folder"},
+             {"run \"From file\" Filename=folder", "file folder is a folder"},
+             {"run Invert Image=folder -o o.png", "file folder is a folder"},
+             {"render loop/flow.json", "cannot read flow file loop/flow.json: Too many levels of symbolic links"},
+             {"run Invert Image=loop/in.png -o o.png", "Too many levels of symbolic links"},
+             {"run Pattern --size 4x4 -o loop/o.png", "Too many levels of symbolic links"},
+         })
+        ExpectBadInput(Run(args), what);
+    if (geteuid() != 0) {  // root enters any folder
+        WriteText("folder/flow.json", "{}");
+        fs::permissions(dir.path / "folder", fs::perms::none);
+        ExpectBadInput(Run("render folder/flow.json"), "Permission denied");
+        fs::permissions(dir.path / "folder", fs::perms::owner_all);
+    }
+}
+
+TEST_F(CommandTest, FrameRangesAreWholeAndBounded)
+{
+    auto flow = [&](const std::string& frames, const std::string& file = "out.####.png") {
+        WriteText("flow.json", R"({ "frames": )" + frames + R"(, "tools": {
+            "p": { "tool": "Pattern", "inputs": { "Width": 4, "Height": 4 } },
+            "out": { "tool": "Saver", "file": ")" + file + R"(", "inputs": { "Image": { "from": "p" } } } } })");
+    };
+    flow("[1, 2]");
+    for (auto& [args, what] : Refusals{
+             {"render flow.json --frames 2147483647-2147483647",
+              "--frames 2147483647-2147483647: frame 2147483647 is outside -16777216..16777216"},
+             {"render flow.json --frames 1-2000000", "--frames 1-2000000: 2000000 frames; a render makes at most 1000000"},
+             {"render flow.json --frames 1.5-2", "--frames takes A or A-B, whole frame numbers, got '1.5-2'"},
+             {"render flow.json --frames 1-", "got '1-'"},
+             {"render flow.json --frames 3-2", "the first frame 3 is after the last 2"},
+             {"render flow.json --threads 0", "--threads takes a count from 1 to 1024, got '0'"},
+             {"render flow.json --threads 99999999999", "--threads takes a count from 1 to 1024"},
+         })
+        ExpectBadInput(Run(args), what);
+    flow("[1, 2000000000]");
+    ExpectBadInput(Run("render flow.json"), "flow.json: \"frames\": frame 2000000000 is outside -16777216..16777216");
+    flow("[1, 2]");
+    Result r = Run("render flow.json --frames 16777216");
+    EXPECT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(r.out, "wrote out.16777216.png .. out.16777216.png\n");
+}
+
+TEST_F(CommandTest, OutputsAreNeverSilentlyOverwrittenOrIgnored)
+{
+    auto flow = [&](const std::string& frames, const std::string& savers) {
+        WriteText("flow.json", R"({ "frames": )" + frames + R"(, "tools": {
+            "p": { "tool": "Pattern", "inputs": { "Width": 4, "Height": 4 } }, )" + savers + "} }");
+        return Run("render flow.json");
+    };
+    const std::string a = R"("a": { "tool": "Saver", "file": "out.####.png", "inputs": { "Image": { "from": "p" } } })";
+    ExpectBadInput(flow("[1, 2]", a + R"(, "b": { "tool": "Saver", "file": "out.%04d.png", "inputs": { "Image": { "from": "p" } } })"),
+                   "Savers a and b would both write out.0001.png");
+    const std::string still = R"("still": { "tool": "Saver", "file": "out.png", "inputs": { "Image": { "from": "p" } } })";
+    ExpectBadInput(flow("[1, 3]", still), "Saver still would write out.png over again on each of 3 frames: put # in its file name");
+    EXPECT_EQ(Files(), (std::vector<std::string>{"flow.json"}));
+    EXPECT_EQ(flow("[2, 2]", still).code, 0);
+
+    ExpectBadInput(Run("run Random -o x.png"),
+                   "-o x.png: Random makes a number, printed on standard output or written to a .txt or .json file");
+    const Result printed = Run("run Random Seed=7 --time 12");
+    ASSERT_EQ(printed.code, 0);
+    ASSERT_EQ(Run("run Random Seed=7 --time 12 -o v.txt").code, 0);
+    EXPECT_EQ(Slurp(dir.path / "v.txt"), printed.out);
+    ASSERT_EQ(Run("run Random Seed=7 --time 12 -o v.json").code, 0);
+    EXPECT_EQ(Slurp(dir.path / "v.json"), "{\n  \"Number\": " + printed.out.substr(0, printed.out.size() - 1) + "\n}\n");
+}
+
+TEST_F(CommandTest, AutoDepthKeepsTheBitsOfTheFileReadIn)
+{
+    host::ImageSpec spec;
+    spec.width = spec.height = 2;
+    host::Image* eight = host::Image::New(spec);
+    for (int i = 0; i < 16; ++i) eight->RowW(i / 8)[i % 8] = 257 * (i * 16);  // 8-bit codes
+    host::WriteImage(*eight, (dir.path / "in8.png").string(), host::FileDepth::Int8);
+    eight->Recycle();
+    WriteText("flow.json", R"({ "frames": [1, 1], "tools": {
+        "plate": { "tool": "Loader", "file": "in8.png" },
+        "inv": { "tool": "Invert", "inputs": { "Image": { "from": "plate" } } },
+        "png": { "tool": "Saver", "file": "out.####.png", "inputs": { "Image": { "from": "inv" } } },
+        "exr": { "tool": "Saver", "file": "out.####.exr", "inputs": { "Image": { "from": "plate" } } } } })");
+    ASSERT_EQ(Run("render flow.json").code, 0);
+    ASSERT_EQ(Run("run Invert Image=in8.png -o run.png").code, 0);
+    ASSERT_EQ(Run("run Pattern --size 4x4 -o made.png").code, 0);
+    for (auto [file, bits, isFloat] : {std::tuple{"out.0001.png", 8, false}, {"run.png", 8, false},
+                                       {"out.0001.exr", 16, true}, {"made.png", 16, false}}) {
+        host::Image* img = host::ReadImage((dir.path / file).string());
+        EXPECT_EQ(img->FileBits(), bits) << file;
+        EXPECT_EQ(img->IsFloat(), isFloat) << file;
+        img->Recycle();
+    }
+}
+
+TEST_F(CommandTest, FirstStepsGetPlainAnswers)
+{
+    ExpectBadInput(Run("frobnicate"), "unknown command: frobnicate");
+    Result r = Run("--version");
+    EXPECT_EQ(r.code, 0);
+    EXPECT_EQ(r.out.rfind("zelvarine ", 0), 0u) << r.out;
+    // Number and text tools list only what they use; --all shows the rest.
+    r = Run("info Random");
+    EXPECT_EQ(r.out.find("KCCR"), std::string::npos);
+    EXPECT_EQ(r.out.find("ZVMT"), std::string::npos);
+    EXPECT_EQ(r.out.find("Standard controls"), std::string::npos);
+    EXPECT_NE(Run("info Random --all").out.find("KCCR"), std::string::npos);
+    EXPECT_NE(Run("info Invert").out.find("Standard controls: RGBA switches, super-sampling, super-sampling filter size, "
+                                          "pre-divide / post-multiply, trails, multi-threading\n"),
+              std::string::npos);
+    EXPECT_NE(Run("info Bend").out.find("Standard controls: RGBA switches, under-sampling, filtering, edges, "
+                                        "warp mask, trails, multi-threading\n"),
+              std::string::npos);
+    ExpectBadInput(Run("run Hue/Saturation Sparkle=1"),
+                   "unknown input Sparkle of Hue/Saturation (see: zelvarine info \"Hue/Saturation\")");
+    // The README's first example keeps an opaque plate opaque.
+    WriteInt("plate.png", {1000, 40000, 65535, 65535}, 2, 2);
+    ASSERT_EQ(Run("run Invert Image=plate.png Type=1 KCCA=0 -o inverted.exr").code, 0);
+    host::Image* out = host::ReadImage((dir.path / "inverted.exr").string());
+    EXPECT_EQ(out->RowF(0)[3], 1.0f);
+    out->Recycle();
 }
 
 TEST(AppValues, AmbiguousShortNameListsTheCandidates)
