@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include "app/flowfile.h"
@@ -30,7 +31,7 @@ std::string Number(double v) { return host::Number(v).ToText(); }
 
 std::string TypeName(const host::Input& in)
 {
-    return in.attrs.dataType == DataType::Custom ? in.attrs.typeId : host::DataTypeName(in.attrs.dataType);
+    return host::TypeName(in.attrs.dataType, in.attrs.typeId);
 }
 
 std::string DefaultText(const host::Input& in)
@@ -112,7 +113,7 @@ int InfoCommand(const std::string& name, bool asJson, bool all)
         for (auto& in : op->Inputs()) {
             if (!listed(*in)) continue;
             const auto& a = in->attrs;
-            json j{{"id", in->id}, {"name", in->label}, {"type", TypeName(*in)},
+            json j{{"id", in->id}, {"alias", in->alias}, {"name", in->label}, {"type", TypeName(*in)},
                    {"control", host::ControlName(a.control)}, {"page", in->page},
                    {"visible", a.visible}, {"slots", a.slots}, {"group", a.group}};
             if (a.defaultPoint) j["default"] = {a.defaultPoint->first, a.defaultPoint->second};
@@ -129,7 +130,7 @@ int InfoCommand(const std::string& name, bool asJson, bool all)
         }
         for (auto& out : op->Outputs())
             outputs.push_back({{"id", out->id},
-                               {"type", out->typeId.empty() ? host::DataTypeName(out->dataType) : out->typeId}});
+                               {"type", host::TypeName(out->dataType, out->typeId)}});
         json tool{{"name", reg.name}, {"class", reg.className}, {"short", reg.shortName},
                   {"category", reg.category}, {"help", reg.help}, {"summary", op->summary},
                   {"inputs", inputs}, {"outputs", outputs}};
@@ -141,7 +142,7 @@ int InfoCommand(const std::string& name, bool asJson, bool all)
     if (!op->summary.empty()) std::cout << op->summary << "\n";
     std::cout << "\nInputs\n";
     std::vector<std::vector<std::string>> rows{
-        {"ID", "NAME", "TYPE", "CONTROL", "DEFAULT", "RANGE", "PAGE", "NOTES"}};
+        {"ID", "ALIAS", "NAME", "TYPE", "CONTROL", "DEFAULT", "RANGE", "PAGE", "NOTES"}};
     for (auto& in : op->Inputs()) {
         if (!listed(*in)) continue;
         const auto& a = in->attrs;
@@ -155,13 +156,13 @@ int InfoCommand(const std::string& name, bool asJson, bool all)
         if (a.group >= 0) notes += std::string(notes.empty() ? "" : "; ") + "group " + std::to_string(a.group);
         std::string control = host::ControlName(a.control);
         if (a.integer) control += " (integer)";
-        rows.push_back({in->id, in->label, TypeName(*in), control, DefaultText(*in), Limits(*in), in->page, notes});
+        rows.push_back({in->id, in->alias, in->label, TypeName(*in), control, DefaultText(*in), Limits(*in), in->page, notes});
     }
     PrintTable(rows);
     std::cout << "\nOutputs\n";
     std::vector<std::vector<std::string>> outs{{"ID", "TYPE"}};
     for (auto& out : op->Outputs())
-        outs.push_back({out->id, out->typeId.empty() ? host::DataTypeName(out->dataType) : out->typeId});
+        outs.push_back({out->id, host::TypeName(out->dataType, out->typeId)});
     PrintTable(outs);
     return 0;
 }
@@ -193,20 +194,18 @@ void CheckOutput(const std::string& output, const std::vector<std::string>& inpu
     if (!fs::is_directory(folder)) throw BadInput("cannot write " + output + ": no folder " + folder.string());
 }
 
-// Written under a temporary name in the same folder and renamed when complete.
-void WriteText(const std::string& path, const std::string& text)
+// Written under a temporary name in the same folder and renamed when complete:
+// `write` fills the temporary file, and throws naming what went wrong.
+void WriteWhole(const std::string& path, const std::function<void(const std::string&)>& write)
 {
     const fs::path target(path);
     const fs::path temp = target.parent_path() / ("." + target.filename().string() + ".tmp" + std::to_string(getpid()));
     std::error_code ec;
-    {
-        std::ofstream file(temp, std::ios::binary);
-        file << text;
-        file.close();
-        if (!file) {
-            fs::remove(temp, ec);
-            throw BadInput("cannot write " + path);
-        }
+    try {
+        write(temp.string());
+    } catch (...) {
+        fs::remove(temp, ec);
+        throw;
     }
     fs::rename(temp, target, ec);
     if (ec) {
@@ -215,11 +214,30 @@ void WriteText(const std::string& path, const std::string& text)
     }
 }
 
+void WriteText(const std::string& path, const std::string& text)
+{
+    WriteWhole(path, [&](const std::string& temp) {
+        std::ofstream file(temp, std::ios::binary);
+        file << text;
+        file.close();
+        if (!file) throw BadInput("cannot write " + path);
+    });
+}
+
+// Whether the output's own kind writes files with this extension (shapes to
+// .svg, tables to .csv, ...).
+bool WritesTo(const host::Output* out, const std::string& ext)
+{
+    const host::ParameterClass* kind = out ? host::FindParameterClass(out->typeId) : nullptr;
+    if (!kind || !kind->write) return false;
+    return std::find(kind->extensions.begin(), kind->extensions.end(), ext) != kind->extensions.end();
+}
+
 std::string Kind(const host::Output& out)
 {
     if (out.dataType == DataType::Number) return "a number";
     if (out.dataType == DataType::Text) return "a text";
-    return "a " + (out.typeId.empty() ? std::string(host::DataTypeName(out.dataType)) : out.typeId) + " value";
+    return "a " + host::TypeName(out.dataType, out.typeId) + " value";
 }
 
 }  // namespace
@@ -268,7 +286,7 @@ int RunCommand(const RunOptions& o)
         if (!host::IsImageFileName(o.output))
             throw BadInput("-o " + o.output + ": not an image file name (.exr, .tif, .png, .jpg, .dpx, ...)");
         CheckOutput(o.output, files);
-    } else if (!o.output.empty()) {
+    } else if (!o.output.empty() && !WritesTo(main, ext)) {
         if (ext != ".txt" && ext != ".json")
             throw BadInput("-o " + o.output + ": " + reg.name + " makes " + (main ? Kind(*main) : "no value") +
                            ", printed on standard output or written to a .txt or .json file");
@@ -281,6 +299,13 @@ int RunCommand(const RunOptions& o)
         auto* image = dynamic_cast<const host::ImageValue*>(v.get());
         if (!image || !image->image) throw BadInput(reg.name + " made no image: is its image input given?");
         host::WriteImage(*image->image, o.output, host::FileDepth::Auto);
+        return 0;
+    }
+    if (WritesTo(main, ext)) {
+        host::Value v = flow.Evaluate(node, main, o.time);
+        if (!v) throw BadInput(reg.name + " made no value to write to " + o.output);
+        const host::ParameterClass& kind = *host::FindParameterClass(main->typeId);
+        WriteWhole(o.output, [&](const std::string& temp) { kind.write(*v, temp); });
         return 0;
     }
     const auto& outs = node.op->Outputs();

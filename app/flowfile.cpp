@@ -79,8 +79,7 @@ void SetInput(FlowFile& ff, host::Flow::Node& node, const std::string& id, const
                                                    : out->dataType == type;
         if (!fits)
             throw BadInput(where + " expects " + DescribeType(*in) + ", but " + from + "." + out->id +
-                           " gives " + (out->typeId.empty() ? std::string(host::DataTypeName(out->dataType))
-                                                            : out->typeId));
+                           " gives " + host::TypeName(out->dataType, out->typeId));
         ff.flow.Connect(node, in, *src, out);
         return;
     }

@@ -219,10 +219,10 @@ void KTool::BuildParameter(KParameter* p)
             a.dataType = DataType::Image;
             if (preview) a.control = Control::Image;
         } else {
-            a.dataType = DataType::Custom;
-            a.typeId = p->controlKind == kControlDataInput ? "TorvenMarsh.ZV_DataParameter"
-                     : p->controlKind == kControlShapeInput ? "TorvenMarsh.ZV_ShapeParameter"
-                                                             : "TorvenMarsh.ZV_Region3DParameter";
+            // The class that carries the kind; registration made sure there is one.
+            const KValueKind* kind = KFindValueKind(p->valueKind);
+            a.dataType = kind ? kind->dataType : DataType::Custom;
+            if (kind) a.typeId = kind->typeId;
             if (preview) a.control = Control::Label;
         }
         Tie(AddInput(p->name, a, KCodeText(p->id)), p, p->id, 0);

@@ -68,15 +68,28 @@ host::Value WritePoint(const void* field)
     return host::MakePoint(p->x, p->y);
 }
 
-const std::vector<KValueKind>& Kinds()
+// A kind the host carries in a value of its own.
+KValueKind HostKind(int32_t valueKind, host::DataType type, decltype(KValueKind::read) read,
+                    decltype(KValueKind::write) write, decltype(KValueKind::release) release)
+{
+    KValueKind k;
+    k.valueKind = valueKind;
+    k.dataType = type;
+    k.read = read;
+    k.write = write;
+    k.release = release;
+    return k;
+}
+
+std::vector<KValueKind>& Kinds()
 {
     using host::DataType;
-    static const std::vector<KValueKind> kinds = {
-        {kValueImage, DataType::Image, "", "", ReadImage, WriteImage, ReleaseImage},
-        {kValueCurve, DataType::LookUpTable, "", "", ReadCurve, nullptr, ReleaseCurve},
-        {kValueFloat, DataType::Number, "", "", nullptr, WriteNumber, nullptr},
-        {kValuePoint, DataType::Point, "", "", nullptr, WritePoint, nullptr},
-        {kValueText, DataType::Text, "", "", nullptr, WriteText, nullptr},
+    static std::vector<KValueKind> kinds = {
+        HostKind(kValueImage, DataType::Image, ReadImage, WriteImage, ReleaseImage),
+        HostKind(kValueCurve, DataType::LookUpTable, ReadCurve, nullptr, ReleaseCurve),
+        HostKind(kValueFloat, DataType::Number, nullptr, WriteNumber, nullptr),
+        HostKind(kValuePoint, DataType::Point, nullptr, WritePoint, nullptr),
+        HostKind(kValueText, DataType::Text, nullptr, WriteText, nullptr),
     };
     return kinds;
 }
@@ -103,6 +116,22 @@ const KValueKind* KFindValueKind(int32_t valueKind)
     for (const KValueKind& k : Kinds())
         if (k.valueKind == valueKind) return &k;
     return nullptr;
+}
+
+bool KAddValueKind(KValueKind kind)
+{
+    if (!kind.typeId.empty()) {
+        host::ParameterClass c{kind.typeId, kind.name, kind.extensions, nullptr};
+        if (kind.writeFile) c.write = kind.writeFile;
+        host::RegisterParameterClass(c);
+    }
+    for (KValueKind& k : Kinds())
+        if (k.valueKind == kind.valueKind) {
+            k = std::move(kind);
+            return true;
+        }
+    Kinds().push_back(std::move(kind));
+    return true;
 }
 
 bool KIsConvertedKind(int32_t valueKind)

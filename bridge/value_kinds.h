@@ -6,6 +6,7 @@
 #pragma once
 #include <cstdint>
 #include <string>
+#include <vector>
 #include "framework/effect.h"
 #include "host/value.h"
 
@@ -24,10 +25,21 @@ struct KValueKind {
     host::Value (*write)(const void* field) = nullptr;
     // Frees what `read` left in the field after a render.
     void (*release)(void* field) = nullptr;
+
+    // For the plug-in's own classes (a `typeId`): the name `info` shows, and the
+    // files the command line writes a value to.
+    std::string name;
+    std::vector<std::string> extensions;
+    void (*writeFile)(const host::Parameter& value, const std::string& path) = nullptr;
 };
 
 // The entry of a value kind, or null when no entry carries it.
 const KValueKind* KFindValueKind(int32_t valueKind);
+
+// Adds the entry of a kind (or replaces the one for the same ValueKind) and
+// tells the host of its class. Kinds of the plug-in's own classes call this
+// from a static initialiser beside their value type.
+bool KAddValueKind(KValueKind kind);
 
 // Whether a declared input of this kind is a number, point or text that the
 // request's conversion rules read, rather than a carried value.

@@ -120,4 +120,11 @@ const ParameterClass* FindParameterClass(const std::string& typeId)
     return it == Classes().end() ? nullptr : &it->second;
 }
 
+std::string TypeName(DataType type, const std::string& typeId)
+{
+    if (typeId.empty()) return DataTypeName(type);
+    const ParameterClass* c = FindParameterClass(typeId);
+    return c && !c->name.empty() ? c->name : typeId;
+}
+
 }  // namespace host

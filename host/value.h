@@ -81,12 +81,18 @@ Value MakePoint(double x, double y);
 Value MakeText(std::string v);
 Value MakeImage(Image* image);  // takes a new use of the image
 
-// What the host knows of a plug-in's own parameter class.
+// What the host knows of a plug-in's own parameter class: the name `info`
+// shows for it, and the files a value of it can be written to.
 struct ParameterClass {
     std::string typeId;
     std::string name;
+    std::vector<std::string> extensions;  // lower case, with the dot: ".svg"
+    // Writes the value to `path`, whole, or throws naming what went wrong.
+    std::function<void(const Parameter& value, const std::string& path)> write;
 };
 void RegisterParameterClass(const ParameterClass& info);
 const ParameterClass* FindParameterClass(const std::string& typeId);
+// A value type as users read it: a custom class by its registered name.
+std::string TypeName(DataType type, const std::string& typeId);
 
 }  // namespace host

@@ -68,6 +68,33 @@ public:
     KShapeList* shapes = nullptr;
 };
 
+// A plug-in kind as a later value type adds it: its own host class, carrying
+// here only a token that stands for the value.
+class TokenValue : public host::Parameter {
+public:
+    explicit TokenValue(uintptr_t t) : token(t) {}
+    host::DataType Type() const override { return host::DataType::Custom; }
+    std::string TypeId() const override { return "Test.Token"; }
+    std::string ToText() const override { return std::to_string(token); }
+    uintptr_t token;
+};
+
+class KEffectTokens : public KEffectColor {
+public:
+    KEffectTokens()
+    {
+        inputList.AddRegion3DInput(&in, "Token in", "TokI"_id, 0);
+        outputList.AddRegion3DOutput(&out, "Token out", 5, 0);
+    }
+    void ProcessColor(KPixelF& o, const KPixelF& i) override { o = i; }
+    void FinishRender() override
+    {
+        out = reinterpret_cast<KRegion3D*>(reinterpret_cast<uintptr_t>(in) + 1);  // never dereferenced
+    }
+    KRegion3D* in = nullptr;
+    KRegion3D* out = nullptr;
+};
+
 template <class Effect> host::Registration Local(const char* name)
 {
     host::Registration r;
@@ -132,4 +159,46 @@ TEST(BridgeValueKinds, AKindWithoutAnEntryIsRefusedByName)
         ASSERT_NE(effect, nullptr) << r.className;
         EXPECT_EQ(KValueKindProblem(*effect), "") << r.className;
     }
+}
+
+TEST(BridgeValueKinds, APluginKindPlugsInWithOneEntry)
+{
+    KValueKind token;
+    token.valueKind = kValueRegion3D;
+    token.dataType = host::DataType::Custom;
+    token.typeId = "Test.Token";
+    token.outputId = "Output";
+    token.read = [](const host::Parameter* v, void* field) {
+        auto* t = dynamic_cast<const TokenValue*>(v);
+        *static_cast<KRegion3D**>(field) = reinterpret_cast<KRegion3D*>(t ? t->token : 100);
+    };
+    token.write = [](const void* field) -> host::Value {
+        return std::make_shared<TokenValue>(reinterpret_cast<uintptr_t>(*static_cast<KRegion3D* const*>(field)));
+    };
+    token.name = "Token";
+    token.extensions = {".tok"};
+    KAddValueKind(token);
+    // The host knows it by name, for info and for the files it writes.
+    EXPECT_EQ(host::TypeName(host::DataType::Custom, "Test.Token"), "Token");
+    EXPECT_EQ(host::FindParameterClass("Test.Token")->extensions, std::vector<std::string>{".tok"});
+
+    // Three tools in a chain: nothing in gives 100, each adds one.
+    host::Registration reg = Local<KEffectTokens>("Tokens");
+    host::Flow flow;
+    std::unique_ptr<KImage> plate(Pattern(2, 2, true));
+    // Beside the image "Output", the kind's fixed id takes the next free name.
+    auto tokenOut = [](host::Flow::Node& n) { return n.op->FindOutput("Output2"); };
+    host::Flow::Node* previous = nullptr;
+    for (const char* name : {"a", "b", "c"}) {
+        auto& n = flow.Add(name, reg);
+        flow.SetValue(n, n.op->FindInput("Image"), host::MakeImage(plate->HostImage()));
+        ASSERT_EQ(n.op->FindInput("Tokenin")->attrs.typeId, "Test.Token");
+        ASSERT_EQ(tokenOut(n)->typeId, "Test.Token");
+        if (previous) flow.Connect(n, n.op->FindInput("Tokenin"), *previous, tokenOut(*previous));
+        previous = &n;
+    }
+    flow.BeginFrame();
+    host::Value v = flow.Evaluate(*previous, tokenOut(*previous), 1.0);
+    ASSERT_NE(dynamic_cast<const TokenValue*>(v.get()), nullptr);
+    EXPECT_EQ(v->ToText(), "103");
 }
