@@ -70,13 +70,6 @@ template <class Effect> Effect& EffectOf(host::Flow::Node& node)
     return *static_cast<Effect*>(static_cast<ZV_Operator<host::ThreadedOperator>*>(node.op.get())->Effect());
 }
 
-host::Input* In(host::Flow::Node& n, const char* id)
-{
-    host::Input* in = n.op->FindInput(id);
-    EXPECT_NE(in, nullptr) << id;
-    return in;
-}
-
 // A constant image as an input value.
 host::Value ImageValue(KImage* img) { return host::MakeImage(img->HostImage()); }
 
@@ -85,9 +78,8 @@ struct ProbeFlow {
     host::Flow flow;
     host::Flow::Node& node = flow.Add("probe", reg);
     KEffectProbe& effect = EffectOf<KEffectProbe>(node);
-    KImage* plate = Pattern(4, 3, true);
-    ProbeFlow() { flow.SetValue(node, In(node, "Image"), ImageValue(plate)); }
-    ~ProbeFlow() { delete plate; }
+    Img plate = Pattern(4, 3, true);
+    ProbeFlow() { flow.SetValue(node, In(node, "Image"), ImageValue(plate.get())); }
     host::Value Render(double time = 1.0)
     {
         flow.BeginFrame();
@@ -150,8 +142,7 @@ TEST(BridgeTransfer, PointsConvertByUnitAndChannelSwitchesReachTheProcess)
     EXPECT_FLOAT_EQ(p.effect.shifted.y, -0.25f / (4.0f / 3.0f));
     EXPECT_EQ(p.effect.note, "hello");
     EXPECT_FALSE(p.effect.settings.green);
-    std::unique_ptr<KImage> k(KImage::Wrap(static_cast<const host::ImageValue*>(out.get())->image, false));
-    EXPECT_EQ(Differ(*k, *p.plate), "");
+    EXPECT_EQ(Differ(*Img(KImage::Wrap(static_cast<const host::ImageValue*>(out.get())->image, false)), *p.plate), "");
 }
 
 TEST(BridgeConstruction, ColourToolInputs)
@@ -330,14 +321,11 @@ TEST(BridgeRender, TrailsCarryAcrossRendersUntilReset)
     host::Flow flow;
     auto reg = Local<KEffectProbe>("Probe");
     auto& node = flow.Add("probe", reg);
-    KImage* white = KImage::Create(2, 2, false);
-    KImage* black = KImage::Create(2, 2, false);
-    for (int32_t y = 0; y < 2; ++y)
-        for (int32_t x = 0; x < 2; ++x) white->SetPixel(x, y, KPixel{65535, 65535, 65535, 65535});
+    Img white = Solid(2, 2, KPixel{65535, 65535, 65535, 65535}), black = Solid(2, 2, KPixel{});
     flow.SetValue(node, In(node, "KTra"), host::MakeNumber(1));
     flow.SetValue(node, In(node, "KTrF"), host::MakeNumber(0.5));
-    auto render = [&](KImage* in, double t) {
-        flow.SetValue(node, In(node, "Image"), ImageValue(in));
+    auto render = [&](const Img& in, double t) {
+        flow.SetValue(node, In(node, "Image"), ImageValue(in.get()));
         flow.BeginFrame();
         host::Value v = flow.Evaluate(node, node.op->MainOutput(), t);
         return uint32_t(static_cast<const host::ImageValue*>(v.get())->image->RowW(0)[0]);
@@ -351,8 +339,6 @@ TEST(BridgeRender, TrailsCarryAcrossRendersUntilReset)
     EXPECT_EQ(render(white, 4), 65535u);
     flow.StartRender();  // a new run starts its trail anew
     EXPECT_EQ(render(black, 5), 0u);
-    delete white;
-    delete black;
 }
 
 TEST(BridgeFlow, OneToolsImageFeedsAnother)

@@ -2,7 +2,7 @@
 // flip, the arc through three points, and the source segment.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
 namespace {
 
@@ -21,17 +21,7 @@ void Line(Warp& w, bool plain)
 
 }  // namespace
 
-TEST(BendDeclarations, HostShowsTheControls)
-{
-    zvtest::ExpectInputs("ZV_Bend", {{"Type", "items Three points|Center and radius; default 0"},
-                                     {"StartAngle", "default 180"},
-                                     {"EndAngle", "default 0"},
-                                     {"Radius", "default 0.5; soft 0..1"},
-                                     {"ScaleVertical", "default 1; soft 0..1"},
-                                     {"SourceEnd", "point 0.5,0.5"}});
-}
-
-TEST(BendMap, PointsInALineMakeAStraightBand)
+TEST(Bend, PointsInALineMakeAStraightBand)
 {
     Warp w("ZV_Bend");
     Line(w, true);
@@ -43,7 +33,7 @@ TEST(BendMap, PointsInALineMakeAStraightBand)
     ExpectMaps(w, {{0.25f, 0.25f, 0.0f, 0.0f}, {0.75f, 0.5f, 1.0f, 0.5f}}, 2e-6f);
 }
 
-TEST(BendMap, CentreAndRadiusLayTheBandOnAnArc)
+TEST(Bend, CentreAndRadiusLayTheBandOnAnArc)
 {
     Warp w("ZV_Bend");
     Line(w, true);
@@ -67,7 +57,7 @@ TEST(BendMap, CentreAndRadiusLayTheBandOnAnArc)
     ExpectMaps(w, {{0.5f + 0.25f * std::cos(a), 0.5f + 0.25f * std::sin(a), 0.75f, 0.5f}}, 1e-5f);
 }
 
-TEST(BendMap, ThreePointsMakeTheirCircle)
+TEST(Bend, ThreePointsMakeTheirCircle)
 {
     Warp w("ZV_Bend");
     Line(w, true);
@@ -80,7 +70,7 @@ TEST(BendMap, ThreePointsMakeTheirCircle)
                1e-5f);
 }
 
-TEST(BendMap, SourceSegmentPlacesTheBand)
+TEST(Bend, SourceSegmentPlacesTheBand)
 {
     Warp w("ZV_Bend");
     Line(w, false);

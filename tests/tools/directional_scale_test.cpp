@@ -3,18 +3,9 @@
 // process through the host.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
-TEST(DirectionalScaleDeclarations, HostShowsTheControls)
-{
-    zvtest::ExpectInputs("ZV_DirectionalScale",
-                         {{"Scaleall", "page Directional Scale; control Checkbox; default 0"},
-                          {"Axisangle", "default 0"},
-                          {"Sizealongaxis", "default 5; soft 0..10"},
-                          {"Sizeinotherdirection", "default 1; soft 0..10"}});
-}
-
-TEST(DirectionalScaleMap, ScalesOnlyAheadOfTheAxis)
+TEST(DirectionalScale, ScalesOnlyAheadOfTheAxis)
 {
     Warp w("ZV_DirectionalScale");
     w.Start();  // the axis along x through the middle, 5 along and 1 across
@@ -36,7 +27,7 @@ TEST(DirectionalScaleMap, ScalesOnlyAheadOfTheAxis)
                2e-6f);
 }
 
-TEST(DirectionalScaleStandardInputs, AreaFilteringTurnsAMinifiedCheckerboardGrey)
+TEST(DirectionalScale, StandardInputsAreaFilteringTurnsAMinifiedCheckerboardGrey)
 {
     for (bool isFloat : {false, true}) {
         std::unique_ptr<KImage> board(KImage::Create(64, 64, isFloat));
@@ -65,7 +56,7 @@ TEST(DirectionalScaleStandardInputs, AreaFilteringTurnsAMinifiedCheckerboardGrey
     }
 }
 
-TEST(DirectionalScaleStandardInputs, WarpMaskAndEdgesReachTheProcess)
+TEST(DirectionalScale, StandardInputsWarpMaskAndEdgesReachTheProcess)
 {
     for (bool isFloat : {false, true}) {
         std::unique_ptr<KImage> plate(Pattern(20, 10, isFloat)), mask(KImage::Create(20, 10, isFloat));

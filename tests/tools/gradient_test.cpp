@@ -1,14 +1,14 @@
 // Gradient: linear, radial and light positions, merged, added or subtracted,
-// with the controls each type shows, through a flow and on threads.
+// the controls each type shows, and auxiliary channels kept.
 #include <cmath>
-#include "position_support.h"
+#include "support.h"
 
-using namespace zvposition;
+using namespace zvtest;
 
 namespace {
 
 // Over an 8 x 1 plate of one colour: pixel x sits at x / 8.
-struct Gradient : Tool {
+struct Gradient : Tool<KEffectPosition> {
     Gradient() : Tool("ZV_Gradient") {}
     void Set(int32_t type, KPoint2 start, KPoint2 end, float startT, float endT)
     {
@@ -20,34 +20,20 @@ struct Gradient : Tool {
     }
     template <class P> P At(int32_t x, const P& background)
     {
-        std::unique_ptr<KImage> plate(KImage::Create(8, 1, std::is_same_v<P, KPixelF>));
-        for (int32_t i = 0; i < 8; ++i) plate->SetPixel(i, 0, background);
-        std::unique_ptr<KImage> out(Run(plate.get()));
-        return zvposition::At<P>(*out, x, 0);
+        return zvtest::At<P>(*Run(Solid(8, 1, background).get()), x, 0);
     }
     float Red(int32_t x, float background = 0.25f) { return At(x, KPixelF{background, 0, 0, 1}).r; }
     uint32_t RedInt(int32_t x) { return At(x, KPixel{16384, 0, 0, 65535}).r; }
 };
 
-TEST(GradientDeclarations, ControlsAndTheirVisibility)
+TEST(Gradient, TypeAndCombineShowTheirControls)
 {
-    const char* full = "Negativesignedfull";
-    zvtest::ExpectInputs("ZV_Gradient",
-                         {{full, "name Negative                   signed                   full; "
-                                 "default 1; visible no"},
-                          {"Type", "items Linear|Radial|Light; default 0"},
-                          {"Lightconeangle", "default 30; soft 0..180"},
-                          {"Lightfadewithangle", "visible no"},
-                          {"EndColorRed", "page Colors; default 0"},
-                          {"EndColorAlpha", "default 1"},
-                          {"KSuS", "absent"}});
     // The light controls belong to "Light", the signed slider to Add and Subtract.
-    ToolFlow f("ZV_Gradient");
-    zvtest::ExpectShown(f, {"LightZdistance", "Lightfadewithangle", full},
-                        {{"Type", 2, "110"}, {"Combine", 1, "111"}, {"Type", 1, "001"}, {"Combine", 0, "000"}});
+    ExpectShown("ZV_Gradient", {"LightZdistance", "Lightfadewithangle", "Negativesignedfull"},
+                {{"Type", 2, "110"}, {"Combine", 1, "111"}, {"Type", 1, "001"}, {"Combine", 0, "000"}});
 }
 
-TEST(GradientLinear, RampMergeMidpointAndOffset)
+TEST(Gradient, LinearRampMergeMidpointAndOffset)
 {
     Gradient t;
     t.Set(0, {0, 0}, {1, 0}, 0.0f, 0.0f);
@@ -65,7 +51,7 @@ TEST(GradientLinear, RampMergeMidpointAndOffset)
     EXPECT_EQ(t.Red(6), 0.5f);
 }
 
-TEST(GradientLinear, SidesRelativeEndAndAZeroLength)
+TEST(Gradient, LinearSidesRelativeEndAndAZeroLength)
 {
     Gradient t;
     t.Set(0, {0.25f, 0}, {0.5f, 0}, 1.0f, 0.0f);
@@ -83,7 +69,7 @@ TEST(GradientLinear, SidesRelativeEndAndAZeroLength)
     EXPECT_EQ(t.RedInt(3), 65535u);
 }
 
-TEST(GradientRadialAndLight, PositionsByDistanceAndAngle)
+TEST(Gradient, RadialAndLightPositionsByDistanceAndAngle)
 {
     Gradient t;
     t.Set(1, {0.5f, 0}, {1, 0}, 1.0f, 1.0f);
@@ -103,7 +89,7 @@ TEST(GradientRadialAndLight, PositionsByDistanceAndAngle)
     EXPECT_EQ(t.Red(4), 0.0f);  // outside the cone: the end colour
 }
 
-TEST(GradientCombine, AddAndSubtractWithTheSignedScale)
+TEST(Gradient, AddAndSubtractWithTheSignedScale)
 {
     Gradient t;
     t.Set(0, {0, 0}, {1, 0}, 0.0f, 0.0f);  // colour 0.75 at pixel 2
@@ -123,22 +109,19 @@ TEST(GradientCombine, AddAndSubtractWithTheSignedScale)
     EXPECT_EQ(t.Red(2, 1.0f), 0.625f);
 }
 
-TEST(GradientImage, AuxiliaryChannelsStayAndThreadsAgree)
+TEST(Gradient, AuxiliaryChannelsStay)
 {
     Gradient t;
-    t.Set(2, {0.1f, 0.2f}, {0.6f, 0.3f}, 1.0f, 0.2f);
-    ExpectThreadsAgree([&](bool isFloat, bool threaded) {
+    for (bool isFloat : {false, true}) {
         host::ImageSpec spec;
-        spec.width = 61;
-        spec.height = 37;
+        spec.width = 7;
+        spec.height = 3;
         spec.depth = isFloat ? host::DepthFloat32 : host::DepthInt16;
         spec.aux = {host::ChanZ};
-        std::unique_ptr<KImage> in(KImage::Wrap(host::Image::New(spec), true));
-        in->AuxPlane(host::ChanZ)[61 * 20 + 7] = 3.5f;
-        KImage* result = t.Run(in.get(), threaded);
-        EXPECT_EQ(result->AuxPlane(host::ChanZ)[61 * 20 + 7], 3.5f);
-        return result;
-    });
+        Img in(KImage::Wrap(host::Image::New(spec), true));
+        in->AuxPlane(host::ChanZ)[7 * 2 + 5] = 3.5f;
+        EXPECT_EQ(t.Run(in.get())->AuxPlane(host::ChanZ)[7 * 2 + 5], 3.5f) << isFloat;
+    }
 }
 
 }  // namespace

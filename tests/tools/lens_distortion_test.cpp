@@ -2,19 +2,9 @@
 // hand-computed points, and pinned corners.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
-TEST(LensDistortionDeclarations, HostShowsTheControls)
-{
-    zvtest::ExpectInputs("ZV_LensDistortion",
-                         {{"Type", "items Distort|Restore; default 0"},
-                          {"Pincorners", "name Pin corners (only if center is centered)"},
-                          {"Scale", "default 1; soft 0..2"},
-                          {"Kappa1", "default 0.5; soft -1..1"},
-                          {"Kappa2", "default 0.5; soft -1..1"}});
-}
-
-TEST(LensDistortionMap, DistortsAndRestoresByThePolynomial)
+TEST(LensDistortion, DistortsAndRestoresByThePolynomial)
 {
     Warp w("ZV_LensDistortion");
     w.Start();  // kappas 0.5 and 0.5 about the middle
@@ -35,7 +25,7 @@ TEST(LensDistortionMap, DistortsAndRestoresByThePolynomial)
     ExpectMaps(w, {{0.9f, 0.1f, 0.9f, 0.1f}, {0.0f, 1.0f, 0.0f, 1.0f}}, 0.0f);
 }
 
-TEST(LensDistortionMap, PinnedCornersStayInPlace)
+TEST(LensDistortion, PinnedCornersStayInPlace)
 {
     Warp w("ZV_LensDistortion");
     w.SetBool("Pin corners (only if center is centered)", true);

@@ -1,16 +1,9 @@
 // Mirror: declarations, the kept side, and reflection across a slanted line.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
-TEST(MirrorDeclarations, HostShowsTheControls)
-{
-    zvtest::ExpectInputs("ZV_Mirror", {{"Mirrorall", "page Mirror; control Checkbox; default 0"},
-                                       {"MirrorLeft", "point 0.25,0.5"},
-                                       {"MirrorRight", "point 0.75,0.5"}});
-}
-
-TEST(MirrorMap, ReflectsAcrossTheLineThroughBothPoints)
+TEST(Mirror, ReflectsAcrossTheLineThroughBothPoints)
 {
     Warp w("ZV_Mirror");
     w.SetPoint("MirL"_id, 0.25f, 0.25f);

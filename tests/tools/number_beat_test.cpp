@@ -1,13 +1,13 @@
 // Beat: the envelope over one beat at hand-computed times, its start and end,
-// rounding the end to a full beat, the BPM rate, the combine rules, the
-// declarations and the rate type's visibility rule, and two Beats in a flow.
-#include "value_driver.h"
+// rounding the end to a full beat, the BPM rate and what it shows, the combine
+// rules, and one Beat combined into another in a flow.
+#include "support.h"
 
-using namespace zvvalue;
+using namespace zvtest;
 
 namespace {
 
-TEST(NumberBeatEnvelope, SettingsAndTheValuesTheyGive)
+TEST(NumberBeat, SettingsAndTheValuesTheyGive)
 {
     using Settings = std::vector<std::pair<const char*, double>>;
     const char* combine = "Combine value, connect to another Beat or so)";
@@ -53,69 +53,26 @@ TEST(NumberBeatEnvelope, SettingsAndTheValuesTheyGive)
         {{{combine, 0.8}, {"How to combine value below", 3}}, {{1, 0.5f}}},
     };
     for (size_t i = 0; i < std::size(cases); ++i) {
-        Tool b("ZV_NumberBeat");
+        Tool<> b("ZV_NumberBeat");
         for (const auto& [label, v] : cases[i].set) b.Set(label, v);
         for (const auto& [t, v] : cases[i].at) EXPECT_EQ(b.At(t), v) << "case " << i << " at " << t;
     }
 }
 
-TEST(NumberBeatEnvelope, InterpolationChangesNothing)
+TEST(NumberBeat, InterpolationChangesNothingAndTheRateTypeShowsItsControls)
 {
-    Tool b("ZV_NumberBeat");
+    Tool<> b("ZV_NumberBeat");
     for (float t : {1.0f, 3.0f, 6.5f}) {
         b.SetInt("Interpolation", 1);
         const float a = b.At(t);
         b.SetInt("Interpolation", 0);
         EXPECT_EQ(b.At(t), a) << t;
     }
+    ExpectShown("ZV_NumberBeat", {"Frequency", "BeatsperMinute", "FramesperSecond"},
+                {{nullptr, 0, "100"}, {"Ratetype", 1, "011"}, {"Ratetype", 0, "100"}});
 }
 
-TEST(NumberBeatDeclarations, InputsAsTheHostShowsThem)
-{
-    Tool b("ZV_NumberBeat");
-    EXPECT_EQ(zvtest::FirstInputIds(*b.op, 17),
-              (std::vector<std::string>{"Ratetype", "Frequency", "BeatsperMinute", "FramesperSecond", "Starttime",
-                                        "Endtime", "Roundendtimetofullbeatcycle", "Attacktime", "Decaytime",
-                                        "Sustaintime", "Releasetime", "Interpolation", "Maximumvalue",
-                                        "Sustainvalue", "Minimumvalue", "Howtocombinevaluebelow",
-                                        "CombinevalueconnecttoanotherBeatorso"}));
-    zvtest::ExpectInputs(*b.op, {
-        {"Ratetype", "control MultiButton; items Frames/beat|Beats/Minute (BPM); default 0"},
-        {"Frequency", "default 10; soft 0..100"},
-        {"BeatsperMinute", "label Beats per Minute; default 120; soft 0.0001..240"},
-        {"FramesperSecond", "default 25; soft 0.0001..30"},
-        {"Starttime", "default 0; soft 0..100"},
-        {"Endtime", "default 1000; soft 0..1000"},
-        {"Roundendtimetofullbeatcycle", "control Checkbox; default 0; soft 0..1"},
-        {"Attacktime", "default 2; soft 0..10"},
-        {"Decaytime", "default 2; soft 0..10"},
-        {"Sustaintime", "default 2; soft 0..10"},
-        {"Releasetime", "default 2; soft 0..10"},
-        {"Interpolation", "items Linear|Ease-in, Ease-out; default 1; soft 0..1"},
-        {"Maximumvalue", "default 1; soft 0..1"},
-        {"Sustainvalue", "default 0.5; soft 0..1"},
-        {"Minimumvalue", "default 0; soft 0..1"},
-        {"Howtocombinevaluebelow", "items Add|Multiply|Maximum|Minimum; default 0; soft 0..3"},
-        {"CombinevalueconnecttoanotherBeatorso",
-         "label Combine value, connect to another Beat or so); default 0; soft 0..1"},
-        {"Image", "absent"},
-    });
-    EXPECT_EQ(ValueCodes(*b.effect),
-              (std::vector<uint32_t>{"Type"_id, "TiFr"_id, "TBPM"_id, "TFPS"_id, "TiSt"_id, "TiEn"_id, "TiER"_id,
-                                     "TiAt"_id, "TiDe"_id, "TiSu"_id, "TiRe"_id, "RaIn"_id, "VaMa"_id, "VaSu"_id,
-                                     "VaMi"_id, "VaCT"_id, "VaCo"_id}));
-    ASSERT_EQ(b.op->Outputs().size(), 1u);
-    EXPECT_EQ(b.op->MainOutput()->id, "Number");
-    EXPECT_EQ(b.op->MainOutput()->dataType, host::DataType::Number);
-    EXPECT_EQ(b.Output().id, 1u);
-
-    // The rate type shows the frequency or the BPM pair.
-    zvtest::ToolFlow f("ZV_NumberBeat");
-    zvtest::ExpectShown(f, {"Frequency", "BeatsperMinute", "FramesperSecond"},
-                        {{nullptr, 0, "100"}, {"Ratetype", 1, "011"}, {"Ratetype", 0, "100"}});
-}
-
-TEST(NumberBeatFlow, OneBeatCombinedIntoAnotherOverFrames)
+TEST(NumberBeat, OneBeatCombinedIntoAnotherOverFrames)
 {
     // A slow beat of 8 frames feeds the combine value of a fast one of 4,
     // which keeps the larger of the two.

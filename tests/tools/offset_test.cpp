@@ -2,7 +2,7 @@
 // with and without its deformation map in a flow.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
 namespace {
 
@@ -16,16 +16,7 @@ KImage* Constant(bool isFloat, KPixel p)
 
 }  // namespace
 
-TEST(OffsetDeclarations, HostShowsTheControlsAndTheMapInput)
-{
-    zvtest::ExpectInputs("ZV_Offset", {{"Scale", "page Offset; default 1; soft 0..1"},
-                                       {"Horizontalsource", "items Red|Green|Blue|Alpha|Lumin.; default 4"},
-                                       {"Verticalsource", "default 4"},
-                                       {"VerticalOffsetWhite", "default 0; soft -1..1"},
-                                       {"Deformationmap", "type Image; link 2"}});
-}
-
-TEST(OffsetMap, ChannelsScaleBetweenTheBlackAndWhiteOffsets)
+TEST(Offset, ChannelsScaleBetweenTheBlackAndWhiteOffsets)
 {
     Warp w("ZV_Offset");
     std::unique_ptr<KImage> map(Constant(false, {32768, 0, 65535, 16384}));
@@ -46,7 +37,7 @@ TEST(OffsetMap, ChannelsScaleBetweenTheBlackAndWhiteOffsets)
     EXPECT_FALSE(w.Start());  // no map: nothing to do
 }
 
-TEST(OffsetRender, MovesThePictureByTheMapOrLeavesIt)
+TEST(Offset, MovesThePictureByTheMapOrLeavesIt)
 {
     for (bool isFloat : {false, true}) {
         std::unique_ptr<KImage> plate(Pattern(9, 5, isFloat));

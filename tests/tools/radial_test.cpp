@@ -1,15 +1,9 @@
 // Radial: declarations and the constant push away from Center.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
-TEST(RadialDeclarations, HostShowsTheControls)
-{
-    zvtest::ExpectInputs("ZV_Radial", {{"RadialOffset", "control Screw; default 0; soft -1..1"},
-                                       {"Center", "point 0.5,0.5; page Radial"}});
-}
-
-TEST(RadialMap, MovesEveryPointByTheOffsetAlongItsRadius)
+TEST(Radial, MovesEveryPointByTheOffsetAlongItsRadius)
 {
     Warp w("ZV_Radial");
     w.SetPoint("Cent"_id, 0.4f, 0.5f);

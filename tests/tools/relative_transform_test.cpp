@@ -2,20 +2,9 @@
 // centre, the transform about it, and a picture with nothing in range.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
-TEST(RelativeTransformDeclarations, HostShowsTheControls)
-{
-    zvtest::ExpectInputs("ZV_RelativeTransform",
-                         {{"CenterType", "items Bounding Box|Weighted Pixels; default 0"},
-                          {"CenterChannel", "default 4"},
-                          {"RangeLow", "default 0; group 11"},
-                          {"RangeHigh", "default 1; group 11"},
-                          {"PivotY", "default 0; soft -1..1"},
-                          {"SizeY", "default 1; soft 0..5"}});
-}
-
-TEST(RelativeTransformMap, SizesAndTurnsAboutThePivotInTheBox)
+TEST(RelativeTransform, SizesAndTurnsAboutThePivotInTheBox)
 {
     Warp w("ZV_RelativeTransform");
     // White in columns 2..4 and rows 6..8: a box from 2 to 5 across and 6 to 9 down.
@@ -44,7 +33,7 @@ TEST(RelativeTransformMap, SizesAndTurnsAboutThePivotInTheBox)
     ExpectMaps(w, {{cx + 0.1f, cy, cx, cy}, {cx + 0.2f, cy, cx, cy - 0.1f}}, 2e-6f);
 }
 
-TEST(RelativeTransformMap, WeightedPixelsPivotOnTheirCentre)
+TEST(RelativeTransform, WeightedPixelsPivotOnTheirCentre)
 {
     Warp w("ZV_RelativeTransform");
     w.image->SetPixel(1, 1, KPixel{65535, 0, 0, 65535});
@@ -63,10 +52,10 @@ TEST(RelativeTransformMap, WeightedPixelsPivotOnTheirCentre)
     ExpectMaps(w, {{cx, cy, cx, cy}, {cx - 0.2f, cy + 0.2f, cx - 0.1f, cy + 0.1f}}, 2e-6f);
 }
 
-TEST(RelativeTransformMap, NothingInRangeHasNothingToDo)
+TEST(RelativeTransform, NothingInRangeHasNothingToDo)
 {
     Warp w("ZV_RelativeTransform");
-    w.image.reset(Pattern(12, 7, false));
+    w.image = Pattern(12, 7, false);
     w.Set("SizX"_id, 3.0f);
     w.Field<KRange2>("GrwS"_id) = {1.0f, 1.0f};
     EXPECT_FALSE(w.Start());

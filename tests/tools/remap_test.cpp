@@ -3,27 +3,13 @@
 // other, the outside of the ball left empty, and equal types as identity.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
 namespace {
 
 constexpr float kBall45 = 0.85355339f;  // 0.5 + sin(45 degrees) / 2
 
-TEST(RemapDeclarations, InputsAsTheHostShowsThem)
-{
-    // The page keeps its odd name.
-    zvtest::ExpectLeadingInputs("ZV_Remap", "Shuffle",
-                                {"TypeInput", "TypeOutput", "RotationOrder", "AngleX", "AngleY", "AngleZ"});
-    zvtest::ExpectInputs("ZV_Remap", {{"TypeInput", "items Probe|Spherical; default 0"},
-                                      {"TypeOutput", "items Probe|Spherical; default 1"},
-                                      {"RotationOrder", "items XYZ|XZY|YXZ|YZX|ZXY|ZYX; default 0"},
-                                      {"AngleZ", "control Screw; default 0"}});
-    Warp w("ZV_Remap");
-    EXPECT_EQ(w.Param("Angle Y").id, "AngY"_id);
-    EXPECT_EQ(w.Param("Angle Y").angleUnit, 1);
-}
-
-TEST(RemapProbeInput, LatitudeLongitudeToBallPositions)
+TEST(Remap, ProbeInputLatitudeLongitudeToBallPositions)
 {
     Warp w("ZV_Remap");  // probe in, spherical out
     ASSERT_TRUE(w.Start());
@@ -37,7 +23,7 @@ TEST(RemapProbeInput, LatitudeLongitudeToBallPositions)
     ExpectMaps(w, {{0.75f, 0.25f, kBall45, 0.25f}, {0.5f, 0.5f, 0.5f, kBall45 / 2.0f}}, 1e-5f);
 }
 
-TEST(RemapSphericalInput, BallPositionsToLatitudeLongitude)
+TEST(Remap, SphericalInputBallPositionsToLatitudeLongitude)
 {
     Warp w("ZV_Remap");
     w.SetInt("Type Input", 1);
@@ -53,7 +39,7 @@ TEST(RemapSphericalInput, BallPositionsToLatitudeLongitude)
     EXPECT_TRUE(w.Map(0.0f, 0.5f, out));
 }
 
-TEST(RemapSphericalInput, TurnsByTheAnglesInTheirOrder)
+TEST(Remap, SphericalInputTurnsByTheAnglesInTheirOrder)
 {
     Warp w("ZV_Remap");
     w.SetInt("Type Input", 1);
@@ -75,7 +61,7 @@ TEST(RemapSphericalInput, TurnsByTheAnglesInTheirOrder)
     EXPECT_NEAR(out.y, 1.0f, 1e-3f);
 }
 
-TEST(RemapRoundTrip, TheTwoMapsUndoEachOther)
+TEST(Remap, RoundTripTheTwoMapsUndoEachOther)
 {
     Warp toBall("ZV_Remap"), toSphere("ZV_Remap");
     toSphere.SetInt("Type Input", 1);
@@ -92,7 +78,7 @@ TEST(RemapRoundTrip, TheTwoMapsUndoEachOther)
         }
 }
 
-TEST(RemapInverseMap, EqualTypesHaveNothingToDo)
+TEST(Remap, EqualTypesHaveNothingToDo)
 {
     Warp w("ZV_Remap");
     for (int32_t type : {0, 1}) {

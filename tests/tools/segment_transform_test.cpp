@@ -3,28 +3,11 @@
 // which every cell is turned half round.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
 namespace {
 
-TEST(SegmentTransformDeclarations, InputsAsTheHostShowsThem)
-{
-    zvtest::ExpectLeadingInputs("ZV_SegmentTransform", "Segment Transform",
-                                {"Type", "Center", "LockSegmentSizeXY", "SegmentSizeX", "SegmentSizeY",
-                                 "Angle", "LockScaleXY", "ScaleX", "ScaleY"});
-    zvtest::ExpectInputs("ZV_SegmentTransform",
-                         {{"Type", "items Grid|Radial; default 0"},
-                          {"LockSegmentSizeXY", "label Lock Segment Size X/Y; control Checkbox"},
-                          {"SegmentSizeX", "default 0.1; soft 0.0001..0.5"},
-                          {"SegmentSizeY", "default 0.1; soft 0.0001..0.5"},
-                          {"ScaleX", "default 1; soft 0.0001..5"},
-                          {"ScaleY", "default 1; soft 0.0001..5"}});
-    Warp w("ZV_SegmentTransform");
-    EXPECT_EQ(w.Param("Center").pointUnit, 0);
-    EXPECT_EQ(w.Param("Angle").angleUnit, 1);
-}
-
-TEST(SegmentTransformGrid, CellsScaleAndTurnAboutTheirMiddles)
+TEST(SegmentTransform, CellsScaleAndTurnAboutTheirMiddles)
 {
     Warp w("ZV_SegmentTransform");
     w.Start();
@@ -57,7 +40,7 @@ TEST(SegmentTransformGrid, CellsScaleAndTurnAboutTheirMiddles)
     ExpectMaps(w, {{0.8f, 0.8f, 0.775f, 0.775f}}, 1e-5f);  // cells stay 0.25 high
 }
 
-TEST(SegmentTransformRadial, CellsOnAngleAndRadius)
+TEST(SegmentTransform, CellsOnAngleAndRadius)
 {
     Warp w("ZV_SegmentTransform");
     w.SetInt("Type", 1);

@@ -3,28 +3,9 @@
 // moved by Center, "Shear all", and a render that keeps the lower half.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
 namespace {
-
-TEST(ShearDeclarations, InputsAsTheHostShowsThem)
-{
-    zvtest::ExpectLeadingInputs("ZV_Shear", "Shear",
-                                {"Shearall", "InputType", "Shear", "ShearAlongAxis", "ShearAngle",
-                                 "ShearAngleAlongAxis", "Center", "AxisPivot", "AxisAngle",
-                                 "SizeAlongAxis"});
-    zvtest::ExpectInputs("ZV_Shear", {{"InputType", "items By value|By angle; default 0"},
-                                      {"Shear", "default 1; soft -2..2"},
-                                      {"ShearAlongAxis", "default 0; soft -2..2"},
-                                      {"ShearAngle", "default 45"},
-                                      {"AxisAngle", "default 90"},
-                                      {"SizeAlongAxis", "default 1; soft 0..10"}});
-    Warp w("ZV_Shear");
-    EXPECT_EQ(w.Param("Shear").id, "SVaX"_id);
-    EXPECT_EQ(w.Param("Shear Angle Along Axis").id, "SAnY"_id);
-    EXPECT_EQ(w.Param("Center").pointUnit, 3);
-    EXPECT_EQ(w.Param("Axis Pivot").pointUnit, 0);
-}
 
 // The bridge's neutral values: Center an offset of 0, the axis pointing up.
 void Neutral(Warp& w)
@@ -35,7 +16,7 @@ void Neutral(Warp& w)
     w.SetDegrees("Shear Angle", 45.0f);
 }
 
-TEST(ShearInverseMap, AheadOfThePivotSlantsBehindStays)
+TEST(Shear, AheadOfThePivotSlantsBehindStays)
 {
     Warp w("ZV_Shear");
     Neutral(w);
@@ -57,7 +38,7 @@ TEST(ShearInverseMap, AheadOfThePivotSlantsBehindStays)
     }
 }
 
-TEST(ShearInverseMap, AlongTheAxisStretchAndTurnedAxis)
+TEST(Shear, AlongTheAxisStretchAndTurnedAxis)
 {
     Warp w("ZV_Shear");
     Neutral(w);

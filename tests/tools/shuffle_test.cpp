@@ -6,22 +6,9 @@
 #include <vector>
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
 namespace {
-
-TEST(ShuffleDeclarations, InputsAsTheHostShowsThem)
-{
-    zvtest::ExpectLeadingInputs("ZV_Shuffle", "Shuffle",
-                                {"RandomSeed", "Type", "Horizontalsubdivisions", "Verticalsubdivisions",
-                                 "Amount"});
-    zvtest::ExpectInputs("ZV_Shuffle",
-                         {{"RandomSeed", "default 0; soft 0..32768"},
-                          {"Type", "items Slide|Swap; default 0"},
-                          {"Horizontalsubdivisions", "integer yes; default 5; soft 1..24"},
-                          {"Verticalsubdivisions", "integer yes; default 5; soft 1..24"},
-                          {"Amount", "control Screw; integer no; default 5; soft 0..100"}});
-}
 
 // A shuffle of an h x v grid; `Sources` gives the source cell of each cell,
 // read at cell middles, -1 for the blank.
@@ -55,7 +42,7 @@ struct Grid : Warp {
     int h, v;
 };
 
-TEST(ShuffleInverseMap, NoAmountIsNothingToDoAndOneCellIsAllBlank)
+TEST(Shuffle, NoAmountIsNothingToDoAndOneCellIsAllBlank)
 {
     Grid none(0, 0, 5, 5, 0.0f);
     EXPECT_FALSE(none.Start());
@@ -67,7 +54,7 @@ TEST(ShuffleInverseMap, NoAmountIsNothingToDoAndOneCellIsAllBlank)
     for (float p : {0.0f, 0.3f, 0.999f, 1.0f}) EXPECT_FALSE(one.Map(p, 1.0f - p, out)) << p;
 }
 
-TEST(ShuffleInverseMap, OneSlideMovesTheBlankToANeighbour)
+TEST(Shuffle, OneSlideMovesTheBlankToANeighbour)
 {
     const int h = 5, v = 3;
     for (int seed = 0; seed < 40; ++seed) {
@@ -90,7 +77,7 @@ TEST(ShuffleInverseMap, OneSlideMovesTheBlankToANeighbour)
     }
 }
 
-TEST(ShuffleInverseMap, OneSwapExchangesTwoCells)
+TEST(Shuffle, OneSwapExchangesTwoCells)
 {
     int swapped = 0;
     for (int seed = 0; seed < 20; ++seed) {
@@ -111,7 +98,7 @@ TEST(ShuffleInverseMap, OneSwapExchangesTwoCells)
     EXPECT_GT(swapped, 10);
 }
 
-TEST(ShuffleInverseMap, ManyMovesKeepAPermutationAndFollowTheSeed)
+TEST(Shuffle, ManyMovesKeepAPermutationAndFollowTheSeed)
 {
     for (int type : {0, 1}) {
         auto run = [&](int seed, float aspect) {
@@ -147,7 +134,7 @@ int BlockSource(const KImage& out, const KImage& plate, int bx, int by)
     return -1;
 }
 
-TEST(ShuffleRender, BlocksAreMovedAndTheBlankIsEmpty)
+TEST(Shuffle, BlocksAreMovedAndTheBlankIsEmpty)
 {
     for (bool isFloat : {false, true}) {
         std::unique_ptr<KImage> plate(Pattern(17, 17, isFloat));

@@ -1,30 +1,22 @@
 // Color: a colour replacing, added to, taken from, multiplying or dividing
 // every component, unclipped in floats and clipped in integers.
-#include "colour_support.h"
+#include "support.h"
 
-using namespace zvcolour;
-using zvtest::Channels;
+using namespace zvtest;
 
 namespace {
 
-struct ColorTool : Tool {
-    ColorTool() : Tool("ZV_Color") {}
-    void Set(int32_t type, KColor c)
+struct Color : Tool<KEffectColor> {
+    Color() : Tool("ZV_Color") {}
+    template <class P> P Run(int32_t type, KColor c, const P& in)
     {
         SetInt("Type", type);
         SetColor("Color", c);
+        return Tool::Run(in);
     }
 };
 
-TEST(ColorDeclarations, WhiteReplaceOnItsPage)
-{
-    zvtest::ExpectInputs("ZV_Color", {{"ColorRed", "page Color; label Color; default 1"},
-                                      {"ColorAlpha", "default 1"},
-                                      {"Type", "items Replace|Add|Subtract|Multiply|Divide; default 0"}});
-    EXPECT_EQ(ColorTool().Param("Color").id4, "ColA"_id);
-}
-
-TEST(ColorFloat, TypesOnEveryComponent)
+TEST(Color, TypesOnEveryComponentInFloats)
 {
     const KPixelF want[] = {
         {0.5f, 0.0f, 2.0f, 0.25f},    // Replace
@@ -34,14 +26,13 @@ TEST(ColorFloat, TypesOnEveryComponent)
         {0.5f, 0.3f, 0.5f, 2.0f},     // Divide: a zero component divides by one
         {0.25f, 0.3f, 1.0f, 0.5f},    // an unknown type changes nothing
     };
-    ColorTool t;
-    for (int32_t type = 0; type < 6; ++type) {
-        t.Set(type == 5 ? 9 : type, {0.5f, 0.0f, 2.0f, 0.25f});
-        EXPECT_EQ(Channels(t.Run(KPixelF{0.25f, 0.3f, 1.0f, 0.5f})), Channels(want[type])) << type;
-    }
+    Color t;
+    for (int32_t type = 0; type < 6; ++type)
+        EXPECT_EQ(Channels(t.Run(type == 5 ? 9 : type, {0.5f, 0.0f, 2.0f, 0.25f}, KPixelF{0.25f, 0.3f, 1.0f, 0.5f})),
+                  Channels(want[type])) << type;
 }
 
-TEST(ColorInteger, ClippedIntegerArithmetic)
+TEST(Color, ClippedIntegerArithmetic)
 {
     const KPixel p{40000, 100, 0, 65535};
     const KColor c{0.5f, 0.0f, 1.5f, 0.0f};  // 32767, 0, 65535, 0
@@ -55,11 +46,8 @@ TEST(ColorInteger, ClippedIntegerArithmetic)
         // The colour reaches integers through double: code 30000 comes out 29999.
         {0, p, {KIntToFloat(30000), -1.0f, 0.0f, 0.0f}, {29999, 0, 0, 0}},
     };
-    ColorTool t;
-    for (const auto& r : rows) {
-        t.Set(r.type, r.color);
-        EXPECT_EQ(Channels(t.Run(r.in)), Channels(r.want)) << "type " << r.type;
-    }
+    Color t;
+    for (const auto& r : rows) EXPECT_EQ(Channels(t.Run(r.type, r.color, r.in)), Channels(r.want)) << "type " << r.type;
 }
 
 }  // namespace

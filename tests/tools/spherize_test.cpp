@@ -3,29 +3,11 @@
 // render whose middle and outside stay put.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
 namespace {
 
-TEST(SpherizeDeclarations, InputsAsTheHostShowsThem)
-{
-    zvtest::ExpectLeadingInputs("ZV_Spherize", "Spherize",
-                                {"Type", "Algorithm", "Iterations", "Center", "Size",
-                                 "Lockhorizontalvertical", "Deformation", "Deformationvertical"});
-    zvtest::ExpectInputs("ZV_Spherize",
-                         {{"Type", "items Horizontal|Vertical|Sphere|Rectangle; default 2"},
-                          {"Algorithm", "items Spherize|Soft in/out|Smooth|Sinusoid; default 0"},
-                          {"Iterations", "integer yes; default 2; soft 1..5"},
-                          {"Size", "default 1; soft 0..1"},
-                          {"Deformation", "default 0.5; soft -1..1"},
-                          {"Deformationvertical", "default 0.5; soft -1..1"}});
-    Warp w("ZV_Spherize");
-    EXPECT_EQ(w.Param("Type").id, "BeTy"_id);
-    EXPECT_EQ(w.Param("Size").id, "SpRa"_id);
-    EXPECT_EQ(w.Param("Center").pointUnit, 0);
-}
-
-TEST(SpherizeInverseMap, ProfilesOnAPointHalfwayOut)
+TEST(Spherize, ProfilesOnAPointHalfwayOut)
 {
     // 0.25 right of the middle of a sphere of size 1: u = 0.5, twice through
     // the profile, half deformed.
@@ -46,7 +28,7 @@ TEST(SpherizeInverseMap, ProfilesOnAPointHalfwayOut)
     ExpectMaps(w, {{0.75f, 0.5f, 0.5f + 0.25f * (0.5f * 0.0625f + 0.5f), 0.5f}}, 1e-5f);
 }
 
-TEST(SpherizeInverseMap, ShapesDecideTheInside)
+TEST(Spherize, ShapesDecideTheInside)
 {
     Warp w("ZV_Spherize");
     w.SetInt("Type", 0);  // a vertical band: x alone decides, both axes move

@@ -3,25 +3,11 @@
 // type, and a render stretching the middle of each row.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
 namespace {
 
-TEST(StretchDeclarations, InputsAsTheHostShowsThem)
-{
-    zvtest::ExpectLeadingInputs("ZV_Stretch", "Stretch",
-                                {"Type", "SourceStart", "SourceEnd", "DestinationStart",
-                                 "DestinationEnd", "OffsetStart", "OffsetEnd"});
-    zvtest::ExpectInputs("ZV_Stretch",
-                         {{"Type", "items Source and Destination|Source and Offset; default 0"},
-                          {"DestinationEnd", "point 0.5,0.5"},
-                          {"OffsetEnd", "control Screw; default 0; soft -0.1..0.1"}});
-    Warp w("ZV_Stretch");
-    EXPECT_EQ(w.Param("Offset Start").id, "OffS"_id);
-    EXPECT_EQ(w.Param("Destination Start").pointUnit, 0);
-}
-
-TEST(StretchInverseMap, SegmentsWithoutLengthDoNothing)
+TEST(Stretch, SegmentsWithoutLengthDoNothing)
 {
     Warp w("ZV_Stretch");
     EXPECT_FALSE(w.Start());  // every point at the middle
@@ -31,7 +17,7 @@ TEST(StretchInverseMap, SegmentsWithoutLengthDoNothing)
     EXPECT_TRUE(w.Start());
 }
 
-TEST(StretchInverseMap, BeforeInsideAndAfterTheSegment)
+TEST(Stretch, BeforeInsideAndAfterTheSegment)
 {
     Warp w("ZV_Stretch");
     w.SetPoint("Source Start", 0.25f, 0.5f);
@@ -58,7 +44,7 @@ TEST(StretchInverseMap, BeforeInsideAndAfterTheSegment)
                1e-5f);
 }
 
-TEST(StretchInverseMap, SourceAndOffsetLengthensTheSourceLine)
+TEST(Stretch, SourceAndOffsetLengthensTheSourceLine)
 {
     Warp w("ZV_Stretch");
     w.SetInt("Type", 1);

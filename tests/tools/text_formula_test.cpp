@@ -1,15 +1,15 @@
 // Formula: number formatting with its digits, zeros, signs and the padding
 // switch it borrows from the number settings; literal replacement in its
-// order; the declarations; a Random feeding a number input in a flow.
-#include <cctype>
+// order; a Random feeding a number input in a flow.
 #include <cstdio>
-#include "value_driver.h"
+#include "framework/numeric.h"
+#include "support.h"
 
-using namespace zvvalue;
+using namespace zvtest;
 
 namespace {
 
-TEST(TextFormulaFormat, DigitsZerosSignsAndPrecision)
+TEST(TextFormula, DigitsZerosSignsAndPrecision)
 {
     const struct {
         float n1;
@@ -34,7 +34,7 @@ TEST(TextFormulaFormat, DigitsZerosSignsAndPrecision)
         {0.75f, 1, false, false, 0, "1"},
         {0.75f, 1, false, false, 6, "0.750000"},
     };
-    Tool f("ZV_TextFormula");
+    Tool<> f("ZV_TextFormula");
     for (const auto& r : rows) {
         f.SetFloat("n1", r.n1);
         f.SetInt("Minimum number value digits before dot", r.digits);
@@ -45,9 +45,9 @@ TEST(TextFormulaFormat, DigitsZerosSignsAndPrecision)
     }
 }
 
-TEST(TextFormulaFormat, PointsPadWithTheNumberSetting)
+TEST(TextFormula, PointsPadWithTheNumberSetting)
 {
-    Tool f("ZV_TextFormula");
+    Tool<> f("ZV_TextFormula");
     f.SetPoint("p1", 2.5f, -0.375f);
     f.SetInt("Precision point values", 1);
     f.SetInt("Minimum point value digits before dot", 2);
@@ -64,9 +64,9 @@ TEST(TextFormulaFormat, PointsPadWithTheNumberSetting)
     EXPECT_EQ(f.Of("Text", "p1x"), " 02.5");
 }
 
-TEST(TextFormulaReplace, LiteralAndInOrder)
+TEST(TextFormula, ReplacesLiterallyAndInOrder)
 {
-    Tool f("ZV_TextFormula");
+    Tool<> f("ZV_TextFormula");
     f.SetFloat("n1", 0.5f);
     // Inside words and before more digits, too.
     EXPECT_EQ(f.Of("Text", "n1 won1 n12"), "0.50 wo0.50 0.502");
@@ -90,46 +90,7 @@ TEST(TextFormulaReplace, LiteralAndInOrder)
     EXPECT_EQ(f.Of("Text", "(p9x, p9y) n9"), "(0.250, 0.125) 0");
 }
 
-TEST(TextFormulaDeclarations, InputsAsTheHostShowsThem)
-{
-    std::vector<std::string> ids;
-    for (const char* group : {"NumberIn", "PointIn", "TextIn"}) {
-        ids.push_back(group);
-        for (int n = 1; n <= 9; ++n) ids.push_back(std::string(1, char(std::tolower(group[0]))) + std::to_string(n));
-    }
-    for (const char* id : {"TextOut", "Text", "Precisionnumbervalues", "Minimumnumbervaluedigitsbeforedot",
-                           "Leadingzeros", "Addspaceifnotnegative", "Precisionpointvalues",
-                           "Minimumpointvaluedigitsbeforedot", "Leadingzeros2", "Addspaceifnotnegative2"})
-        ids.push_back(id);
-    Tool f("ZV_TextFormula");
-    EXPECT_EQ(zvtest::FirstInputIds(*f.op, ids.size()), ids);
-    zvtest::ExpectInputs(*f.op, {
-        {"n3", "default 0; soft 0..1"},
-        {"p2", "type Point; point 0,0"},
-        {"t4", "control TextEdit; lines 2"},
-        {"Text", "lines 10; text \"\""},
-        {"Precisionnumbervalues", "label Precision number values; default 2; soft 0..6"},
-        {"Minimumnumbervaluedigitsbeforedot", "default 1; soft 1..6"},
-        {"Precisionpointvalues", "default 2; soft 0..6"},
-        {"Minimumpointvaluedigitsbeforedot", "default 1; soft 1..6"},
-        {"Leadingzeros", "control Checkbox; default 0"},
-        {"Addspaceifnotnegative", "control Checkbox; default 0"},
-        {"Leadingzeros2", "name Leading zero's (point values); control Checkbox; default 0"},
-        {"Addspaceifnotnegative2", "control Checkbox; default 0"},
-    });
-    EXPECT_EQ(f.Param("n3").id, "NuIp"_id);
-    EXPECT_EQ(f.Param("p9").id, "PoIv"_id);
-    EXPECT_EQ(f.Param("t1").id, "TeIn"_id);
-    const std::vector<uint32_t> codes = ValueCodes(*f.effect);
-    ASSERT_EQ(codes.size(), 36u);
-    EXPECT_EQ(std::vector<uint32_t>(codes.begin() + 27, codes.end()),
-              (std::vector<uint32_t>{"Text"_id, "TePN"_id, "TeDN"_id, "TeZN"_id, "TeNM"_id, "TePP"_id,
-                                     "TeDP"_id, "TeZP"_id, "TePM"_id}));
-    ASSERT_EQ(f.op->Outputs().size(), 1u);
-    EXPECT_EQ(f.op->MainOutput()->dataType, host::DataType::Text);
-}
-
-TEST(TextFormulaFlow, ARandomNumberWrittenIntoASentence)
+TEST(TextFormula, ARandomNumberWrittenIntoASentence)
 {
     host::Flow flow;
     auto& rnd = flow.Add("rnd", Registered("ZV_NumberRandom"));
@@ -141,7 +102,7 @@ TEST(TextFormulaFlow, ARandomNumberWrittenIntoASentence)
     flow.Connect(formula, In(formula, "n1"), rnd, rnd.op->MainOutput());
     for (int frame : {1, 2, 7}) {
         char want[64];
-        std::snprintf(want, sizeof want, "value %.4f at 0.50", Noise(float(frame), 1234));
+        std::snprintf(want, sizeof want, "value %.4f at 0.50", KTimeNoise(float(frame), 1234));
         flow.BeginFrame();
         EXPECT_EQ(TextOf(flow.Evaluate(formula, formula.op->MainOutput(), frame)), want) << frame;
     }

@@ -1,18 +1,18 @@
 // From file: a line per frame with hold and loop, a chosen line, lines with
 // start frames, the walk that joins an empty line to the next, "\n" escapes,
-// files that are missing, the declarations and visibility rules, a flow, and
-// the zelvarine command on an existing and a missing file.
+// files read anew or missing, the controls Source and Format show, and the
+// zelvarine command on an existing and a missing file.
 #include <algorithm>
 #include <filesystem>
 #include "command_support.h"
-#include "value_driver.h"
+#include "support.h"
 
-using namespace zvvalue;
+using namespace zvtest;
 namespace fs = std::filesystem;
 
 namespace {
 
-TEST(TextFromFileBox, EachLineChosenLineStartFramesAndEscapes)
+TEST(TextFromFile, EachLineChosenLineStartFramesAndEscapes)
 {
     const char* abc = "alpha\nbeta\ngamma";
     const char* starts = "5 hello there\n  12\tworld\n\n20 end\\nof it\n";
@@ -61,7 +61,7 @@ TEST(TextFromFileBox, EachLineChosenLineStartFramesAndEscapes)
         {"one\\ntwo\\n\nthree\\", 0, 1, false, 0, 1.0f, "three\\"},
         {"one\\ntwo\\n\nthree\\", 2, 1, false, 0, 0.0f, "one\r\ntwo\r\n"},
     };
-    Tool f("ZV_TextFromFile");
+    Tool<> f("ZV_TextFromFile");
     f.SetInt("Source", 1);
     for (const auto& r : rows) {
         f.SetInt("Format", r.format);
@@ -72,10 +72,10 @@ TEST(TextFromFileBox, EachLineChosenLineStartFramesAndEscapes)
     }
 }
 
-TEST(TextFromFileFiles, ReadsTheFileAnewEachRenderAndIgnoresTheTextBox)
+TEST(TextFromFile, ReadsTheFileAnewEachRenderAndIgnoresTheTextBox)
 {
-    const zvtest::TempDir dir;
-    Tool f("ZV_TextFromFile");
+    const TempDir dir;
+    Tool<> f("ZV_TextFromFile");
     f.SetText("Text", "from the box");
     f.SetInt("Format", 0);
     EXPECT_EQ(f.Of("Filename", dir.Write("lines.txt", "first\nsecond\r\nthird")), "first");
@@ -95,36 +95,19 @@ TEST(TextFromFileFiles, ReadsTheFileAnewEachRenderAndIgnoresTheTextBox)
     EXPECT_EQ(f.Text(), "");
 }
 
-TEST(TextFromFileDeclarations, InputsAndTheControlsSourceAndFormatShow)
+TEST(TextFromFile, SourceAndFormatShowTheirControls)
 {
-    zvtest::ExpectLeadingInputs("ZV_TextFromFile", "From File",
-                                {"Source", "Filename", "Text", "Format", "Holdframes", "Loop", "Line"});
-    zvtest::ExpectInputs("ZV_TextFromFile",
-                         {{"Source", "control MultiButton; items File|Textbox; default 0"},
-                          {"Filename", "control File; type Text; text \"\""},
-                          {"Text", "lines 30"},
-                          {"Format", "control Combo; default 1; items Each line a frame|Startframe and text|Line on frame..."},
-                          {"Holdframes", "label Hold frames; integer yes; default 1; soft 1..25"},
-                          {"Loop", "default 0; soft 0..1"},
-                          {"Line", "default 0; soft 0..100"}});
-    Tool t("ZV_TextFromFile");
-    EXPECT_EQ(t.Param("Filename").Item(0), "Text file (*.txt)|*.txt");
-    EXPECT_EQ(ValueCodes(*t.effect),
-              (std::vector<uint32_t>{"Sour"_id, "FiNa"_id, "Text"_id, "FiFo"_id, "Hold"_id, "Loop"_id, "Line"_id}));
-    EXPECT_EQ(t.op->MainOutput()->id, "Output");
-
     // Shown: a file by default, a start frame per line; then by Source and Format.
-    zvtest::ToolFlow f("ZV_TextFromFile");
-    zvtest::ExpectShown(f, {"Filename", "Text", "Holdframes", "Loop", "Line"},
-                        {{nullptr, 0, "10000"}, {"Source", 1, "01000"}, {"Format", 0, "01110"},
-                         {"Format", 2, "01001"}, {"Format", 1, "01000"}, {"Source", 0, "10000"}});
+    ExpectShown("ZV_TextFromFile", {"Filename", "Text", "Holdframes", "Loop", "Line"},
+                {{nullptr, 0, "10000"}, {"Source", 1, "01000"}, {"Format", 0, "01110"},
+                 {"Format", 2, "01001"}, {"Format", 1, "01000"}, {"Source", 0, "10000"}});
 }
 
-TEST(TextFromFileCommand, PrintsTheLineOrNamesTheMissingFile)
+TEST(TextFromFile, CommandPrintsTheLineOrNamesTheMissingFile)
 {
-    const zvtest::TempDir dir;
+    const TempDir dir;
     dir.Write("lines.txt", "alpha\nbeta\ngamma\n");
-    zvtest::CommandResult r = dir.Run("run FrFl Filename=lines.txt Format=0 --time 1");
+    CommandResult r = dir.Run("run FrFl Filename=lines.txt Format=0 --time 1");
     EXPECT_EQ(r.code, 0) << r.err;
     EXPECT_EQ(r.out, "beta\n");
     EXPECT_EQ(r.err, "");

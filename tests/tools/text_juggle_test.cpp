@@ -1,14 +1,14 @@
 // Juggle: swaps worked out beforehand from the hash, line breaks and tabs
 // that never move, spaces kept in place on request, the same jumble for the
-// same frame, the sliders that do nothing, and the declarations.
+// same frame, and the sliders that do nothing.
 #include <algorithm>
-#include "value_driver.h"
+#include "support.h"
 
-using namespace zvvalue;
+using namespace zvtest;
 
 namespace {
 
-struct Juggle : Tool {
+struct Juggle : Tool<> {
     Juggle() : Tool("ZV_TextJuggle") {}
     std::string Of(const std::string& text, float amount, float t)
     {
@@ -17,7 +17,7 @@ struct Juggle : Tool {
     }
 };
 
-TEST(TextJuggleSwaps, WorkedOutFromTheHash)
+TEST(TextJuggle, SwapsWorkedOutFromTheHash)
 {
     const struct { const char* text; float amount, time; bool keepSpaces; const char* want; } rows[] = {
         // "abcdef" at 0.5: six rounds; at 1.0 twelve.
@@ -44,7 +44,7 @@ TEST(TextJuggleSwaps, WorkedOutFromTheHash)
     }
 }
 
-TEST(TextJuggleSwaps, BreaksStayAndNoCharacterIsLost)
+TEST(TextJuggle, BreaksStayAndNoCharacterIsLost)
 {
     Juggle j;
     const std::string lines = "one\r\ntwo\tthree\nfour";
@@ -62,7 +62,7 @@ TEST(TextJuggleSwaps, BreaksStayAndNoCharacterIsLost)
     }
 }
 
-TEST(TextJuggleSwaps, SameFrameSameJumbleAndOnlyCharactersHaveAnEffect)
+TEST(TextJuggle, SameFrameSameJumbleAndOnlyCharactersHaveAnEffect)
 {
     Juggle j;
     const std::string at3 = j.Of("the quick brown fox", 0.5f, 3.0f);
@@ -72,24 +72,6 @@ TEST(TextJuggleSwaps, SameFrameSameJumbleAndOnlyCharactersHaveAnEffect)
                               "Juggle words", "Juggle words within line", "Juggle lines"})
         j.SetFloat(label, 1.0f);
     EXPECT_EQ(j.Of("the quick brown fox", 0.5f, 3.0f), at3);
-}
-
-TEST(TextJuggleDeclarations, InputsAsTheHostShowsThem)
-{
-    const std::vector<std::string> ids = {"Text", "Jugglecharacters", "Jugglecharacterswithinword",
-                                          "Jugglecharacterswithinline", "Jugglewords",
-                                          "Jugglewordswithinline", "Jugglelines", "Keepspacesinplace"};
-    zvtest::ExpectLeadingInputs("ZV_TextJuggle", "Text Juggle", ids);
-    std::unique_ptr<host::Operator> op(host::CreateOperator(Registered("ZV_TextJuggle")));
-    EXPECT_EQ(op->FindInput("Text")->attrs.controlParam, 10);
-    for (size_t i = 1; i < 7; ++i)
-        zvtest::ExpectInputs(*op, {{ids[i], "control Slider; default 0; soft 0..1"}});
-    zvtest::ExpectInputs(*op, {{"Keepspacesinplace", "control Checkbox; default 0"}});
-    Juggle j;
-    EXPECT_EQ(ValueCodes(*j.effect), (std::vector<uint32_t>{"Text"_id, "JuCh"_id, "JuCW"_id, "JuCL"_id,
-                                                            "JuWo"_id, "JuWL"_id, "JuLi"_id, "JuKS"_id}));
-    EXPECT_EQ(op->MainOutput()->id, "Output");
-    EXPECT_EQ(op->MainOutput()->dataType, host::DataType::Text);
 }
 
 }  // namespace

@@ -1,14 +1,14 @@
 // Write: how many characters a "Write" value shows, the cursor and the
-// prefix, the declarations, and a Write typing into another text tool.
-#include "value_driver.h"
+// prefix, and a Write typing into another text tool.
+#include "support.h"
 
-using namespace zvvalue;
+using namespace zvtest;
 
 namespace {
 
-TEST(TextWriteCount, TruncatesWriteTimesLengthAndAHalf)
+TEST(TextWrite, TruncatesWriteTimesLengthAndAHalf)
 {
-    Tool w("ZV_TextWrite");
+    Tool<> w("ZV_TextWrite");
     const struct { const char* text; float write; const char* want; } rows[] = {
         {"abcdefghij", 1.0f, "abcdefghij_"},   // 10.5 truncates to 10
         {"abcdefghij", 0.96f, "abcdefghij_"},  // 10.08
@@ -27,9 +27,9 @@ TEST(TextWriteCount, TruncatesWriteTimesLengthAndAHalf)
     }
 }
 
-TEST(TextWriteCursor, CursorAndPrefix)
+TEST(TextWrite, CursorAndPrefix)
 {
-    Tool w("ZV_TextWrite");
+    Tool<> w("ZV_TextWrite");
     w.SetFloat("Write", 0.5f);
     w.SetBool("Cursor show", false);
     EXPECT_EQ(w.Of("Text", "typing"), "typ");
@@ -43,24 +43,7 @@ TEST(TextWriteCursor, CursorAndPrefix)
     EXPECT_EQ(w.Of("Text", "typing"), "> |");
 }
 
-TEST(TextWriteDeclarations, InputsAsTheHostShowsThem)
-{
-    zvtest::ExpectLeadingInputs("ZV_TextWrite", "Text Write",
-                                {"Text", "Write", "Cursor", "Cursorshow", "Prefix", "Prefixshow"});
-    zvtest::ExpectInputs("ZV_TextWrite", {{"Text", "lines 5; text \"\""},
-                                          {"Write", "label Write; default 1; soft 0..1"},
-                                          {"Cursor", "lines 2; text \"_\""},
-                                          {"Cursorshow", "control Checkbox; default 1"},
-                                          {"Prefix", "lines 2; text \"//\""},
-                                          {"Prefixshow", "control Checkbox; default 0"}});
-    Tool w("ZV_TextWrite");
-    EXPECT_EQ(ValueCodes(*w.effect),
-              (std::vector<uint32_t>{"Text"_id, "TxWr"_id, "CuTx"_id, "CuSh"_id, "PrTx"_id, "PrSh"_id}));
-    EXPECT_EQ(w.op->MainOutput()->id, "Output");
-    EXPECT_EQ(w.op->MainOutput()->dataType, host::DataType::Text);
-}
-
-TEST(TextWriteFlow, TypesIntoAFormulaOverFrames)
+TEST(TextWrite, TypesIntoAFormulaOverFrames)
 {
     host::Flow flow;
     auto& write = flow.Add("write", Registered("ZV_TextWrite"));

@@ -1,13 +1,12 @@
 // Threshold: the step and its soft ramp, repeated saw-tooth or ping-pong, the
-// source channel, the locks and their rows, and a keyed threshold.
-#include "colour_support.h"
+// source channel, the locks and their rows, and lanes against one pixel at a time.
+#include "support.h"
 
-using namespace zvcolour;
-using zvtest::Channels;
+using namespace zvtest;
 
 namespace {
 
-struct ThresholdTool : Tool {
+struct ThresholdTool : Tool<KEffectColor> {
     ThresholdTool() : Tool("ZV_Threshold") {}
     void Ramp(float threshold, float softness, float repeat, bool pingPong)
     {
@@ -18,48 +17,26 @@ struct ThresholdTool : Tool {
     }
 };
 
-TEST(ThresholdDeclarations, HiddenChannelsAndHardLimits)
-{
-    // As the host creates it: the locks on, so only the first row shows.
-    zvtest::ExpectInputs("ZV_Threshold",
-                         {{"Channelusedasthreshold", "items Red|Green|Blue|Alpha|Lumin.|Each; default 4"},
-                          {"Lockthresholdforallcolorchannels", "default 1; notify yes"},
-                          {"Threshold", "visible yes; default 0.5"},
-                          {"ThresholdGreen", "visible no; soft 0..1"},
-                          {"ThresholdAlpha", "visible no"},
-                          {"Softness", "visible yes; default 0"},
-                          {"SoftnessBlue", "visible no; hard -..1"},
-                          {"RepeatGreen", "visible no; default 1"},
-                          {"RepeatAlpha", "hard -..5"},
-                          {"PingpongAlpha", "visible no; control Checkbox"}});
-}
-
-TEST(ThresholdRamp, SoftnessZeroStepsJustAboveTheThreshold)
+TEST(Threshold, StepJustAboveTheThresholdRepeatZeroAndInvert)
 {
     ThresholdTool t;
     t.SetInt("Channel used as threshold", 5);  // each channel its own
     // Exactly at the threshold is below it.
     EXPECT_EQ(Channels(t.Run(KPixelF{0.5f, 0.50001f, 0.4f, 1.0f})), Channels(KPixelF{0, 1, 0, 1}));
     EXPECT_EQ(Channels(t.Run(KPixel{32767, 32768, 0, 65535})), Channels(KPixel{0, 65535, 0, 65535}));
-}
-
-TEST(ThresholdRamp, RepeatZeroIsBlackAndInvertWhite)
-{
-    ThresholdTool t;
-    t.Ramp(0.5f, 0.0f, 0.0f, false);
+    t.Ramp(0.5f, 0.0f, 0.0f, false);  // no repeat: black, inverted white
     EXPECT_EQ(Channels(t.Run(KPixelF{1, 1, 1, 1})), Channels(KPixelF{0, 0, 0, 0}));
     t.SetBool("Invert", true);
     EXPECT_EQ(Channels(t.Run(KPixel{65535, 65535, 65535, 65535})), Channels(KPixel{65535, 65535, 65535, 65535}));
 }
 
-TEST(ThresholdRamp, SawAndPingPongInBothDepths)
+TEST(Threshold, SawAndPingPongInBothDepths)
 {
     ThresholdTool t;
     t.SetInt("Channel used as threshold", 5);
     // Ramp from 0.25 to 0.75, twice over: a whole repeat ends on 1 and t = 1
     // wraps; folded back, two ping-pongs end where they began.
     const std::vector<KPixelF> f = {{0.5f, 0.625f, 0.6875f, 0.25f}, {0.75f, 0.5f, 0.5f, 0.5f}};
-    const std::vector<KPixel> i = {{40960, 45056, 36864, 65535}};
     const struct { float repeat; bool pingPong; KPixelF f0; float f1r; KPixel i0; } rows[] = {
         {2.0f, false, {0.0f, 0.5f, 0.75f, 0.0f}, 1.0f, {32769, 49153, 16385, 65535}},
         {2.0f, true, {1.0f, 0.5f, 0.25f, 0.0f}, 0.0f, {32765, 16381, 49149, 0}},
@@ -67,16 +44,16 @@ TEST(ThresholdRamp, SawAndPingPongInBothDepths)
     };
     for (const auto& r : rows) {
         t.Ramp(0.5f, 0.5f, r.repeat, r.pingPong);
-        const std::vector<KPixelF> out = t.Run(f, r.pingPong);
+        const std::vector<KPixelF> out = t.Run(f);
         if (r.repeat == 2.0f) {
             EXPECT_EQ(Channels(out[0]), Channels(r.f0)) << r.pingPong;
-            EXPECT_EQ(Channels(t.Run(i)[0]), Channels(r.i0)) << r.pingPong;
+            EXPECT_EQ(Channels(t.Run(KPixel{40960, 45056, 36864, 65535})), Channels(r.i0)) << r.pingPong;
         }
         EXPECT_EQ(out[1].r, r.f1r) << r.repeat << " " << r.pingPong;
     }
 }
 
-TEST(ThresholdSources, SelectorLuminanceAndLocks)
+TEST(Threshold, SelectorLuminanceAndLocks)
 {
     ThresholdTool t;
     t.SetInt("Channel used as threshold", 3);
@@ -100,8 +77,8 @@ TEST(ThresholdSources, SelectorLuminanceAndLocks)
     EXPECT_EQ(t.Run(grey).a, 0.0f);
 }
 
-// Each source, both ramp shapes, a hard step and unlocked rows, lanes against one pixel at a time.
-TEST(ThresholdLanes, RowsEqualOneAtATime)
+// Each source, both ramp shapes, a hard step and unlocked rows.
+TEST(Threshold, LanesEqualOneAtATime)
 {
     ThresholdTool t;
     for (int32_t source : {4, 5, 0, 3}) {
@@ -114,18 +91,17 @@ TEST(ThresholdLanes, RowsEqualOneAtATime)
     }
 }
 
-TEST(ThresholdChange, LocksShowTheirRows)
+TEST(Threshold, LocksShowTheirRows)
 {
     // The host told the tool its locks at creation: only the first row shows.
-    Flow f("ZV_Threshold", Row<KPixel>({{0, 0, 0, 0}}));
-    zvtest::ExpectShown(f, {"ThresholdGreen", "ThresholdBlue", "ThresholdAlpha", "Softness", "SoftnessGreen",
-                            "RepeatGreen", "PingpongGreen", "RepeatBlue", "RepeatAlpha", "PingpongAlpha"},
-                        {{nullptr, 0, "0001000000"},
-                         {"Lockthresholdforallcolorchannels", 0, "1111000000"},
-                         {"LockSoftnessforallcolorchannels", 0, "1111100000"},
-                         {"LockSoftnessforallcolorchannels", 1, "1111000000"},
-                         {"LockRepeatforallcolorchannels", 0, "1111011111"},
-                         {"Lockthresholdforallcolorchannels", 1, "0001011111"}});
+    ExpectShown("ZV_Threshold", {"ThresholdGreen", "ThresholdBlue", "ThresholdAlpha", "Softness", "SoftnessGreen",
+                                 "RepeatGreen", "PingpongGreen", "RepeatBlue", "RepeatAlpha", "PingpongAlpha"},
+                {{nullptr, 0, "0001000000"},
+                 {"Lockthresholdforallcolorchannels", 0, "1111000000"},
+                 {"LockSoftnessforallcolorchannels", 0, "1111100000"},
+                 {"LockSoftnessforallcolorchannels", 1, "1111000000"},
+                 {"LockRepeatforallcolorchannels", 0, "1111011111"},
+                 {"Lockthresholdforallcolorchannels", 1, "0001011111"}});
 }
 
 }  // namespace

@@ -4,29 +4,11 @@
 // a quarter turn, and filtering and under-sampling from the host.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
 namespace {
 
-TEST(TransformDeclarations, InputsAsTheHostShowsThem)
-{
-    Warp w("ZV_Transform");
-    EXPECT_EQ(w.Param("Center").id, "Cent"_id);
-    EXPECT_EQ(w.Param("Center").pointUnit, 3);  // an offset from the middle
-    EXPECT_EQ(w.Param("Axis").pointUnit, 0);
-    EXPECT_EQ(w.Param("Axis angle").angleUnit, 1);
-    zvtest::ExpectLeadingInputs("ZV_Transform", "Transform",
-                                {"Center", "Axisangle", "Axis", "SizeType", "SizeX", "SizeY"});
-    zvtest::ExpectInputs("ZV_Transform",
-                         {{"Center", "point 0.5,0.5"},
-                          {"Axisangle", "default 0"},
-                          {"SizeType", "items Size X and Size Y|Size and Aspect; default 0"},
-                          {"SizeY", "default 1; soft 0..5"},
-                          {"KUnd", "present"}, {"KFil", "present"}, {"KEdg", "present"},
-                          {"KMaW", "present"}, {"Image", "present"}, {"KSup", "absent"}});
-}
-
-TEST(TransformInverseMap, HandComputedPoints)
+TEST(Transform, HandComputedPoints)
 {
     Warp w("ZV_Transform");
     w.SetPoint("Center", 0.0f, 0.0f);  // neutral, as the bridge makes it
@@ -61,7 +43,7 @@ TEST(TransformInverseMap, HandComputedPoints)
     EXPECT_NEAR(out.x, 0.5f + 0.1f / 1e-7f, 1e3f);
 }
 
-TEST(TransformRender, CenterMovesWholePixelsUnderEachEdgeMode)
+TEST(Transform, CenterMovesWholePixelsUnderEachEdgeMode)
 {
     // 17 pixels span 16 steps: Center 0.625 moves the picture right by 2.
     for (bool isFloat : {false, true})
@@ -82,7 +64,7 @@ TEST(TransformRender, CenterMovesWholePixelsUnderEachEdgeMode)
         }
 }
 
-TEST(TransformRender, WidePixelsMoveByTheirOwnRows)
+TEST(Transform, WidePixelsMoveByTheirOwnRows)
 {
     // Pixel aspect 2: rows are normalised to 0..0.5. Center a quarter up is 2 of 8 rows.
     std::unique_ptr<KImage> plate(KImage::Create(9, 9, false, 2.0f, 1.0f));
@@ -96,7 +78,7 @@ TEST(TransformRender, WidePixelsMoveByTheirOwnRows)
         for (int32_t x = 0; x < 9; ++x) EXPECT_EQ(Raw(*out, x, y), Raw(*plate, x, y - 2)) << x << "," << y;
 }
 
-TEST(TransformRender, FilteringAndUnderSamplingFromTheHost)
+TEST(Transform, FilteringAndUnderSamplingFromTheHost)
 {
     std::unique_ptr<KImage> plate(Pattern(17, 17, false));
     ToolFlow r("ZV_Transform", plate.get());
