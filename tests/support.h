@@ -188,11 +188,13 @@ public:
         if (!p) throw std::runtime_error("no declaration with that id");
         return *static_cast<T*>(p->field);
     }
-    // A number control's value, whatever the kind of its field.
+    // A number control's value, whatever the kind of its field; an angle in
+    // degrees, as the host shows it, arrives negated (in radians for unit 1).
     void Set(const std::string& label, double v)
     {
         KParameter& p = Param(label);
-        if (p.valueKind == kValueFloat) *static_cast<float*>(p.field) = static_cast<float>(v);
+        const float f = static_cast<float>(p.controlKind == kControlAngle ? -v : v);
+        if (p.valueKind == kValueFloat) *static_cast<float*>(p.field) = p.angleUnit == 1 ? f * 0.017453292f : f;
         else if (p.valueKind == kValueInteger) *static_cast<int32_t*>(p.field) = static_cast<int32_t>(v);
         else if (p.valueKind == kValueBoolean) *static_cast<bool*>(p.field) = v != 0.0;
         else throw std::runtime_error("not a number: " + label);
@@ -203,8 +205,6 @@ public:
     void SetText(const std::string& label, const std::string& v) { Field<std::string>(label, kValueText) = v; }
     void SetPoint(const std::string& label, float x, float y) { Field<KPoint2>(label, kValuePoint) = {x, y}; }
     void SetColor(const std::string& label, KColor c) { Field<KColor>(label, kValueColor) = c; }
-    // An angle control's value in degrees, as the bridge hands it over.
-    void SetDegrees(const std::string& label, float degrees) { SetFloat(label, -degrees * 0.017453292f); }
 
     // An image family: the source through the process into a new image.
     Img Run(KImage* source, bool threaded = false)

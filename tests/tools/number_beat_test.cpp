@@ -1,6 +1,6 @@
 // Beat: the envelope over one beat at hand-computed times, its start and end,
-// rounding the end to a full beat, the BPM rate and what it shows, the combine
-// rules, and one Beat combined into another in a flow.
+// rounding the end to a full beat, the BPM rate and what it shows, and the
+// combine rules.
 #include "support.h"
 
 using namespace zvtest;
@@ -70,27 +70,6 @@ TEST(NumberBeat, InterpolationChangesNothingAndTheRateTypeShowsItsControls)
     }
     ExpectShown("ZV_NumberBeat", {"Frequency", "BeatsperMinute", "FramesperSecond"},
                 {{nullptr, 0, "100"}, {"Ratetype", 1, "011"}, {"Ratetype", 0, "100"}});
-}
-
-TEST(NumberBeat, OneBeatCombinedIntoAnotherOverFrames)
-{
-    // A slow beat of 8 frames feeds the combine value of a fast one of 4,
-    // which keeps the larger of the two.
-    host::Flow flow;
-    auto& slow = flow.Add("slow", Registered("ZV_NumberBeat"));
-    auto& fast = flow.Add("fast", Registered("ZV_NumberBeat"));
-    for (auto [id, v] : {std::pair{"Frequency", 8.0}, {"Maximumvalue", 0.5}, {"Sustainvalue", 0.25}})
-        flow.SetValue(slow, In(slow, id), host::MakeNumber(v));
-    for (auto [id, v] : {std::pair{"Frequency", 4.0}, {"Attacktime", 1.0}, {"Decaytime", 1.0},
-                         {"Sustaintime", 0.0}, {"Releasetime", 1.0}, {"Howtocombinevaluebelow", 2.0}})
-        flow.SetValue(fast, In(fast, id), host::MakeNumber(v));
-    flow.Connect(fast, In(fast, "CombinevalueconnecttoanotherBeatorso"), slow, slow.op->MainOutput());
-    // slow: 0, .25, .5, .375, .25, .25, .25, .125; fast: 0, 1, .5, 0 repeating.
-    const double want[] = {0.0, 1.0, 0.5, 0.375, 0.25, 1.0, 0.5, 0.125, 0.0};
-    for (int frame = 0; frame <= 8; ++frame) {
-        flow.BeginFrame();
-        EXPECT_EQ(NumberOf(flow.Evaluate(fast, fast.op->MainOutput(), frame)), want[frame]) << frame;
-    }
 }
 
 }  // namespace

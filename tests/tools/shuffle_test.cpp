@@ -1,7 +1,6 @@
-// Shuffle: declarations, amount 0 as identity, the blank cell that maps to
-// nothing, one slide moving the blank to a neighbour (across the border too),
-// one swap exchanging two cells, the cells staying a permutation, seeds, and
-// renders whose blocks are the plate's blocks moved, with the blank empty.
+// Shuffle: amount 0 as nothing to do, the blank cell that maps to nothing, one
+// slide moving the blank to a neighbour (across the border too), one swap
+// exchanging two cells, and the cells staying a permutation that follows the seed.
 #include <set>
 #include <vector>
 #include "warp_support.h"
@@ -113,50 +112,6 @@ TEST(Shuffle, ManyMovesKeepAPermutationAndFollowTheSeed)
         EXPECT_EQ(run(7, 1.0f), a);
         EXPECT_NE(run(8, 1.0f), a);
         EXPECT_EQ(run(7, 2.0f), a);  // wide pixels give the same cells, y running to 1 / aspect
-    }
-}
-
-// The plate block that 4 x 4 block (bx, by) of a 17 x 17 render shows, -1
-// when it is empty, -2 when it is neither. The far row and column, normalised
-// to exactly 1, are left out.
-int BlockSource(const KImage& out, const KImage& plate, int bx, int by)
-{
-    auto same = [&](int sx, int sy) {
-        for (int i = 0; i < 16; ++i)
-            if (Raw(out, 4 * bx + i % 4, 4 * by + i / 4) != Raw(plate, 4 * sx + i % 4, 4 * sy + i / 4))
-                return false;
-        return true;
-    };
-    for (int b = 0; b < 16; ++b)
-        if (same(b % 4, b / 4)) return b;
-    for (int i = 0; i < 16; ++i)
-        if (Raw(out, 4 * bx + i % 4, 4 * by + i / 4) != std::array<float, 4>{}) return -2;
-    return -1;
-}
-
-TEST(Shuffle, BlocksAreMovedAndTheBlankIsEmpty)
-{
-    for (bool isFloat : {false, true}) {
-        std::unique_ptr<KImage> plate(Pattern(17, 17, isFloat));
-        ToolFlow r("ZV_Shuffle", plate.get());
-        r.Set("Horizontalsubdivisions", 4);
-        r.Set("Verticalsubdivisions", 4);
-        r.Set("Amount", 0.0);
-        EXPECT_EQ(zvtest::Differ(*r.Render(), *plate), "");
-
-        r.Set("Amount", 30.0);
-        r.Set("RandomSeed", 3);
-        r.Set("KFil", 0);
-        auto out = r.Render();
-        std::vector<int> blocks;
-        for (int b = 0; b < 16; ++b) blocks.push_back(BlockSource(*out, *plate, b % 4, b / 4));
-        EXPECT_EQ(std::count(blocks.begin(), blocks.end(), -2), 0);  // every block accounted for
-        EXPECT_EQ(std::count(blocks.begin(), blocks.end(), -1), 1);
-        EXPECT_EQ(std::set<int>(blocks.begin(), blocks.end()).size(), blocks.size());
-        EXPECT_NE(zvtest::Differ(*out, *plate), "");
-        // The draws happen once, before the jobs: a serial render is the same.
-        r.Set("ZVMT", 0);
-        EXPECT_EQ(zvtest::Differ(*r.Render(), *out), "");
     }
 }
 

@@ -1,9 +1,9 @@
 // Helpers of the warp tools' tests: a registered warp driven directly (fields
 // written through its declarations, Start on an image, then InverseMap), and
-// rows of points it must map.
+// steps of settings with the points each must map.
 #pragma once
 #include <algorithm>
-#include <initializer_list>
+#include <cmath>
 #include "support.h"
 
 namespace zvtest {
@@ -12,11 +12,6 @@ class Warp : public Tool<KEffectWarp> {
 public:
     explicit Warp(const char* className) : Tool(className), image(KImage::Create(11, 11, false)) {}
     ~Warp() { Stop(); }
-
-    void Set(uint32_t id, float v) { Field<float>(id) = v; }
-    void SetPoint(uint32_t id, float x, float y) { Field<KPoint2>(id) = {x, y}; }
-    using Tool::Set;
-    using Tool::SetPoint;
 
     // Starts on `image` (11 x 11 unless replaced), or on a new image of this
     // geometry; only a relative tool reads its pixels.
@@ -50,13 +45,37 @@ struct MapRow {
 };
 
 // Every row within `tol`; a tolerance of 0 asks for the exact point.
-inline void ExpectMaps(const Warp& w, std::initializer_list<MapRow> rows, float tol)
+inline void ExpectMaps(const Warp& w, const std::vector<MapRow>& rows, float tol)
 {
     for (const MapRow& r : rows) {
         KPosition out;
         ASSERT_TRUE(w.Map(r.x, r.y, out)) << r.x << "," << r.y;
         EXPECT_NEAR(out.x, r.ex, tol) << "x of " << r.x << "," << r.y;
         EXPECT_NEAR(out.y, r.ey, tol) << "y of " << r.x << "," << r.y;
+    }
+}
+
+// A value by label: a number (an angle in degrees), or a point when y is given.
+struct Setting {
+    const char* label;
+    double x, y = NAN;
+};
+// Each step's settings, a new Start, and the points it must map.
+struct Step {
+    std::vector<Setting> set;
+    std::vector<MapRow> maps;
+};
+inline void ExpectSteps(Warp& w, float tol, std::initializer_list<Step> steps)
+{
+    int n = 0;
+    for (const Step& s : steps) {
+        for (const Setting& v : s.set) {
+            if (std::isnan(v.y)) w.Set(v.label, v.x);
+            else w.SetPoint(v.label, static_cast<float>(v.x), static_cast<float>(v.y));
+        }
+        w.Start();
+        SCOPED_TRACE("step " + std::to_string(n++));
+        ExpectMaps(w, s.maps, tol);
     }
 }
 
