@@ -405,20 +405,16 @@ struct ShownRow {
     double value;
     const char* shown;
 };
-inline void ExpectShown(ToolFlow& f, const std::vector<const char*>& ids, std::initializer_list<ShownRow> rows)
+inline void ExpectShown(const std::string& className, const std::vector<const char*>& ids,
+                        std::initializer_list<ShownRow> rows)
 {
+    ToolFlow f(className);
     for (const ShownRow& r : rows) {
         if (r.set) f.Set(r.set, r.value);
         std::string shown;
         for (const char* id : ids) shown += f.Visible(id) ? '1' : '0';
         EXPECT_EQ(shown, r.shown) << (r.set ? r.set : "as created") << " " << r.value;
     }
-}
-inline void ExpectShown(const std::string& className, const std::vector<const char*>& ids,
-                        std::initializer_list<ShownRow> rows)
-{
-    ToolFlow f(className);
-    ExpectShown(f, ids, rows);
 }
 
 // A number as the shortest text that reads back to it; values that are
@@ -435,8 +431,8 @@ inline std::string Num(double v)
 
 // The properties of a host input that `props` names, in its own form:
 // "key value" pairs joined by "; ", e.g. "control Screw; default 0; soft -1..1".
-// Keys: name, label, page, control, type, default, point, text, soft, hard,
-// items, integer, visible, notify, nest, group, member, link, lines, slots.
+// Keys: name, label, page, control, type, default, soft, hard, items, integer,
+// visible, group, member, link.
 // "present" and "absent" ask only whether there is such an input.
 inline std::string Describe(const host::Input* in, const std::string& props)
 {
@@ -457,22 +453,15 @@ inline std::string Describe(const host::Input* in, const std::string& props)
         else if (key == "control") v = host::ControlName(a.control);
         else if (key == "type") v = host::DataTypeName(a.dataType);
         else if (key == "default") v = opt(a.defaultNumber);
-        else if (key == "point")
-            v = a.defaultPoint ? Num(a.defaultPoint->first) + "," + Num(a.defaultPoint->second) : "-";
-        else if (key == "text") v = a.defaultText ? '"' + *a.defaultText + '"' : "-";
         else if (key == "soft") v = opt(a.softMin) + ".." + opt(a.softMax);
         else if (key == "hard") v = opt(a.hardMin) + ".." + opt(a.hardMax);
         else if (key == "items")
             for (size_t i = 0; i < a.items.size(); ++i) v.append(i ? "|" : "").append(a.items[i]);
         else if (key == "integer") v = yes(a.integer);
         else if (key == "visible") v = yes(a.visible);
-        else if (key == "notify") v = yes(a.notify);
-        else if (key == "nest") v = yes(a.nest);
         else if (key == "group") v = std::to_string(a.group);
         else if (key == "member") v = std::to_string(a.member);
         else if (key == "link") v = std::to_string(a.linkNumber);
-        else if (key == "lines") v = std::to_string(a.controlParam);
-        else if (key == "slots") v = std::to_string(a.slots);
         else v = "<unknown key>";
         out.append(out.empty() ? "" : "; ").append(key).append(" ").append(v);
         start = end + 2;
@@ -488,15 +477,6 @@ struct InputRow {
 inline void ExpectInputs(const host::Operator& op, std::initializer_list<InputRow> rows)
 {
     for (const InputRow& r : rows) EXPECT_EQ(Describe(op.FindInput(r.id), r.props), r.props) << r.id;
-}
-
-// The ids of the first n inputs, in the order the host lists them.
-inline std::vector<std::string> FirstInputIds(const host::Operator& op, size_t n)
-{
-    std::vector<std::string> ids;
-    for (auto& in : op.Inputs())
-        if (ids.size() < n) ids.push_back(in->id);
-    return ids;
 }
 
 // Host images that recycle themselves, blank or filled channel by channel.

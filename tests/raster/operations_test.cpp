@@ -1,32 +1,11 @@
 // Whole-image operations in both depths: integer results are checked bit for
 // bit against hand-computed values of the scale rule.
 #include <gtest/gtest.h>
-#include <cstdlib>
-#include "host/image.h"
-#include "raster/image.h"
 #include "support.h"
 
-using zvtest::Channels;
-using zvtest::Differ;
-using zvtest::Pattern;
-using Img = std::unique_ptr<KImage>;
+using namespace zvtest;
 
 namespace {
-
-template <class P> Img Solid(int32_t w, int32_t h, const P& p)
-{
-    Img img(KImage::Create(w, h, std::is_same_v<P, KPixelF>));
-    for (int32_t y = 0; y < h; ++y)
-        for (int32_t x = 0; x < w; ++x) img->SetPixel(x, y, p);
-    return img;
-}
-
-template <class P> P At(const KImage& img, int32_t x, int32_t y)
-{
-    P p;
-    img.GetPixel(x, y, p, kEdgeBlack);
-    return p;
-}
 
 // Every pixel exactly `want`; an integer image is read as integers.
 template <class P> void ExpectEvery(const KImage& img, const P& want)
@@ -68,7 +47,7 @@ TEST(RasterMergeOver, OpaqueCoversZeroLeavesAloneAndHalfTransparentAdds)
     ExpectEvery(*f2, KPixelF{2.0f, -0.5f, 0.0f, 0.0f});
 }
 
-TEST(RasterFade, OneOrMoreLeavesTheImageBitForBit)
+TEST(RasterFade, IntegerScaleRuleWithTheWeightInDoublePrecisionAndOneOrMoreLeavesAlone)
 {
     for (bool isFloat : {false, true}) {
         Img img(Pattern(7, 5, isFloat)), before(img->Clone());
@@ -77,10 +56,6 @@ TEST(RasterFade, OneOrMoreLeavesTheImageBitForBit)
             EXPECT_EQ(Differ(*img, *before), "") << amount;
         }
     }
-}
-
-TEST(RasterFade, IntegerScaleRuleWithTheWeightInDoublePrecision)
-{
     // a = (int)(0.5 * 65535.5) = 32767.
     const KPixel in[4] = {{0, 1, 2, 3}, {1000, 40001, 65535, 65534}, {65535, 0, 0, 0}, {2, 2, 2, 2}};
     const KPixel want[4] = {{0, 0, 1, 1}, {500, 20000, 32767, 32767}, {32767, 0, 0, 0}, {1, 1, 1, 1}};

@@ -35,7 +35,7 @@ struct Pattern : Tool<KEffectPosition> {
     Paint At(int32_t x, int32_t y) { return PaintOf(zvtest::At<KPixel>(*Make(16, 16, false), x, y)); }
 };
 
-TEST(Pattern, GridLinesFillsCheckersAndTheMatrix)
+TEST(Pattern, GridLinesFillsCheckersTheMatrixAndNumberedCells)
 {
     Pattern t;
     EXPECT_EQ(t.At(2, 2), kFill1);
@@ -49,26 +49,17 @@ TEST(Pattern, GridLinesFillsCheckersAndTheMatrix)
     EXPECT_EQ(t.At(6, 6), kFill1);
     // One change at a time: cells half as tall; cell (1, 0) turned to (-1, 1);
     // tilted by 60 degrees, cells twice as tall; half a cell along the pattern's x.
-    const struct {
-        const char* label;
-        float value;
-        int32_t x, y;
-        Paint paint;
-    } rows[] = {{"Aspect", 2.0f, 2, 1, kFill1},
-                {"Rotation", 1.5707964f, 6, 2, kFill1},
-                {"Rotation X", 1.0471976f, 2, 4, kFill1},
-                {"Offset", 0.5f, 4, 2, kFill2}};
+    const struct { const char* label; float value; int32_t x, y; Paint paint; } rows[] = {
+        {"Aspect", 2.0f, 2, 1, kFill1}, {"Rotation", 1.5707964f, 6, 2, kFill1},
+        {"Rotation X", 1.0471976f, 2, 4, kFill1}, {"Offset", 0.5f, 4, 2, kFill2}};
     for (const auto& r : rows) {
         const float before = t.Field<float>(r.label, kValueFloat);
         t.SetFloat(r.label, r.value);
         EXPECT_EQ(t.At(r.x, r.y), r.paint) << r.label;
         t.SetFloat(r.label, before);
     }
-}
-
-TEST(Pattern, NumberedDrawsCountCellsFromTheCenter)
-{
-    Pattern t;
+    // Numbered: Count cells each way from the one at the centre; Repeat shows Count.
+    t.SetInt("Fill", 0);
     t.SetInt("Repeat", 1);
     t.SetInt("Count", 1);
     t.SetPoint("Center", 0.25f, 0.25f);  // cell 0 spans pixels 4 to 7
@@ -79,6 +70,7 @@ TEST(Pattern, NumberedDrawsCountCellsFromTheCenter)
     t.SetInt("Count", 2);
     EXPECT_EQ(t.At(10, 10), kFill1);
     EXPECT_EQ(t.At(14, 10), kClear);
+    ExpectShown("ZV_Pattern", {"Count"}, {{nullptr, 0, "0"}, {"Repeat", 1, "1"}});
 }
 
 TEST(Pattern, TrianglesAndHoneycombCellsAndLines)
@@ -100,18 +92,6 @@ TEST(Pattern, TrianglesAndHoneycombCellsAndLines)
         t.Place(r.qx, r.qy);
         EXPECT_EQ(t.At(8, 8), r.paint) << r.type << " at " << r.qx << "," << r.qy;
     }
-}
-
-TEST(Pattern, ThroughTheHostCenteredOnAWidePictureWithTheCountShownByRepeat)
-{
-    ToolFlow f("ZV_Pattern");
-    f.Set("Width", 64);
-    f.Set("Height", 32);
-    Img img = f.Render();
-    // The centre (0.5, 0.5) of a 2:1 picture is pixel (32, 16), on the lines.
-    EXPECT_EQ(PaintOf(At<KPixel>(*img, 32, 16)), kLine);
-    EXPECT_EQ(PaintOf(At<KPixel>(*img, 35, 19)), kFill1);
-    ExpectShown(f, {"Count"}, {{nullptr, 0, "0"}, {"Repeat", 1, "1"}});
 }
 
 }  // namespace
