@@ -90,11 +90,12 @@ TEST(FrameworkProcessColor, IntegerDefaultConversionDropsOddValuesAboveTwoHundre
     EXPECT_EQ(Channels(out[1]), Channels(KPixel{256, 32768, 1, 65535}));
 }
 
-TEST(FrameworkProcessColor, SwitchedOffChannelsKeepTheInput)
+TEST(FrameworkProcessColor, SwitchedOffChannelsKeepTheInputAndPreDivideWrapsTheEffect)
 {
+    KRenderSettings s;
     for (bool isFloat : {false, true}) {
         Img src = Pattern(5, 3, isFloat);
-        KRenderSettings s = Settings(isFloat);
+        s = Settings(isFloat);
         s.green = s.alpha = false;
         KEffectRotate effect;
         Img out = RunEffect(effect, src.get(), s, true);
@@ -109,26 +110,20 @@ TEST(FrameworkProcessColor, SwitchedOffChannelsKeepTheInput)
                 }
             }
     }
-}
-
-TEST(FrameworkProcessColor, PreDivideDividesBeforeAndMultipliesAfter)
-{
-    KRenderSettings s = Settings(true);
+    s = Settings(true);
     s.preDivide = true;
-    KEffectSquare effect;
+    KEffectSquare square;
     Img f = Row<KPixelF>({{0.25f, 0.25f, 0.25f, 0.5f}});
-    KPixelF p = At<KPixelF>(*RunEffect(effect, f.get(), s, false), 0, 0);
-    EXPECT_EQ(p.r, 0.125f);  // (0.25 / 0.5)^2 * 0.5
-    EXPECT_EQ(p.a, 0.5f);
+    EXPECT_EQ(Channels(At<KPixelF>(*RunEffect(square, f.get(), s, false), 0, 0)),
+              Channels(KPixelF{0.125f, 0.125f, 0.125f, 0.5f}));  // (0.25 / 0.5)^2 * 0.5
     s.preDivide = false;
-    EXPECT_EQ(At<KPixelF>(*RunEffect(effect, f.get(), s, false), 0, 0).r, 0.0625f);
+    EXPECT_EQ(At<KPixelF>(*RunEffect(square, f.get(), s, false), 0, 0).r, 0.0625f);
 
     s = Settings(false);
     s.preDivide = true;
-    const KPixel q = At<KPixel>(*RunEffect(effect, Row<KPixel>({{16384, 16384, 16384, 32768}}).get(), s, false), 0, 0);
     // 16384 -> 32768 divided; squared through floats -> 16384; times alpha -> 8192.
-    EXPECT_EQ(q.r, 8192u);
-    EXPECT_EQ(q.a, 32768u);
+    EXPECT_EQ(Channels(At<KPixel>(*RunEffect(square, Row<KPixel>({{16384, 16384, 16384, 32768}}).get(), s, false), 0, 0)),
+              Channels(KPixel{8192, 8192, 8192, 32768}));
 }
 
 TEST(FrameworkProcessColor, SuperSamplingAveragesAndTakesSwitchedOffChannelsFromTheLastSample)
@@ -291,7 +286,7 @@ public:
     std::vector<float> scratch;
 };
 
-TEST(FrameworkProcessThreads, PassesAreSeparatedAndSerialEqualsThreaded)
+TEST(FrameworkProcessThreads, PassesAreSeparatedJobCountsAskedAndPostBlurThreadedOnly)
 {
     for (bool isFloat : {false, true}) {
         Img src = Pattern(257, 129, isFloat);
@@ -301,10 +296,7 @@ TEST(FrameworkProcessThreads, PassesAreSeparatedAndSerialEqualsThreaded)
         EXPECT_EQ(Differ(*serial, *threaded), "");
         EXPECT_EQ(At<KPixelF>(*threaded, 10, 20).r, At<KPixelF>(*src, 10, 21).r);
     }
-}
-
-TEST(FrameworkProcessThreads, SerialRunAsksTheJobCountOfPassZeroForEveryPass)
-{
+    // A serial run asks the job count of pass 0 for every pass.
     class Counting : public KEffectThreads {
     public:
         int32_t GetPassCount() override { return 2; }
@@ -312,28 +304,25 @@ TEST(FrameworkProcessThreads, SerialRunAsksTheJobCountOfPassZeroForEveryPass)
         void ProcessJob(int32_t pass, int32_t, KImage*, KImage*) override { ++perPass[pass]; }
         std::atomic<int> perPass[2] = {0, 0};
     };
-    Img src = Pattern(3, 5, false);
+    Img small = Pattern(3, 5, false);
     Counting serial, threaded;
-    RunEffect(serial, src.get(), Settings(false), false);
-    RunEffect(threaded, src.get(), Settings(false), true);
+    RunEffect(serial, small.get(), Settings(false), false);
+    RunEffect(threaded, small.get(), Settings(false), true);
     EXPECT_EQ(serial.perPass[1], 1);
     EXPECT_EQ(threaded.perPass[1], 5);
-}
-
-TEST(FrameworkProcessThreads, PostBlurOnlyOnTheThreadedPath)
-{
+    // The post blur runs on the threaded path only.
     class Flat : public KEffectThreads {
         void ProcessJob(int32_t, int32_t, KImage* s, KImage* t) override { t->CopyFrom(*s); }
     };
-    Img src(KImage::Create(9, 9, true));
-    src->SetPixel(4, 4, KPixelF{1.0f, 1.0f, 1.0f, 1.0f});
+    Img dot(KImage::Create(9, 9, true));
+    dot->SetPixel(4, 4, KPixelF{1.0f, 1.0f, 1.0f, 1.0f});
     KRenderSettings s = Settings(true);
     s.postBlur = 2.0f;
     Flat a, b;
-    EXPECT_EQ(Differ(*RunEffect(a, src.get(), s, false), *src), "");
-    Img threaded = RunEffect(b, src.get(), s, true);
-    EXPECT_LT(At<KPixelF>(*threaded, 4, 4).r, 1.0f);
-    EXPECT_GT(At<KPixelF>(*threaded, 5, 4).r, 0.0f);
+    EXPECT_EQ(Differ(*RunEffect(a, dot.get(), s, false), *dot), "");
+    Img blurred = RunEffect(b, dot.get(), s, true);
+    EXPECT_LT(At<KPixelF>(*blurred, 4, 4).r, 1.0f);
+    EXPECT_GT(At<KPixelF>(*blurred, 5, 4).r, 0.0f);
 }
 
 // Shifts the picture right by a quarter of its width; nothing left of 0.
@@ -395,7 +384,7 @@ TEST(FrameworkProcessInverse, FailedMappingGivesTheZeroPixelAndMaskKeepsOwnPosit
     EXPECT_EQ(At<KPixel>(*out, 6, 1).r, At<KPixel>(*src, 6, 1).r);  // masked out: its own pixel
 }
 
-TEST(FrameworkProcessInverse, UnderSamplingOneIsTheExactPathAndFourIsClose)
+TEST(FrameworkProcessInverse, UnderSamplingOneIsExactFourIsCloseAndSeriallyCoversGridRows)
 {
     class Affine : public KEffectWarp {
         bool InverseMap(KPosition& o, const KPosition& i) override
@@ -422,10 +411,7 @@ TEST(FrameworkProcessInverse, UnderSamplingOneIsTheExactPathAndFourIsClose)
         // An affine map interpolates exactly; what remains is rounding at 16.16.
         EXPECT_LT(worst, 0.02f);
     }
-}
-
-TEST(FrameworkProcessInverse, SerialUnderSampledRunCoversOnlyGridHeightRows)
-{
+    // A serial under-sampled run covers only as many rows as the grid has.
     Img src = Pattern(16, 16, false);
     KRenderSettings s = Settings(false);
     s.underSample = 4;  // grid 6 x 6
