@@ -156,6 +156,12 @@ inline KTool* ToolOf(host::Operator* op)
     return nullptr;
 }
 
+// A value by label: a number (an angle in degrees), or a point when y is given.
+struct Setting {
+    const char* label;
+    double x, y = NAN;
+};
+
 // A registered tool's effect driven without a request: fields are written
 // through its declarations, as the bridge leaves them (angles negated in
 // radians, points already in their unit). Image fields lent by a test must
@@ -205,6 +211,13 @@ public:
     void SetText(const std::string& label, const std::string& v) { Field<std::string>(label, kValueText) = v; }
     void SetPoint(const std::string& label, float x, float y) { Field<KPoint2>(label, kValuePoint) = {x, y}; }
     void SetColor(const std::string& label, KColor c) { Field<KColor>(label, kValueColor) = c; }
+    void Apply(const std::vector<Setting>& settings)
+    {
+        for (const Setting& v : settings) {
+            if (std::isnan(v.y)) Set(v.label, v.x);
+            else SetPoint(v.label, static_cast<float>(v.x), static_cast<float>(v.y));
+        }
+    }
 
     // An image family: the source through the process into a new image.
     Img Run(KImage* source, bool threaded = false)

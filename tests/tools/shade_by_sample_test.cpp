@@ -11,12 +11,8 @@ namespace {
 // normal channels come shuffled after a depth channel.
 Img Normals(const std::vector<KXYZ>& normals, bool isFloat)
 {
-    host::ImageSpec spec;
-    spec.width = static_cast<int>(normals.size());
-    spec.height = 1;
-    spec.depth = isFloat ? host::DepthFloat32 : host::DepthInt16;
-    spec.aux = {host::ChanZ, host::ChanNormalZ, host::ChanNormalX, host::ChanNormalY};
-    Img img(KImage::Wrap(host::Image::New(spec), true));
+    const std::vector<int> aux = {host::ChanZ, host::ChanNormalZ, host::ChanNormalX, host::ChanNormalY};
+    Img img(KImage::Wrap(Blank(static_cast<int>(normals.size()), 1, isFloat, aux).release(), true));
     for (int32_t x = 0; x < img->width; ++x) {
         if (isFloat) img->SetPixel(x, 0, KPixelF{0.5f, 0.5f, 0.5f, 0.75f});
         else img->SetPixel(x, 0, KPixel{32768, 32768, 32768, 40000});
@@ -62,8 +58,7 @@ TEST(ShadeBySample, SphereNormalsAddressTheMapAtBothDepths)
     t.SetMap(mapI.get());
     // Facing: the centre; right: the right column; up: the top row; normalised first.
     auto half = [](uint32_t v) { return KScaleInt(32768, v); };
-    EXPECT_EQ(t.Reds<KPixel>(ints),
-              (std::vector<uint32_t>{half(5000), half(6000), half(2000), half(5000)}));
+    EXPECT_EQ(t.Reds<KPixel>(ints), (std::vector<uint32_t>{half(5000), half(6000), half(2000), half(5000)}));
     Img out = t.Run(ints.get());
     EXPECT_EQ(zvtest::At<KPixel>(*out, 0, 0).a, 40000u);  // alpha stays
     EXPECT_EQ(out->AuxPlane(host::ChanZ)[1], 11.0f);
@@ -79,7 +74,7 @@ TEST(ShadeBySample, SphereNormalsAddressTheMapAtBothDepths)
     EXPECT_EQ(t.Reds<KPixel>(facing)[0], half(2000));
 }
 
-TEST(ShadeBySample, SphericalLongitudeWrapsAndLatitudeRunsDown)
+TEST(ShadeBySample, SphericalLongitudeWrapsLatitudeRunsDownAndNothingToShadeCopies)
 {
     Shade t;
     t.SetInt("Map Type", 1);
@@ -91,15 +86,12 @@ TEST(ShadeBySample, SphericalLongitudeWrapsAndLatitudeRunsDown)
     EXPECT_NEAR(reds[1], 0.5f * 2.5f / 16.0f, 1e-6f);       // the pole: top row
     EXPECT_NEAR(reds[2], 0.5f * 5.0f / 16.0f, 1e-6f);       // column 0
     EXPECT_NEAR(reds[3], 0.5f * 6.5f / 16.0f, 1e-6f);       // columns 3 and 0
-}
-
-TEST(ShadeBySample, CopiesWithoutMapOrNormals)
-{
-    Shade t;
-    Img map = Map(3, 3, false), img = Normals({{0, 0, 1}, {0, 1, 0}}, false), plain = Pattern(5, 3, false);
-    EXPECT_EQ(Differ(*t.Run(img.get()), *img), "");
-    t.SetMap(map.get());
-    EXPECT_EQ(Differ(*t.Run(plain.get()), *plain), "");
+    // Without a map, or without normals, the image is copied.
+    Shade c;
+    Img img = Normals({{0, 0, 1}, {0, 1, 0}}, false), plain = Pattern(5, 3, false);
+    EXPECT_EQ(Differ(*c.Run(img.get()), *img), "");
+    c.SetMap(map.get());
+    EXPECT_EQ(Differ(*c.Run(plain.get()), *plain), "");
 }
 
 }  // namespace

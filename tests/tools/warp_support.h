@@ -55,11 +55,6 @@ inline void ExpectMaps(const Warp& w, const std::vector<MapRow>& rows, float tol
     }
 }
 
-// A value by label: a number (an angle in degrees), or a point when y is given.
-struct Setting {
-    const char* label;
-    double x, y = NAN;
-};
 // Each step's settings, a new Start, and the points it must map.
 struct Step {
     std::vector<Setting> set;
@@ -69,10 +64,7 @@ inline void ExpectSteps(Warp& w, float tol, std::initializer_list<Step> steps)
 {
     int n = 0;
     for (const Step& s : steps) {
-        for (const Setting& v : s.set) {
-            if (std::isnan(v.y)) w.Set(v.label, v.x);
-            else w.SetPoint(v.label, static_cast<float>(v.x), static_cast<float>(v.y));
-        }
+        w.Apply(s.set);
         w.Start();
         SCOPED_TRACE("step " + std::to_string(n++));
         ExpectMaps(w, s.maps, tol);
