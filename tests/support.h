@@ -158,8 +158,12 @@ inline KTool* ToolOf(host::Operator* op)
 
 // A value by label: a number (an angle in degrees), or a point when y is given.
 struct Setting {
+    template <class X, class Y = double>
+    Setting(const char* l, X vx, Y vy = NAN) : label(l), x(static_cast<double>(vx)), y(static_cast<double>(vy))
+    {
+    }
     const char* label;
-    double x, y = NAN;
+    double x, y;
 };
 
 // A registered tool's effect driven without a request: fields are written
@@ -355,6 +359,11 @@ public:
     }
     void Set(const std::string& id, double v) { flow.SetValue(node, In(id), host::MakeNumber(v)); }
     void SetPoint(const std::string& id, double x, double y) { flow.SetValue(node, In(id), host::MakePoint(x, y)); }
+    // Values by host input id: numbers, or points when y is given.
+    void Apply(const std::vector<Setting>& settings)
+    {
+        for (const Setting& v : settings) std::isnan(v.y) ? Set(v.label, v.x) : SetPoint(v.label, v.x, v.y);
+    }
     void SetImage(const std::string& id, KImage* image)
     {
         flow.SetValue(node, In(id), host::MakeImage(image->HostImage()));

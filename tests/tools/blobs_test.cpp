@@ -49,9 +49,7 @@ TEST(Blobs, Type1DistancesBeyondTheRadiiMultiply)
 TEST(Blobs, RadiusSourcesTheSeedAndType2Fields)
 {
     Blobs t;
-    t.SetInt("Count", 2);
-    t.SetFloat("General Radius", 0.125f);
-    t.SetFloat("General Blobiness", 0.5f);
+    t.Apply({{"Count", 2}, {"General Radius", 0.125}, {"General Blobiness", 0.5}});
     t.Blob(0, {0, 0}, 0, 0.5f);     // general: 0.125, not its own 0.5
     t.Blob(1, {0.5f, 0}, 2, 0.0f);  // random: the second draw
     EXPECT_EQ(t.Red(2), 1.0f);
@@ -68,9 +66,7 @@ TEST(Blobs, RadiusSourcesTheSeedAndType2Fields)
     EXPECT_EQ(t.Red(15), 0.0f);
     // Type 2: on the radius a field of 1, beyond it (2/3)^2 fading over 0.004; fields add.
     Blobs f;
-    f.SetInt("Type", 1);
-    f.SetFloat("General Blobiness", 0.004f);
-    f.SetInt("Count", 1);
+    f.Apply({{"Type", 1}, {"General Blobiness", 0.004}, {"Count", 1}});
     f.Blob(0, {0, 0}, 1, 0.125f);
     EXPECT_EQ(f.Red(2), 1.0f);
     EXPECT_NEAR(f.Red(3), 4.0f / 9.0f, 1e-6f);

@@ -42,7 +42,7 @@ struct Contour : Tool<KEffectPosition> {
     }
 };
 
-TEST(Contour, ThresholdAndTwoStepsEitherSideAtBothDepths)
+TEST(Contour, ThresholdAndTwoStepsEitherSideAtBothDepthsAndTheWaveFromTheFifthStep)
 {
     Contour t;
     t.HalfPixel(16);
@@ -53,11 +53,7 @@ TEST(Contour, ThresholdAndTwoStepsEitherSideAtBothDepths)
     EXPECT_EQ(t.Lines(ints, 3), Positions{});
     t.HalfPixel(17);  // 1/16 a pixel, threshold 0.5, steps of 0.2
     EXPECT_EQ(t.Lines(Ramp(17, true)), (Positions{2, 8, 14}));
-}
-
-TEST(Contour, FromTheFifthStepTheWaveKeepsItsFirstOffsets)
-{
-    Contour t;
+    // From the fifth step on the wave keeps its first offsets.
     t.HalfPixel(201);
     t.SetFloat("Levels", 20.0f);  // steps of 0.05, ten pixels
     Img ramp = Ramp(201, true);
@@ -71,18 +67,14 @@ TEST(Contour, LocksCopyTheFirstChannelAndWidthAndShowTheirRows)
 {
     Contour t;
     t.HalfPixel(16);
-    t.SetFloat("Threshold", 0.25f);
-    t.SetFloat("Levels", 20.0f);
+    t.Apply({{"Threshold", 0.25}, {"Levels", 20.0}});
     Img ramp = Ramp(16, false), down = Ramp(16, false, true);
-    t.SetBool("Lock threshold for all channels", true);
-    t.SetBool("Lock levels for all channels", true);
+    t.Apply({{"Lock threshold for all channels", 1}, {"Lock levels for all channels", 1}});
     EXPECT_EQ(t.Lines(ramp, 1), t.Lines(ramp, 0));
     EXPECT_NE(t.Lines(ramp, 1), (Positions{1, 7, 13}));
-    t.SetBool("Lock threshold for all channels", false);
-    t.SetBool("Lock levels for all channels", false);
-    t.SetFloat("Width Vertical", 0.0f);
+    t.Apply({{"Lock threshold for all channels", 0}, {"Lock levels for all channels", 0}, {"Width Vertical", 0}});
     EXPECT_EQ(t.Lines(down, 1, true), Positions{});
-    t.SetBool("Lock horizontal and vertical width", true);
+    t.Apply({{"Lock horizontal and vertical width", 1}});
     EXPECT_EQ(t.Lines(down, 1, true), (Positions{1, 7, 13}));
 
     ExpectShown("ZV_Contour", {"WidthVertical", "Threshold", "ThresholdGreen", "ThresholdBlue", "ThresholdAlpha",

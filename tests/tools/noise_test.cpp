@@ -37,17 +37,13 @@ TEST(Noise, CellsSeedByCellRowAndSeed)
 {
     Tool<KEffectPixel> t("ZV_Noise");
     Img source = Pattern(8, 6, true);
-    t.SetInt("Random Seed", 7);
-    t.SetInt("Size X", 2);
-    t.SetInt("Size Y", 3);
+    t.Apply({{"Random Seed", 7}, {"Size X", 2}, {"Size Y", 3}});
     Img out = t.Run(source.get());
     // "Pixel": 5,4 lies in cell 2,1 of an 8 wide image: seed 2 + 1 * 8 + 7.
     EXPECT_EQ(Channels(At<KPixelF>(*out, 5, 4)), (std::array<float, 4>{Draw(17, 0), Draw(17, 1), Draw(17, 2), Draw(17, 3)}));
     EXPECT_EQ(At<KPixelF>(*out, 4, 3).g, At<KPixelF>(*out, 5, 5).g);
     // "Grid": 5,4 lies in cell 3 * 5 / 8, 2 * 4 / 6 = 1, 1; so does 3,3 but not 2,3.
-    t.SetInt("Size", 1);
-    t.SetInt("Size X", 3);
-    t.SetInt("Size Y", 2);
+    t.Apply({{"Size", 1}, {"Size X", 3}, {"Size Y", 2}});
     out = t.Run(source.get());
     EXPECT_EQ(At<KPixelF>(*out, 5, 4).r, Draw(16, 0));
     EXPECT_EQ(At<KPixelF>(*out, 3, 3).g, Draw(16, 1));
@@ -55,8 +51,7 @@ TEST(Noise, CellsSeedByCellRowAndSeed)
     // "Selected": an index drawn below Number of colors picks a table colour.
     t.SetInt("Size", 0);
     t.SetInt("Size X", 0);  // a size of 0 works as 1
-    t.SetInt("Size Y", 1);
-    t.SetInt("Colors", 1);
+    t.Apply({{"Size Y", 1}, {"Colors", 1}});
     for (int32_t i = 0; i < 3; ++i) t.Field<KColor>(TableId(i)) = {0.1f * i, 0.2f, 0.3f, 0.5f * i};
     out = t.Run(source.get());
     for (int32_t y = 0; y < 6; ++y)
@@ -72,9 +67,7 @@ TEST(Noise, HashAndRandomByChannelAndCombined)
 {
     Img img = Row<KPixelF>({{0.25f, 0.5f, 0.75f, 1.0f}, {0.25f, 0.5f, 0.75f, 1.0f}, {0.25f, 0.25f, 0.75f, 0.0f}});
     Tool<KEffectPixel> t("ZV_Noise");
-    t.SetInt("Base", 1);
-    t.SetInt("Random Seed", 5);
-    t.SetInt("Random Seed Offset", 3);
+    t.Apply({{"Base", 1}, {"Random Seed", 5}, {"Random Seed Offset", 3}});
     // Hash: fract(sin(19.123 cos((seed + n * offset + v) * 12.13)) * 17.321),
     // v from the channel used: each its own, red in all four, or (0.75 + 0.25)
     // / 2 for Lumin. and any other value alike, green 0.5 for green.
@@ -88,9 +81,7 @@ TEST(Noise, HashAndRandomByChannelAndCombined)
         ExpectNear(At<KPixelF>(*t.Run(img.get()), 0, 0), r.want, 1e-6f, std::to_string(r.channel));
     }
     // Random: seed + n * offset + value * 65535 cut; 0.5 gives 32767.
-    t.SetInt("Noise Type", 0);
-    t.SetInt("Channel used", 5);
-    t.SetInt("Random Seed Offset", 100);
+    t.Apply({{"Noise Type", 0}, {"Channel used", 5}, {"Random Seed Offset", 100}});
     Img out = t.Run(img.get());
     ExpectNear(At<KPixelF>(*out, 0, 0), {Draw(5 + 16383), Draw(105 + 32767), Draw(205 + 49151), Draw(305 + 65535)}, 1e-6f);
     EXPECT_EQ(At<KPixelF>(*out, 1, 0).g, At<KPixelF>(*out, 0, 0).g);  // alike wherever it is
@@ -113,8 +104,7 @@ TEST(Noise, IntegerIsTheFloatResultConvertedAndDrawsAreThreadSafe)
     t.SetInt("How to combine", 1);
     for (int32_t base : {0, 1})
         for (int32_t type : {0, 1}) {
-            t.SetInt("Base", base);
-            t.SetInt("Noise Type", type);
+            t.Apply({{"Base", base}, {"Noise Type", type}});
             Img a = t.Run(f.get()), b = t.Run(w.get());
             for (int32_t y = 0; y < 9; ++y)
                 for (int32_t x = 0; x < 16; ++x) {

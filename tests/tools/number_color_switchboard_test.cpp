@@ -17,9 +17,7 @@ TEST(NumberColorSwitchboard, TheChosenPaletteThroughTheRemap)
         for (int32_t c : {1, 9, 17}) EXPECT_EQ(s.Number(c + i), Grey(i + 1)) << c + i;  // each set its own
     for (int32_t n = 1; n <= 8; ++n)
         s.SetColor("Color  3 " + std::to_string(n), {n * 0.125f, n * 0.0625f, n * 0.03125f, 1.0f});
-    s.SetInt("Set", 3);
-    s.SetInt("Remap 1", 5);
-    s.SetInt("Remap 8", 2);
+    s.Apply({{"Set", 3}, {"Remap 1", 5}, {"Remap 8", 2}});
     s.Run(0.0f);
     EXPECT_EQ(std::vector<float>({s.Number(1), s.Number(9), s.Number(17), s.Number(2), s.Number(8)}),
               std::vector<float>({5 * 0.125f, 5 * 0.0625f, 5 * 0.03125f, 2 * 0.125f, 2 * 0.125f}));  // sets may share
@@ -39,8 +37,7 @@ TEST(NumberColorSwitchboard, RangeAndOffsetTurnTheFirstSets)
     for (const auto& r : rows) {
         Tool<> s("ZV_NumberColorSwitchboard");
         for (int32_t n = 1; r.reversed && n <= 8; ++n) s.SetInt("Remap " + std::to_string(n), 9 - n);
-        s.SetInt("Cycle Range", r.range);
-        s.SetInt("Cycle Offset", r.offset);
+        s.Apply({{"Cycle Range", r.range}, {"Cycle Offset", r.offset}});
         s.Run(0.0f);
         for (int32_t i = 0; i < 8; ++i)
             EXPECT_EQ(s.Number(17 + i), Grey(r.reversed ? 9 - r.want[i] : r.want[i])) << r.range << "/" << r.offset << " set " << i;

@@ -11,10 +11,7 @@ namespace {
 TEST(NumberRandom, EveryFrameIsTheHashOfTheTime)
 {
     Tool<> r("ZV_NumberRandom");
-    r.SetBool("New value for every field/frame", true);
-    r.SetFloat("Minimum value", 0.25f);
-    r.SetFloat("Maximum value", 0.75f);
-    r.SetInt("Seed", 42);
+    r.Apply({{"New value for every field/frame", 1}, {"Minimum value", 0.25}, {"Maximum value", 0.75}, {"Seed", 42}});
     for (float t : {0.0f, 1.0f, 3.0f, 7.5f, 120.0f})
         EXPECT_EQ(r.At(t), (0.75f - 0.25f) * KTimeNoise(t, 42) + 0.25f) << t;
 }

@@ -59,9 +59,7 @@ TEST(Pattern, GridLinesFillsCheckersTheMatrixAndNumberedCells)
         t.SetFloat(r.label, before);
     }
     // Numbered: Count cells each way from the one at the centre; Repeat shows Count.
-    t.SetInt("Fill", 0);
-    t.SetInt("Repeat", 1);
-    t.SetInt("Count", 1);
+    t.Apply({{"Fill", 0}, {"Repeat", 1}, {"Count", 1}});
     t.SetPoint("Center", 0.25f, 0.25f);  // cell 0 spans pixels 4 to 7
     EXPECT_EQ(t.At(6, 6), kFill1);
     EXPECT_EQ(t.At(4, 4), kLine);

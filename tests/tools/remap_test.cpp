@@ -37,8 +37,7 @@ TEST(Remap, ProbeAndBallPositionsBothWays)
     EXPECT_FALSE(s.Map(0.0f, 0.5f - 0.01f, out));
     EXPECT_TRUE(s.Map(0.0f, 0.5f, out));
     for (int32_t type : {0, 1}) {  // equal types: nothing to do
-        s.SetInt("Type Input", type);
-        s.SetInt("Type Output", type);
+        s.Apply({{"Type Input", type}, {"Type Output", type}});
         EXPECT_FALSE(s.Start()) << type;
     }
 }
@@ -46,8 +45,7 @@ TEST(Remap, ProbeAndBallPositionsBothWays)
 TEST(Remap, TheTwoMapsUndoEachOther)
 {
     Warp toBall("ZV_Remap"), toSphere("ZV_Remap");
-    toSphere.SetInt("Type Input", 1);
-    toSphere.SetInt("Type Output", 0);
+    toSphere.Apply({{"Type Input", 1}, {"Type Output", 0}});
     ASSERT_TRUE(toBall.Start(9, 9, 2.0f));
     ASSERT_TRUE(toSphere.Start(9, 9, 2.0f));
     for (float bx = 0.05f; bx < 1.0f; bx += 0.1f)

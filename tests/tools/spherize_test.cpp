@@ -31,8 +31,7 @@ TEST(Spherize, ProfilesOnAPointHalfwayOutAndTheShapesInsides)
     });
     w.SetFloat("Deformation", 0.0f);  // nothing to deform: nothing to do
     EXPECT_FALSE(w.Start());
-    w.SetBool("Lock horizontal/vertical", false);
-    w.SetFloat("Deformation vertical", -0.5f);
+    w.Apply({{"Lock horizontal/vertical", 0}, {"Deformation vertical", -0.5}});
     EXPECT_TRUE(w.Start());
 }
 

@@ -22,22 +22,16 @@ TEST(TextFormula, DigitsZerosSignsAndPrecision)
     Tool<> f("ZV_TextFormula");
     for (const auto& r : rows) {
         f.SetFloat("n1", r.n1);
-        f.SetInt("Minimum number value digits before dot", r.digits);
-        f.SetBool("Leading zero's (number values)", r.zeros);
-        f.SetBool("Add space if not negative (number values)", r.space);
-        f.SetInt("Precision number values", r.precision);
+        f.Apply({{"Minimum number value digits before dot", r.digits}, {"Leading zero's (number values)", r.zeros}});
+        f.Apply({{"Add space if not negative (number values)", r.space}, {"Precision number values", r.precision}});
         EXPECT_EQ(f.Of("Text", "n1"), r.want) << r.n1 << " digits " << r.digits;
     }
     // Points: zeros take the sign off and put it in front, but the pad is a
     // blank while the number setting is off.
-    f.SetPoint("p1", 2.5f, -0.375f);
-    f.SetInt("Precision point values", 1);
-    f.SetInt("Minimum point value digits before dot", 2);
-    f.SetBool("Leading zero's (point values)", true);
-    f.SetBool("Leading zero's (number values)", false);
+    f.Apply({{"p1", 2.5, -0.375}, {"Precision point values", 1}, {"Minimum point value digits before dot", 2}});
+    f.Apply({{"Leading zero's (point values)", 1}, {"Leading zero's (number values)", 0}});
     EXPECT_EQ(f.Of("Text", "p1x|p1y"), " 2.5|- 0.4");
-    f.SetBool("Leading zero's (point values)", false);
-    f.SetBool("Leading zero's (number values)", true);
+    f.Apply({{"Leading zero's (point values)", 0}, {"Leading zero's (number values)", 1}});
     EXPECT_EQ(f.Of("Text", "p1x|p1y"), "02.5|0-0.4");
     f.SetBool("Add space if not negative (point values)", true);
     EXPECT_EQ(f.Of("Text", "p1x"), " 02.5");
@@ -50,9 +44,7 @@ TEST(TextFormula, ReplacesLiterallyAndInOrder)
     // Inside words and before more digits, too.
     EXPECT_EQ(f.Of("Text", "n1 won1 n12"), "0.50 wo0.50 0.502");
     // n1's digits make "n2", which the later pass for n2 replaces.
-    f.SetInt("Precision number values", 0);
-    f.SetFloat("n1", 2.0f);
-    f.SetFloat("n2", 0.75f);
+    f.Apply({{"Precision number values", 0}, {"n1", 2.0}, {"n2", 0.75}});
     EXPECT_EQ(f.Of("Text", "nn1"), "1");
     // Texts go last, so number and point names they hold stay; a later
     // text's name is still replaced.
@@ -62,8 +54,7 @@ TEST(TextFormula, ReplacesLiterallyAndInOrder)
     // A value holding its own name is put in once; the search goes on behind it.
     f.SetText("t3", "(t3)");
     EXPECT_EQ(f.Of("Text", "t3 t3"), "(t3) (t3)");
-    f.SetPoint("p9", 0.25f, 0.125f);
-    f.SetInt("Precision point values", 3);
+    f.Apply({{"p9", 0.25, 0.125}, {"Precision point values", 3}});
     EXPECT_EQ(f.Of("Text", "(p9x, p9y) n9"), "(0.250, 0.125) 0");
 }
 

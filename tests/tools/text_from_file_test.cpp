@@ -38,10 +38,7 @@ TEST(TextFromFile, EachLineChosenLineStartFramesAndEscapes)
     Tool<> f("ZV_TextFromFile");
     f.SetInt("Source", 1);
     for (const auto& r : rows) {
-        f.SetInt("Format", r.format);
-        f.SetInt("Hold frames", r.hold);
-        f.SetBool("Loop", r.loop);
-        f.SetInt("Line", r.line);
+        f.Apply({{"Format", r.format}, {"Hold frames", r.hold}, {"Loop", r.loop}, {"Line", r.line}});
         EXPECT_EQ(f.Of("Text", r.text, r.time), r.want) << r.text << " format " << r.format << " at " << r.time;
     }
     // Shown: a file by default, a start frame per line; then by Source and Format.

@@ -20,8 +20,7 @@ TEST(TextWrite, TruncatesWriteTimesLengthAndAHalfWithCursorAndPrefix)
         w.SetFloat("Write", r.write);
         EXPECT_EQ(w.Of("Text", "abcdefghij"), r.want) << r.write;
     }
-    w.SetFloat("Write", 0.5f);
-    w.SetBool("Cursor show", false);
+    w.Apply({{"Write", 0.5}, {"Cursor show", 0}});
     EXPECT_EQ(w.Of("Text", "typing"), "typ");
     w.SetBool("Prefix show", true);
     EXPECT_EQ(w.Of("Text", "typing"), "//typ");

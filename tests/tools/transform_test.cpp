@@ -33,9 +33,7 @@ TEST(Transform, CenterMovesWholePixelsUnderEachEdgeModeFilterAndUnderSampling)
         for (int edges : {0, 1, 2}) {
             Img plate = Pattern(17, 9, isFloat);
             ToolFlow r("ZV_Transform", plate.get());
-            r.SetPoint("Center", 0.625, 0.5);
-            r.Set("KEdg", edges);
-            r.Set("KFil", 0);
+            r.Apply({{"Center", 0.625, 0.5}, {"KEdg", edges}, {"KFil", 0}});
             Img out = r.Render();
             for (int32_t y = 0; y < 9; ++y)
                 for (int32_t x = 0; x < 17; ++x) {
@@ -46,14 +44,12 @@ TEST(Transform, CenterMovesWholePixelsUnderEachEdgeModeFilterAndUnderSampling)
     // Pixel aspect 2: rows are normalised to 0..0.5. Center a quarter up is 2 of 8 rows.
     Img wide = Pattern(9, 9, false, 2.0f);
     ToolFlow r("ZV_Transform", wide.get());
-    r.SetPoint("Center", 0.5, 0.75);
-    r.Set("KFil", 0);
+    r.Apply({{"Center", 0.5, 0.75}, {"KFil", 0}});
     EXPECT_EQ(MaxDiff(*r.Render(), *wide, 0, 0, 9, 9, 0, 2), 0.0f);
     // Half a pixel to the right: "None" takes the pixel left of the sample point, "Pixel" blends the two.
     Img plate = Pattern(17, 17, false);
     ToolFlow h("ZV_Transform", plate.get());
-    h.SetPoint("Center", 0.5 + 0.5 / 16.0, 0.5);
-    h.Set("KFil", 0);
+    h.Apply({{"Center", 0.5 + 0.5 / 16.0, 0.5}, {"KFil", 0}});
     EXPECT_EQ(Raw(*h.Render(), 5, 3), Raw(*plate, 4, 3));
     h.Set("KFil", 1);
     Img exact = h.Render();
