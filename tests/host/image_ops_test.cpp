@@ -65,7 +65,7 @@ TEST(HostResize, ReduceAveragesAndEnlargeInterpolates)
         for (int x = 0; x < 4; ++x) EXPECT_EQ(At(*wide, x, y, 1), expect[x]);
 }
 
-TEST(HostBlur, ConstantStaysAndImpulseSpreads)
+TEST(HostBlur, ConstantStaysImpulseSpreadsAndBoxWeightsWithDuplicateEdges)
 {
     for (int filter : {host::BlurBox, host::BlurGaussian}) {
         for (bool isFloat : {false, true})
@@ -92,10 +92,6 @@ TEST(HostBlur, ConstantStaysAndImpulseSpreads)
         EXPECT_LT(At(*out, 15 + reach, 12, 0), At(*out, 14 + reach, 12, 0));
         EXPECT_EQ(At(*out, 16 + reach, 12, 0), 0.0);
     }
-}
-
-TEST(HostBlur, BoxWeightsAndDuplicateEdges)
-{
     // Two pixels wide weighs the neighbours a quarter each.
     HostImg f = Make(5, 1, true, [](int x, int, int c) { return c == 1 && x == 2; });
     HostImg fb(f->BlurOfImage(Blur(host::BlurBox, 2.0, 0.0)));
