@@ -1,9 +1,13 @@
-// Shared helpers of the tests: pattern images, comparison, the two runners.
+// Shared helpers of the tests: images by pattern or colour, comparison, a
+// registered tool driven through its effect or through a flow, and the host's
+// view of its inputs.
 #pragma once
 #include <gtest/gtest.h>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -11,6 +15,7 @@
 #include <string>
 #include <vector>
 #include "bridge/operator.h"
+#include "framework/lanes.h"
 #include "framework/process.h"
 #include "host/flow.h"
 #include "host/image.h"
@@ -20,11 +25,14 @@
 
 namespace zvtest {
 
+using Img = std::unique_ptr<KImage>;
+template <class P> constexpr bool kIsFloat = std::is_same_v<P, KPixelF>;
+
 // A registered tool's registration; the tests name tools by class.
-inline const host::Registration& Registered(const char* className)
+inline const host::Registration& Registered(const std::string& className)
 {
     const host::Registration* r = host::Registry::Get().FindClass(className);
-    if (!r) throw std::runtime_error(std::string("not registered: ") + className);
+    if (!r) throw std::runtime_error("not registered: " + className);
     return *r;
 }
 
@@ -48,21 +56,54 @@ inline void ExpectNear(const KPixelF& got, const KPixelF& want, float tol, const
     for (int c = 0; c < 4; ++c) EXPECT_NEAR(got[c], want[c], tol) << what << " channel " << c;
 }
 
-inline KImage* Pattern(int32_t w, int32_t h, bool isFloat)
+inline Img Pattern(int32_t w, int32_t h, bool isFloat, float pixelAspect = 1.0f)
 {
-    KImage* img = KImage::Create(w, h, isFloat);
+    Img img(KImage::Create(w, h, isFloat, pixelAspect, 1.0f));
     for (int32_t y = 0; y < h; ++y)
-        for (int32_t x = 0; x < w; ++x) {
-            KPixel p = PatternPixel(x, y);
-            if (isFloat) {
-                KPixelF f;
-                KToFloat(p, f);
-                img->SetPixel(x, y, f);
-            } else {
-                img->SetPixel(x, y, p);
-            }
-        }
+        for (int32_t x = 0; x < w; ++x) img->SetPixel(x, y, PatternPixel(x, y));
     return img;
+}
+
+// Every pixel `p`, in the depth of its kind.
+template <class P> Img Solid(int32_t w, int32_t h, const P& p)
+{
+    Img img(KImage::Create(w, h, kIsFloat<P>));
+    for (int32_t y = 0; y < h; ++y)
+        for (int32_t x = 0; x < w; ++x) img->SetPixel(x, y, p);
+    return img;
+}
+
+// One row of the given pixels, and the first row's pixels read back.
+template <class P> Img Row(const std::vector<P>& pixels)
+{
+    Img img(KImage::Create(static_cast<int32_t>(pixels.size()), 1, kIsFloat<P>));
+    for (size_t x = 0; x < pixels.size(); ++x) img->SetPixel(static_cast<int32_t>(x), 0, pixels[x]);
+    return img;
+}
+
+template <class P> P At(const KImage& img, int32_t x, int32_t y)
+{
+    P p;
+    img.GetPixel(x, y, p, kEdgeBlack);
+    return p;
+}
+
+template <class P> std::vector<P> Pixels(const KImage& img)
+{
+    std::vector<P> out(img.width);
+    for (int32_t x = 0; x < img.width; ++x) out[x] = At<P>(img, x, 0);
+    return out;
+}
+
+// The stored channels of a pixel, 16-bit codes or floats as they are; zero
+// outside the image.
+inline std::array<float, 4> Raw(const KImage& img, int32_t x, int32_t y)
+{
+    std::array<float, 4> r{0.0f, 0.0f, 0.0f, 0.0f};
+    if (x < 0 || y < 0 || x >= img.width || y >= img.height) return r;
+    for (int c = 0; c < 4; ++c)
+        r[c] = img.IsFloat() ? img.RowF(y)[4 * x + c] : static_cast<float>(img.RowW(y)[4 * x + c]);
+    return r;
 }
 
 // Exact comparison of the stored pixels; returns a description of the first difference.
@@ -72,32 +113,11 @@ inline std::string Differ(const KImage& a, const KImage& b)
         return "geometry or depth differs";
     for (int32_t y = 0; y < a.height; ++y)
         for (int32_t x = 0; x < a.width; ++x)
-            for (int c = 0; c < 4; ++c) {
-                bool same = a.IsFloat() ? a.RowF(y)[4 * x + c] == b.RowF(y)[4 * x + c]
-                                        : a.RowW(y)[4 * x + c] == b.RowW(y)[4 * x + c];
-                if (!same)
-                    return "pixel " + std::to_string(x) + "," + std::to_string(y) + " channel " +
-                           std::to_string(c);
-            }
+            if (Raw(a, x, y) != Raw(b, x, y)) return "pixel " + std::to_string(x) + "," + std::to_string(y);
     return "";
 }
 
-inline void Threaded(int32_t jobs, const std::function<void(int32_t)>& job)
-{
-    host::DoMultiProcess(jobs, job);
-}
-
-// Runs an effect of an image family over source into a new target like it.
-inline KImage* RunEffect(KEffectImage& effect, KImage* source, const KRenderSettings& s,
-                         bool threaded)
-{
-    KImage* target = source->CreateLike();
-    effect.settings = s;
-    std::unique_ptr<KProcessImage> process = KCreateProcess(&effect, source, &target, s);
-    if (threaded) KRunPasses(*process, Threaded);
-    else process->Run();
-    return target;
-}
+inline void Threaded(int32_t jobs, const std::function<void(int32_t)>& job) { host::DoMultiProcess(jobs, job); }
 
 inline KRenderSettings Settings(bool isFloat)
 {
@@ -106,22 +126,57 @@ inline KRenderSettings Settings(bool isFloat)
     return s;
 }
 
-// The effect inside a registered tool's operator.
+// Runs an effect of an image family over `source` into `target`; a source
+// effect (no source given) makes its target from itself.
+inline Img RunInto(KEffectImage& effect, KImage* source, Img target, const KRenderSettings& s, bool threaded)
+{
+    KImage* made = target.release();
+    effect.settings = s;
+    std::unique_ptr<KProcessImage> process(KCreateProcess(&effect, source ? source : made, &made, s));
+    if (threaded) KRunPasses(*process, Threaded);
+    else process->Run();
+    process.reset();
+    return Img(made);
+}
+inline Img RunEffect(KEffectImage& effect, KImage* source, const KRenderSettings& s, bool threaded)
+{
+    return RunInto(effect, source, Img(source->CreateLike()), s, threaded);
+}
+
+// The effect inside a registered tool's operator, and the bridge beside it.
 inline KEffect* EffectOf(host::Operator* op)
 {
     if (auto* t = dynamic_cast<ZV_ThreadedOperator*>(op)) return t->Effect();
     if (auto* s = dynamic_cast<ZV_SourceOperator*>(op)) return s->Effect();
     return nullptr;
 }
+inline KTool* ToolOf(host::Operator* op)
+{
+    if (auto* t = dynamic_cast<ZV_ThreadedOperator*>(op)) return &t->Tool();
+    if (auto* s = dynamic_cast<ZV_SourceOperator*>(op)) return &s->Tool();
+    return nullptr;
+}
+
+// A value by label: a number (an angle in degrees), or a point when y is given.
+struct Setting {
+    template <class X, class Y = double>
+    Setting(const char* l, X vx, Y vy = NAN) : label(l), x(static_cast<double>(vx)), y(static_cast<double>(vy))
+    {
+    }
+    const char* label;
+    double x, y;
+};
 
 // A registered tool's effect driven without a request: fields are written
-// through its declarations, as the bridge leaves them.
-template <class E = KEffect> class EffectDriver {
+// through its declarations, as the bridge leaves them (angles negated in
+// radians, points already in their unit). Image fields lent by a test must
+// be given back (set to null) before the tool goes.
+template <class E = KEffect> class Tool {
 public:
-    explicit EffectDriver(const char* className) : op(Registered(className).creator())
+    explicit Tool(const std::string& className) : op(Registered(className).creator())
     {
         effect = dynamic_cast<E*>(EffectOf(op.get()));
-        if (!effect) throw std::runtime_error(std::string("not of the expected family: ") + className);
+        if (!effect) throw std::runtime_error("not of the expected family: " + className);
     }
 
     // The control with this label; pages are passed over.
@@ -144,18 +199,13 @@ public:
         if (!p) throw std::runtime_error("no declaration with that id");
         return *static_cast<T*>(p->field);
     }
-    // The host input with this id.
-    const host::Input& In(const char* id) const
-    {
-        const host::Input* in = op->FindInput(id);
-        if (!in) throw std::runtime_error(std::string("no input ") + id);
-        return *in;
-    }
-    // A number control's value, whatever the kind of its field.
+    // A number control's value, whatever the kind of its field; an angle in
+    // degrees, as the host shows it, arrives negated (in radians for unit 1).
     void Set(const std::string& label, double v)
     {
         KParameter& p = Param(label);
-        if (p.valueKind == kValueFloat) *static_cast<float*>(p.field) = static_cast<float>(v);
+        const float f = static_cast<float>(p.controlKind == kControlAngle ? -v : v);
+        if (p.valueKind == kValueFloat) *static_cast<float*>(p.field) = p.angleUnit == 1 ? f * 0.017453292f : f;
         else if (p.valueKind == kValueInteger) *static_cast<int32_t*>(p.field) = static_cast<int32_t>(v);
         else if (p.valueKind == kValueBoolean) *static_cast<bool*>(p.field) = v != 0.0;
         else throw std::runtime_error("not a number: " + label);
@@ -163,87 +213,213 @@ public:
     void SetFloat(const std::string& label, float v) { Field<float>(label, kValueFloat) = v; }
     void SetInt(const std::string& label, int32_t v) { Field<int32_t>(label, kValueInteger) = v; }
     void SetBool(const std::string& label, bool v) { Field<bool>(label, kValueBoolean) = v; }
-    void SetText(const std::string& label, const std::string& v)
-    {
-        Field<std::string>(label, kValueText) = v;
-    }
-    void SetPoint(const std::string& label, float x, float y)
-    {
-        Field<KPoint2>(label, kValuePoint) = {x, y};
-    }
+    void SetText(const std::string& label, const std::string& v) { Field<std::string>(label, kValueText) = v; }
+    void SetPoint(const std::string& label, float x, float y) { Field<KPoint2>(label, kValuePoint) = {x, y}; }
     void SetColor(const std::string& label, KColor c) { Field<KColor>(label, kValueColor) = c; }
-    // An angle control's value in degrees, as the bridge hands it over.
-    void SetDegrees(const std::string& label, float degrees)
+    void Apply(const std::vector<Setting>& settings)
     {
-        Field<float>(label, kValueFloat) = -degrees * 0.017453292f;
+        for (const Setting& v : settings) {
+            if (std::isnan(v.y)) Set(v.label, v.x);
+            else SetPoint(v.label, static_cast<float>(v.x), static_cast<float>(v.y));
+        }
+    }
+
+    // An image family: the source through the process into a new image.
+    Img Run(KImage* source, bool threaded = false)
+    {
+        return RunEffect(Image(), source, Settings(source->IsFloat()), threaded);
+    }
+    // A source: the zeroed target is its own source.
+    Img Make(int32_t w, int32_t h, bool isFloat, bool threaded = false, int32_t superSample = 1)
+    {
+        KRenderSettings s = Settings(isFloat);
+        s.superSampling = superSample;
+        return RunInto(Image(), nullptr, Img(KImage::Create(w, h, isFloat)), s, threaded);
+    }
+    // A row of pixels through the process, and one pixel alone.
+    template <class P> std::vector<P> Run(const std::vector<P>& pixels, bool threaded = false)
+    {
+        return Pixels<P>(*Run(Row(pixels).get(), threaded));
+    }
+    template <class P> P Run(const P& pixel) { return Run(std::vector<P>{pixel})[0]; }
+
+    // A number or text tool at `time`, and its outputs.
+    void Run(float time)
+    {
+        effect->settings.time = time;
+        effect->FinishRender();
+    }
+    KOutput& Output(int32_t index = 0) const
+    {
+        KOutput* o = effect->outputs();
+        for (int32_t i = 0; i < index && o; ++i) o = o->Next();
+        if (!o) throw std::runtime_error("no output " + std::to_string(index));
+        return *o;
+    }
+    float Number(int32_t index = 0) const { return *static_cast<float*>(Output(index).field); }
+    float At(float time)
+    {
+        Run(time);
+        return Number();
+    }
+    const std::string& Text() const { return *static_cast<std::string*>(Output(0).field); }
+    // The text output after setting the input labelled `label` to `text`.
+    std::string Of(const std::string& label, const std::string& text, float time = 0.0f)
+    {
+        SetText(label, text);
+        Run(time);
+        return Text();
+    }
+
+    // The visibility messages of one change, as 0 and 1 in the order sent;
+    // each message's target must be the next of `targets`.
+    std::string Shown(uint32_t id, int32_t value, const std::vector<uint32_t>& targets)
+    {
+        KMessageValue v;
+        v.intValue = value;
+        const KMessageList list = effect->OnChange(id, v);
+        std::string shown;
+        size_t i = 0;
+        for (KMessage* m = list.First(); m; m = static_cast<KMessage*>(m->next), ++i) {
+            EXPECT_EQ(m->kind, kMessageVisible) << i;
+            EXPECT_EQ(m->target, i < targets.size() ? targets[i] : 0u) << i;
+            shown += m->value.intValue > 0 ? '1' : '0';
+        }
+        return shown;
+    }
+
+    KEffectImage& Image() const
+    {
+        auto* image = dynamic_cast<KEffectImage*>(static_cast<KEffect*>(effect));
+        if (!image) throw std::runtime_error("not an image tool");
+        return *image;
     }
 
     std::unique_ptr<host::Operator> op;
     E* effect = nullptr;
 };
 
+// A colour effect's rows, run four, eight or thirty-two pixels at a time, must
+// come out as each pixel alone, bit for bit, in both depths and at every lane
+// width: over greys, ties, primaries, hue sector edges and values outside 0..1.
+inline void ExpectRowsEqualOneAtATime(Tool<KEffectColor>& t)
+{
+    std::vector<KPixelF> pixels = {
+        {0.4f, 0.4f, 0.4f, 1.0f}, {1.0f, 0.0f, 0.0f, 0.5f}, {0.0f, 1.0f, 0.0f, 1.0f},
+        {0.0f, 0.0f, 1.0f, 0.0f}, {0.7f, 0.7f, 0.2f, 1.0f}, {0.2f, 0.7f, 0.7f, 1.0f},
+        {0.7f, 0.2f, 0.7f, 1.0f}, {-0.5f, 1.75f, 0.3f, 2.0f}, {0.0f, 0.0f, 0.0f, 0.0f},
+        {1.0f, 1.0f, 1.0f, 1.0f}, {1.0f, 0.5f, 0.0f, 1.0f}, {1.0f, 0.0f, 1.0f / 6.0f, 1.0f},
+    };
+    uint32_t seed = 12345;
+    auto next = [&] {
+        seed = seed * 1103515245u + 12345u;
+        return static_cast<float>((seed >> 8) & 0xFFFF) / 52000.0f - 0.1f;
+    };
+    while (pixels.size() < 403) pixels.push_back({next(), next(), next(), next()});
+    std::vector<KPixel> codes;
+    for (const KPixelF& f : pixels) {
+        KPixel p;
+        KToInt(f, p);
+        codes.push_back(p);
+    }
+    for (int width : {32, 8, 4}) {
+        KLimitLaneWidth(width);  // the AVX-512 and AVX2 builds where the processor has them
+        const std::vector<KPixelF> row = t.Run(pixels);
+        const std::vector<KPixel> rowInt = t.Run(codes);
+        for (size_t i = 0; i < pixels.size(); ++i) {
+            KPixelF one;
+            t.effect->ProcessColor(one, pixels[i]);
+            KPixel oneInt;
+            t.effect->ProcessColorInt(oneInt, codes[i]);
+            ASSERT_EQ(std::memcmp(&row[i], &one, sizeof one), 0) << "float " << i << " at " << width;
+            ASSERT_EQ(std::memcmp(&rowInt[i], &oneInt, sizeof oneInt), 0) << "int " << i << " at " << width;
+        }
+    }
+    KLimitLaneWidth(kLaneWidthMost);
+}
+
 // A registered tool in a flow. Each render is a copy the test owns; an image
 // handed over with ownership lives as long as the flow.
 class ToolFlow {
 public:
-    explicit ToolFlow(const char* className, KImage* image = nullptr)
+    explicit ToolFlow(const std::string& className, KImage* image = nullptr)
         : node(flow.Add("tool", Registered(className)))
     {
         if (image) SetImage("Image", image);
     }
-    ToolFlow(const char* className, std::unique_ptr<KImage> image)
-        : ToolFlow(className, image.get())
+    ToolFlow(const std::string& className, Img image) : ToolFlow(className, image.get())
     {
         kept = std::move(image);
     }
 
-    host::Input* In(const char* id) const
+    host::Input* In(const std::string& id) const
     {
         host::Input* in = node.op->FindInput(id);
-        if (!in) throw std::runtime_error(std::string("no input ") + id);
+        if (!in) throw std::runtime_error("no input " + id);
         return in;
     }
-    void Set(const char* id, double v) { flow.SetValue(node, In(id), host::MakeNumber(v)); }
-    void SetPoint(const char* id, double x, double y)
+    void Set(const std::string& id, double v) { flow.SetValue(node, In(id), host::MakeNumber(v)); }
+    void SetPoint(const std::string& id, double x, double y) { flow.SetValue(node, In(id), host::MakePoint(x, y)); }
+    // Values by host input id: numbers, or points when y is given.
+    void Apply(const std::vector<Setting>& settings)
     {
-        flow.SetValue(node, In(id), host::MakePoint(x, y));
+        for (const Setting& v : settings) std::isnan(v.y) ? Set(v.label, v.x) : SetPoint(v.label, v.x, v.y);
     }
-    void SetImage(const char* id, KImage* image)
+    void SetImage(const std::string& id, KImage* image)
     {
         flow.SetValue(node, In(id), host::MakeImage(image->HostImage()));
     }
-    bool Visible(const char* id) const { return In(id)->attrs.visible; }
+    bool Visible(const std::string& id) const { return In(id)->attrs.visible; }
 
     // The main output at `time`; null when there is no image.
-    std::unique_ptr<KImage> Render(double time = 0.0)
+    Img Render(double time = 0.0)
     {
         flow.BeginFrame();
         host::Value v = flow.Evaluate(node, node.op->MainOutput(), time);
         auto* out = dynamic_cast<const host::ImageValue*>(v.get());
         if (!out || !out->image) return nullptr;
-        std::unique_ptr<KImage> view(KImage::Wrap(out->image, false));
-        return std::unique_ptr<KImage>(view->Clone());
+        return Img(Img(KImage::Wrap(out->image, false))->Clone());
     }
+    template <class P> std::vector<P> RenderRow(double time = 0.0) { return Pixels<P>(*Render(time)); }
 
     // Renders on one thread, on two, and serially; empty when all three agree.
     std::string ThreadsAgree()
     {
         host::SetThreadCount(1);
-        std::unique_ptr<KImage> one = Render();
+        Img one = Render();
         host::SetThreadCount(2);
-        std::unique_ptr<KImage> two = Render();
+        Img two = Render();
         host::SetThreadCount(0);
         Set("ZVMT", 0);
-        std::unique_ptr<KImage> serial = Render();
+        Img serial = Render();
         Set("ZVMT", 1);
         const std::string a = Differ(*one, *two), b = Differ(*one, *serial);
         return a.empty() && b.empty() ? "" : "two threads: " + a + "; serial: " + b;
     }
 
-    std::unique_ptr<KImage> kept;
+    Img kept;
     host::Flow flow;
     host::Flow::Node& node;
 };
+
+inline host::Input* In(host::Flow::Node& n, const char* id)
+{
+    host::Input* in = n.op->FindInput(id);
+    EXPECT_NE(in, nullptr) << id;
+    return in;
+}
+inline double NumberOf(const host::Value& v)
+{
+    auto* n = dynamic_cast<const host::Number*>(v.get());
+    EXPECT_NE(n, nullptr);
+    return n ? n->value : -1.0;
+}
+inline std::string TextOf(const host::Value& v)
+{
+    auto* t = dynamic_cast<const host::Text*>(v.get());
+    EXPECT_NE(t, nullptr);
+    return t ? t->value : std::string("<none>");
+}
 
 // Steps of changes through the host: after each, which of `ids` it shows, as
 // 1 and 0 in their order. A step without an input only looks.
@@ -252,8 +428,10 @@ struct ShownRow {
     double value;
     const char* shown;
 };
-inline void ExpectShown(ToolFlow& f, const std::vector<const char*>& ids, std::initializer_list<ShownRow> rows)
+inline void ExpectShown(const std::string& className, const std::vector<const char*>& ids,
+                        std::initializer_list<ShownRow> rows)
 {
+    ToolFlow f(className);
     for (const ShownRow& r : rows) {
         if (r.set) f.Set(r.set, r.value);
         std::string shown;
@@ -276,8 +454,8 @@ inline std::string Num(double v)
 
 // The properties of a host input that `props` names, in its own form:
 // "key value" pairs joined by "; ", e.g. "control Screw; default 0; soft -1..1".
-// Keys: name, label, page, control, type, default, point, text, soft, hard,
-// items, integer, visible, notify, nest, group, member, link, lines, slots.
+// Keys: name, label, page, control, type, default, soft, hard, items, integer,
+// visible, group, member, link.
 // "present" and "absent" ask only whether there is such an input.
 inline std::string Describe(const host::Input* in, const std::string& props)
 {
@@ -298,22 +476,15 @@ inline std::string Describe(const host::Input* in, const std::string& props)
         else if (key == "control") v = host::ControlName(a.control);
         else if (key == "type") v = host::DataTypeName(a.dataType);
         else if (key == "default") v = opt(a.defaultNumber);
-        else if (key == "point")
-            v = a.defaultPoint ? Num(a.defaultPoint->first) + "," + Num(a.defaultPoint->second) : "-";
-        else if (key == "text") v = a.defaultText ? '"' + *a.defaultText + '"' : "-";
         else if (key == "soft") v = opt(a.softMin) + ".." + opt(a.softMax);
         else if (key == "hard") v = opt(a.hardMin) + ".." + opt(a.hardMax);
         else if (key == "items")
             for (size_t i = 0; i < a.items.size(); ++i) v.append(i ? "|" : "").append(a.items[i]);
         else if (key == "integer") v = yes(a.integer);
         else if (key == "visible") v = yes(a.visible);
-        else if (key == "notify") v = yes(a.notify);
-        else if (key == "nest") v = yes(a.nest);
         else if (key == "group") v = std::to_string(a.group);
         else if (key == "member") v = std::to_string(a.member);
         else if (key == "link") v = std::to_string(a.linkNumber);
-        else if (key == "lines") v = std::to_string(a.controlParam);
-        else if (key == "slots") v = std::to_string(a.slots);
         else v = "<unknown key>";
         out.append(out.empty() ? "" : "; ").append(key).append(" ").append(v);
         start = end + 2;
@@ -331,30 +502,33 @@ inline void ExpectInputs(const host::Operator& op, std::initializer_list<InputRo
     for (const InputRow& r : rows) EXPECT_EQ(Describe(op.FindInput(r.id), r.props), r.props) << r.id;
 }
 
-// The same for a registered tool as the host creates it, its notifications sent.
-inline void ExpectInputs(const char* className, std::initializer_list<InputRow> rows)
+// Host images that recycle themselves, blank or filled channel by channel.
+struct Recycle {
+    void operator()(host::Image* i) const { i->Recycle(); }
+};
+using HostImg = std::unique_ptr<host::Image, Recycle>;
+
+inline HostImg Blank(int w, int h, bool isFloat, std::vector<int> aux = {})
 {
-    std::unique_ptr<host::Operator> op(host::CreateOperator(Registered(className)));
-    ExpectInputs(*op, rows);
+    host::ImageSpec spec;
+    spec.width = w;
+    spec.height = h;
+    spec.depth = isFloat ? host::DepthFloat32 : host::DepthInt16;
+    spec.aux = std::move(aux);
+    return HostImg(host::Image::New(spec));
 }
 
-// The ids of the first n inputs, in the order the host lists them.
-inline std::vector<std::string> FirstInputIds(const host::Operator& op, size_t n)
+// A w x h image with channel c of pixel x, y set to fn(x, y, c).
+template <typename Fn> HostImg Make(int w, int h, bool isFloat, Fn fn, std::vector<int> aux = {})
 {
-    std::vector<std::string> ids;
-    for (auto& in : op.Inputs())
-        if (ids.size() < n) ids.push_back(in->id);
-    return ids;
-}
-
-// The first inputs of a registered tool are `ids`, in order, all on `page`.
-inline void ExpectLeadingInputs(const char* className, const std::string& page,
-                                const std::vector<std::string>& ids)
-{
-    std::unique_ptr<host::Operator> op(host::CreateOperator(Registered(className)));
-    EXPECT_EQ(FirstInputIds(*op, ids.size()), ids) << className;
-    for (size_t i = 0; i < ids.size() && i < op->Inputs().size(); ++i)
-        EXPECT_EQ(op->Inputs()[i]->page, page) << ids[i];
+    HostImg img = Blank(w, h, isFloat, std::move(aux));
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            for (int c = 0; c < 4; ++c) {
+                if (isFloat) img->RowF(y)[x * 4 + c] = static_cast<float>(fn(x, y, c));
+                else img->RowW(y)[x * 4 + c] = static_cast<uint16_t>(fn(x, y, c));
+            }
+    return img;
 }
 
 }  // namespace zvtest

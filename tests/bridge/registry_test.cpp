@@ -1,8 +1,6 @@
 // The registry against the catalogue, and Sample Brightness through the road.
 #include <gtest/gtest.h>
 #include "bridge/catalogue.h"
-#include "host/flow.h"
-#include "host/image.h"
 #include "host/registry.h"
 #include "support.h"
 
@@ -35,51 +33,13 @@ TEST(BridgeRegistry, LookupByDisplayClassAndShortName)
     EXPECT_TRUE(reg.Lookup("No Such Tool").empty());
 }
 
-namespace {
-
-host::Image* RenderBrightness(KImage* plate, double brightness)
-{
-    host::Flow flow;
-    auto& node = flow.Add("b", *host::Registry::Get().FindClass("Sample_Brightness"));
-    flow.SetValue(node, node.op->FindInput("Image"), host::MakeImage(plate->HostImage()));
-    flow.SetValue(node, node.op->FindInput("Brightness"), host::MakeNumber(brightness));
-    flow.BeginFrame();
-    host::Value v = flow.Evaluate(node, node.op->MainOutput(), 0.0);
-    auto* img = static_cast<const host::ImageValue*>(v.get())->image;
-    img->Use();  // outlives the flow
-    return img;
-}
-
-}  // namespace
-
 TEST(BridgeSampleBrightness, ScalesColourAndKeepsAlphaInBothDepths)
 {
-    auto& reg = host::Registry::Get();
-    auto* op = reg.FindClass("Sample_Brightness")->creator();
-    const host::Input* b = op->FindInput("Brightness");
-    ASSERT_NE(b, nullptr);
-    EXPECT_EQ(*b->attrs.defaultNumber, 1.0);
-    EXPECT_EQ(*b->attrs.softMin, 0.0);
-    EXPECT_EQ(*b->attrs.softMax, 2.0);
-    delete op;
-
-    KImage* i = KImage::Create(2, 1, false);
-    i->SetPixel(0, 0, KPixel{1000, 40000, 65535, 12345});
-    host::Image* out = RenderBrightness(i, 1.5);
-    EXPECT_EQ(out->RowW(0)[0], 1500);
-    EXPECT_EQ(out->RowW(0)[1], 60000);
-    EXPECT_EQ(out->RowW(0)[2], 65535);  // clipped
-    EXPECT_EQ(out->RowW(0)[3], 12345);
-    out->Recycle();
-
-    KImage* f = KImage::Create(1, 1, true);
-    f->SetPixel(0, 0, KPixelF{0.5f, -0.25f, 3.0f, 0.5f});
-    out = RenderBrightness(f, 2.0);
-    EXPECT_EQ(out->RowF(0)[0], 1.0f);
-    EXPECT_EQ(out->RowF(0)[1], -0.5f);  // float values are not clipped
-    EXPECT_EQ(out->RowF(0)[2], 6.0f);
-    EXPECT_EQ(out->RowF(0)[3], 0.5f);
-    out->Recycle();
-    delete i;
-    delete f;
+    // Integers rounded and clipped; floats not clipped.
+    ToolFlow i("Sample_Brightness", Row<KPixel>({{1000, 40000, 65535, 12345}}));
+    i.Set("Brightness", 1.5);
+    EXPECT_EQ(Channels(i.RenderRow<KPixel>()[0]), Channels(KPixel{1500, 60000, 65535, 12345}));
+    ToolFlow f("Sample_Brightness", Row<KPixelF>({{0.5f, -0.25f, 3.0f, 0.5f}}));
+    f.Set("Brightness", 2.0);
+    EXPECT_EQ(Channels(f.RenderRow<KPixelF>()[0]), Channels(KPixelF{1.0f, -0.5f, 6.0f, 0.5f}));
 }

@@ -31,7 +31,7 @@ public:
         text = "über, \"quoted\"";
         point = {0.3f, -7.25f};
         delete second;
-        second = Pattern(3, 2, false);
+        second = Pattern(3, 2, false).release();
     }
     float number = 0.0f;
     std::string text;
@@ -52,7 +52,7 @@ public:
     void ProcessColor(KPixelF& out, const KPixelF& in) override { out = in; }
     void FinishRender() override
     {
-        seen = other ? Differ(*other, *std::unique_ptr<KImage>(Pattern(3, 2, false))) : "no image";
+        seen = other ? Differ(*other, *Pattern(3, 2, false)) : "no image";
     }
     float number = 0.0f;
     std::string text;
@@ -113,7 +113,7 @@ TEST(BridgeValueKinds, EveryCarriedKindCrossesAFlowUnchanged)
     host::Flow flow;
     auto& a = flow.Add("a", maker);
     auto& b = flow.Add("b", taker);
-    std::unique_ptr<KImage> plate(Pattern(3, 2, true));
+    Img plate = Pattern(3, 2, true);
     flow.SetValue(a, a.op->FindInput("Image"), host::MakeImage(plate->HostImage()));
     flow.Connect(b, b.op->FindInput("Image"), a, a.op->FindOutput("Output"));
     const struct { const char* in; const char* out; host::DataType type; } wires[] = {
@@ -185,7 +185,7 @@ TEST(BridgeValueKinds, APluginKindPlugsInWithOneEntry)
     // Three tools in a chain: nothing in gives 100, each adds one.
     host::Registration reg = Local<KEffectTokens>("Tokens");
     host::Flow flow;
-    std::unique_ptr<KImage> plate(Pattern(2, 2, true));
+    Img plate = Pattern(2, 2, true);
     // Beside the image "Output", the kind's fixed id takes the next free name.
     auto tokenOut = [](host::Flow::Node& n) { return n.op->FindOutput("Output2"); };
     host::Flow::Node* previous = nullptr;

@@ -30,7 +30,7 @@ std::vector<int32_t> Draw(int n)
 
 }  // namespace
 
-TEST(FrameworkRandom, ReferenceSequenceWithinFifteenBits)
+TEST(FrameworkRandom, ReferenceSequenceSeedsAndScaledForms)
 {
     KSrand(1);
     EXPECT_EQ(Draw(4), (std::vector<int32_t>{16838, 5758, 10113, 17515}));
@@ -40,10 +40,6 @@ TEST(FrameworkRandom, ReferenceSequenceWithinFifteenBits)
     EXPECT_EQ(Draw(50), Reference(123456789, 0, 50));
     KSrand(42);
     for (int32_t v : Draw(10000)) ASSERT_TRUE(v >= 0 && v <= kRandMax) << v;
-}
-
-TEST(FrameworkRandom, SeedDiscardsSeedModulo97AndNothingBelowOne)
-{
     // 97 % 97 is 0: nothing drawn; 98 one value; zero and negative seeds draw nothing.
     const std::pair<int32_t, int> cases[] = {{97, 0}, {98, 1}, {96, 96}, {1000, 1000 % 97},
                                              {0, 0},  {-5, 0}, {-200, 0}};
@@ -52,10 +48,6 @@ TEST(FrameworkRandom, SeedDiscardsSeedModulo97AndNothingBelowOne)
         EXPECT_EQ(Draw(3), Reference(static_cast<uint32_t>(seed), skip, 3)) << seed;
     }
     EXPECT_EQ(Reference(0, 0, 1)[0], 0);  // 12345 / 65536 is 0
-}
-
-TEST(FrameworkRandom, ScaledForms)
-{
     // After seed 1 the draws are 16838, 5758, 10113, 17515.
     KSrand(1);
     EXPECT_EQ(KRandom(2.0f), 16838.0f * 2.0f * 3.051851e-05f);
@@ -119,7 +111,7 @@ TEST(FrameworkRamp, ShapesEndsStepsAndReversedRamps)
     }
 }
 
-TEST(FrameworkQuadratic, RootsInTheirOrder)
+TEST(FrameworkQuadratic, RootsInTheirOrderNoneLeaveTheOutputsAndAZeroLeadingTermDividesByZero)
 {
     const struct { float a, b, c, r1, r2; } rows[] = {
         {1, -3, 2, 2, 1},     // x^2 - 3x + 2: the + root first
@@ -131,10 +123,6 @@ TEST(FrameworkQuadratic, RootsInTheirOrder)
         EXPECT_TRUE(KQuadraticRoots(r.a, r.b, r.c, r1, r2));
         EXPECT_EQ(std::pair(r1, r2), std::pair(r.r1, r.r2)) << r.a << " " << r.b << " " << r.c;
     }
-}
-
-TEST(FrameworkQuadratic, NoRootsLeaveTheOutputsAndZeroLeadingTermDividesByZero)
-{
     float r1 = 17.0f, r2 = -17.0f;
     EXPECT_FALSE(KQuadraticRoots(1.0f, 0.0f, 1.0f, r1, r2));
     EXPECT_FALSE(KQuadraticRoots(1.0f, std::numeric_limits<float>::quiet_NaN(), 1.0f, r1, r2));

@@ -3,14 +3,14 @@
 #include <gtest/gtest.h>
 #include <atomic>
 #include <cmath>
-#include <mutex>
 #include <vector>
-#include "host/image.h"
 #include "support.h"
 
 using namespace zvtest;
 
 namespace {
+
+const std::pair<int, int> kSizes[] = {{1, 1}, {3, 2}, {257, 129}};
 
 struct Calls {
     std::atomic<int> start{0}, stop{0}, jobs{0}, jobsAfterStop{0};
@@ -43,6 +43,10 @@ public:
     bool startOk;
 };
 
+class KEffectSame : public KEffectColor {
+    void ProcessColor(KPixelF& o, const KPixelF& i) override { o = i; }
+};
+
 // Squares colour: shows pre-divide and post-multiply.
 class KEffectSquare : public KEffectColor {
 public:
@@ -55,15 +59,13 @@ public:
 TEST(FrameworkProcessColor, MatchesPerPixelResultAtEverySizeAndDepth)
 {
     for (bool isFloat : {false, true})
-        for (auto [w, h] : {std::pair{1, 1}, {3, 2}, {257, 129}}) {
-            KImage* src = Pattern(w, h, isFloat);
+        for (auto [w, h] : kSizes) {
+            Img src = Pattern(w, h, isFloat);
             KEffectRotate effect;
-            KImage* out = RunEffect(effect, src, Settings(isFloat), true);
+            Img out = RunEffect(effect, src.get(), Settings(isFloat), true);
             for (int32_t y = 0; y < h; ++y)
                 for (int32_t x = 0; x < w; ++x) {
-                    KPixelF in, got;
-                    src->GetPixel(x, y, in, 0);
-                    out->GetPixel(x, y, got, 0);
+                    const KPixelF in = At<KPixelF>(*src, x, y);
                     KPixelF want{in.b, in.r, in.g * 0.5f, in.a};
                     if (!isFloat) {
                         // The integer path goes through the default conversions.
@@ -71,53 +73,35 @@ TEST(FrameworkProcessColor, MatchesPerPixelResultAtEverySizeAndDepth)
                         KToInt(want, wi);
                         KToFloat(wi, want);
                     }
-                    for (int c = 0; c < 4; ++c)
-                        ASSERT_EQ(got[c], want[c]) << w << "x" << h << " at " << x << "," << y;
+                    ASSERT_EQ(Channels(At<KPixelF>(*out, x, y)), Channels(want)) << w << "x" << h << " at " << x << "," << y;
                 }
             EXPECT_EQ(effect.width, w);
             EXPECT_EQ(effect.height, h);
-            delete out;
-            delete src;
         }
 }
 
 TEST(FrameworkProcessColor, IntegerDefaultConversionDropsOddValuesAboveTwoHundredFiftySix)
 {
     // 257 * 1.5259022e-05 * 65535 falls just below 257 and truncates.
-    KImage* src = KImage::Create(3, 1, false);
-    src->SetPixel(0, 0, KPixel{257, 65535, 0, 65535});
-    src->SetPixel(1, 0, KPixel{256, 32768, 1, 65535});
-    class Identity : public KEffectColor {
-        void ProcessColor(KPixelF& o, const KPixelF& i) override { o = i; }
-    } effect;
-    KImage* out = RunEffect(effect, src, Settings(false), false);
-    KPixel p;
-    out->GetPixel(0, 0, p, 0);
-    EXPECT_EQ(p.r, 256u);
-    EXPECT_EQ(p.g, 65535u);
-    EXPECT_EQ(p.b, 0u);
-    out->GetPixel(1, 0, p, 0);
-    EXPECT_EQ(p.r, 256u);
-    EXPECT_EQ(p.g, 32768u);
-    EXPECT_EQ(p.b, 1u);
-    delete out;
-    delete src;
+    KEffectSame effect;
+    const std::vector<KPixel> out = Pixels<KPixel>(
+        *RunEffect(effect, Row<KPixel>({{257, 65535, 0, 65535}, {256, 32768, 1, 65535}}).get(), Settings(false), false));
+    EXPECT_EQ(Channels(out[0]), Channels(KPixel{256, 65535, 0, 65535}));
+    EXPECT_EQ(Channels(out[1]), Channels(KPixel{256, 32768, 1, 65535}));
 }
 
-TEST(FrameworkProcessColor, SwitchedOffChannelsKeepTheInput)
+TEST(FrameworkProcessColor, SwitchedOffChannelsKeepTheInputAndPreDivideWrapsTheEffect)
 {
+    KRenderSettings s;
     for (bool isFloat : {false, true}) {
-        KImage* src = Pattern(5, 3, isFloat);
-        KRenderSettings s = Settings(isFloat);
-        s.green = false;
-        s.alpha = false;
+        Img src = Pattern(5, 3, isFloat);
+        s = Settings(isFloat);
+        s.green = s.alpha = false;
         KEffectRotate effect;
-        KImage* out = RunEffect(effect, src, s, true);
+        Img out = RunEffect(effect, src.get(), s, true);
         for (int32_t y = 0; y < 3; ++y)
             for (int32_t x = 0; x < 5; ++x) {
-                KPixelF in, got;
-                src->GetPixel(x, y, in, 0);
-                out->GetPixel(x, y, got, 0);
+                const KPixelF in = At<KPixelF>(*src, x, y), got = At<KPixelF>(*out, x, y);
                 EXPECT_EQ(got.g, in.g);
                 EXPECT_EQ(got.a, in.a);
                 if (isFloat) {
@@ -125,135 +109,75 @@ TEST(FrameworkProcessColor, SwitchedOffChannelsKeepTheInput)
                     EXPECT_EQ(got.b, in.g * 0.5f);
                 }
             }
-        delete out;
-        delete src;
     }
-}
-
-TEST(FrameworkProcessColor, PreDivideDividesBeforeAndMultipliesAfter)
-{
-    KImage* f = KImage::Create(1, 1, true);
-    f->SetPixel(0, 0, KPixelF{0.25f, 0.25f, 0.25f, 0.5f});
-    KRenderSettings s = Settings(true);
+    s = Settings(true);
     s.preDivide = true;
-    KEffectSquare effect;
-    KImage* out = RunEffect(effect, f, s, false);
-    KPixelF p;
-    out->GetPixel(0, 0, p, 0);
-    EXPECT_EQ(p.r, 0.125f);  // (0.25 / 0.5)^2 * 0.5
-    EXPECT_EQ(p.a, 0.5f);
-    delete out;
+    KEffectSquare square;
+    Img f = Row<KPixelF>({{0.25f, 0.25f, 0.25f, 0.5f}});
+    EXPECT_EQ(Channels(At<KPixelF>(*RunEffect(square, f.get(), s, false), 0, 0)),
+              Channels(KPixelF{0.125f, 0.125f, 0.125f, 0.5f}));  // (0.25 / 0.5)^2 * 0.5
     s.preDivide = false;
-    out = RunEffect(effect, f, s, false);
-    out->GetPixel(0, 0, p, 0);
-    EXPECT_EQ(p.r, 0.0625f);
-    delete out;
-    delete f;
+    EXPECT_EQ(At<KPixelF>(*RunEffect(square, f.get(), s, false), 0, 0).r, 0.0625f);
 
-    KImage* i = KImage::Create(1, 1, false);
-    i->SetPixel(0, 0, KPixel{16384, 16384, 16384, 32768});
     s = Settings(false);
     s.preDivide = true;
-    out = RunEffect(effect, i, s, false);
-    KPixel q;
-    out->GetPixel(0, 0, q, 0);
     // 16384 -> 32768 divided; squared through floats -> 16384; times alpha -> 8192.
-    EXPECT_EQ(q.r, 8192u);
-    EXPECT_EQ(q.a, 32768u);
-    delete out;
-    delete i;
+    EXPECT_EQ(Channels(At<KPixel>(*RunEffect(square, Row<KPixel>({{16384, 16384, 16384, 32768}}).get(), s, false), 0, 0)),
+              Channels(KPixel{8192, 8192, 8192, 32768}));
 }
 
-TEST(FrameworkProcessColor, SuperSamplingTakesSwitchedOffChannelsFromTheLastSample)
+TEST(FrameworkProcessColor, SuperSamplingAveragesAndTakesSwitchedOffChannelsFromTheLastSample)
 {
     // Alpha 1 only at (1, 0): the last of the 2x2 samples of pixel (0, 0) sits
     // at (0.25, 0.25), where bilinear alpha is 0.25 * 0.75.
-    KImage* src = KImage::Create(2, 2, true);
+    Img src(KImage::Create(2, 2, true));
     src->SetPixel(1, 0, KPixelF{0.0f, 0.0f, 0.0f, 1.0f});
     KRenderSettings s = Settings(true);
     s.superSampling = 2;
     s.alpha = false;
     KEffectRotate effect;
-    KImage* out = RunEffect(effect, src, s, true);
-    KPixelF p;
-    out->GetPixel(0, 0, p, 0);
-    EXPECT_FLOAT_EQ(p.a, 0.1875f);
-    // The last sample of pixel (1, 1) is clamped to the pixel itself: alpha 0.
-    out->GetPixel(1, 1, p, 0);
-    EXPECT_FLOAT_EQ(p.a, 0.0f);
-    delete out;
-    delete src;
-}
+    Img out = RunEffect(effect, src.get(), s, true);
+    EXPECT_FLOAT_EQ(At<KPixelF>(*out, 0, 0).a, 0.1875f);
+    EXPECT_FLOAT_EQ(At<KPixelF>(*out, 1, 1).a, 0.0f);  // the last sample of (1, 1) is clamped to itself
 
-TEST(FrameworkProcessColor, SuperSamplingAveragesProcessedSamples)
-{
     for (bool isFloat : {false, true}) {
-        KImage* src = KImage::Create(2, 1, isFloat);
-        src->SetPixel(1, 0, KPixelF{1.0f, 1.0f, 1.0f, 1.0f});
-        KRenderSettings s = Settings(isFloat);
+        Img row = Row<KPixelF>({{}, {1.0f, 1.0f, 1.0f, 1.0f}});
+        if (!isFloat) row = Row<KPixel>({{}, {65535, 65535, 65535, 65535}});
+        s = Settings(isFloat);
         s.superSampling = 2;
-        class Identity : public KEffectColor {
-            void ProcessColor(KPixelF& o, const KPixelF& i) override { o = i; }
-        } effect;
-        KImage* out = RunEffect(effect, src, s, false);
-        KPixelF p;
-        out->GetPixel(0, 0, p, 0);
+        KEffectSame same;
         // Samples at x -0.25 (clamped to 0) and 0.25: 0 and 0.25, twice each.
-        EXPECT_NEAR(p.r, 0.125f, isFloat ? 1e-6f : 2e-5f);
-        delete out;
-        delete src;
+        EXPECT_NEAR(At<KPixelF>(*RunEffect(same, row.get(), s, false), 0, 0).r, 0.125f, isFloat ? 1e-6f : 2e-5f);
     }
 }
 
-TEST(FrameworkProcessColor, CallOrderStartJobsStop)
+TEST(FrameworkProcessColor, CallOrderAndStartsThatDoNotRun)
 {
     Calls calls;
     KEffectRotate effect(&calls);
-    KImage* src = Pattern(4, 3, false);
-    KImage* out = RunEffect(effect, src, Settings(false), true);
+    Img src = Pattern(4, 3, false);
+    RunEffect(effect, src.get(), Settings(false), true);
     EXPECT_EQ(calls.start, 1);
     EXPECT_EQ(calls.jobs, 12);
     EXPECT_EQ(calls.stop, 1);
     EXPECT_EQ(calls.jobsAfterStop, 0);
-    delete out;
-    delete src;
-}
 
-TEST(FrameworkProcessColor, AllSwitchesOffCopiesWithoutStartOrStop)
-{
-    for (bool threaded : {false, true}) {
-        Calls calls;
-        KEffectRotate effect(&calls);
-        KImage* src = Pattern(7, 5, true);
-        KRenderSettings s = Settings(true);
-        s.red = s.green = s.blue = s.alpha = false;
-        KImage* out = RunEffect(effect, src, s, threaded);
-        EXPECT_EQ(calls.start, 0);
-        EXPECT_EQ(calls.stop, 0);
-        EXPECT_EQ(calls.jobs, 0);
-        EXPECT_EQ(Differ(*out, *src), "");
-        delete out;
-        delete src;
-    }
+    // All switches off: a copy without Start or Stop. A failed Start: a copy, still stopped.
+    for (bool threaded : {false, true})
+        for (bool isFloat : {false, true}) {
+            Calls off, failed;
+            KEffectRotate a(&off), b(&failed, false);
+            Img in = Pattern(7, 5, isFloat);
+            KRenderSettings s = Settings(isFloat);
+            EXPECT_EQ(Differ(*RunEffect(b, in.get(), s, threaded), *in), "");
+            s.red = s.green = s.blue = s.alpha = false;
+            EXPECT_EQ(Differ(*RunEffect(a, in.get(), s, threaded), *in), "");
+            EXPECT_EQ(off.start + off.stop + off.jobs, 0);
+            EXPECT_EQ(failed.start, 1);
+            EXPECT_EQ(failed.jobs, 0);
+            EXPECT_EQ(failed.stop, 1);
+        }
 }
-
-TEST(FrameworkProcessColor, FailedStartCopiesAndStillStops)
-{
-    for (bool isFloat : {false, true}) {
-        Calls calls;
-        KEffectRotate effect(&calls, false);
-        KImage* src = Pattern(6, 4, isFloat);
-        KImage* out = RunEffect(effect, src, Settings(isFloat), true);
-        EXPECT_EQ(calls.start, 1);
-        EXPECT_EQ(calls.jobs, 0);
-        EXPECT_EQ(calls.stop, 1);
-        EXPECT_EQ(Differ(*out, *src), "");
-        delete out;
-        delete src;
-    }
-}
-
-// ---------------------------------------------------------------------------
 
 // Writes its position into the colour: red x / 8, green y / 8.
 class KEffectCoords : public KEffectPixel {
@@ -267,32 +191,25 @@ public:
 TEST(FrameworkProcessPixel, BothDepthsAndTheKeepRule)
 {
     for (bool isFloat : {false, true})
-        for (auto [w, h] : {std::pair{1, 1}, {3, 2}, {257, 129}}) {
-            KImage* src = Pattern(w, h, isFloat);
+        for (auto [w, h] : kSizes) {
+            Img src = Pattern(w, h, isFloat);
             KRenderSettings s = Settings(isFloat);
             s.blue = false;
             KEffectCoords effect;
-            KImage* out = RunEffect(effect, src, s, true);
+            Img out = RunEffect(effect, src.get(), s, true);
             for (int32_t y = 0; y < h; y += 7)
                 for (int32_t x = 0; x < w; x += 5) {
-                    KPixel in, got;
-                    src->GetPixel(x, y, in, 0);
-                    out->GetPixel(x, y, got, 0);
-                    EXPECT_EQ(got.r, KFloatToInt(x / 8.0f));
-                    EXPECT_EQ(got.g, KFloatToInt(y / 8.0f));
-                    EXPECT_EQ(got.b, in.b);  // switched off: kept from the source
-                    EXPECT_EQ(got.a, 65535u);
+                    const KPixel in = At<KPixel>(*src, x, y), got = At<KPixel>(*out, x, y);
+                    // Blue switched off: kept from the source.
+                    EXPECT_EQ(Channels(got), Channels(KPixel{KFloatToInt(x / 8.0f), KFloatToInt(y / 8.0f), in.b, 65535}));
                 }
-            delete out;
-            delete src;
         }
 }
 
 // Writes its position: red px, green py.
 class KEffectWhere : public KEffectPosition {
 public:
-    void ProcessPosition(KPositionPixel& out, const KPositionPixel& in,
-                         const KPosition& p) override
+    void ProcessPosition(KPositionPixel& out, const KPositionPixel& in, const KPosition& p) override
     {
         out = in;
         out.r = p.x;
@@ -300,67 +217,46 @@ public:
     }
 };
 
-TEST(FrameworkProcessPosition, PositionsAreInUnitsOfWidth)
+TEST(FrameworkProcessPosition, PositionsInUnitsOfWidthAndTheOffCentreSuperSampleGrid)
 {
-    KImage* src = KImage::Create(4, 2, true, 2.0f, 1.0f);  // picture aspect 4
+    Img wide(KImage::Create(4, 2, true, 2.0f, 1.0f));  // picture aspect 4
     KEffectWhere effect;
-    KImage* out = RunEffect(effect, src, Settings(true), true);
-    KPixelF p;
-    out->GetPixel(3, 1, p, 0);
+    const KPixelF p = At<KPixelF>(*RunEffect(effect, wide.get(), Settings(true), true), 3, 1);
     EXPECT_FLOAT_EQ(p.r, 3.0f / 4.0f);
     EXPECT_FLOAT_EQ(p.g, 1.0f / (2.0f * 4.0f));
-    delete out;
-    delete src;
-}
 
-TEST(FrameworkProcessPosition, SuperSampleGridIsDeliberatelyOffCentre)
-{
-    KImage* src = KImage::Create(4, 4, true);
+    Img square(KImage::Create(4, 4, true));
     KRenderSettings s = Settings(true);
     s.superSampling = 2;
-    KEffectWhere effect;
-    KImage* out = RunEffect(effect, src, s, false);
-    KPixelF p;
-    out->GetPixel(0, 0, p, 0);
+    Img out = RunEffect(effect, square.get(), s, false);
     // fx = 0.5 / 4; start (0 - 0.5 * fx) / 4; samples start and start + fx.
-    EXPECT_FLOAT_EQ(p.r, 0.046875f);
-    out->GetPixel(2, 0, p, 0);
-    EXPECT_FLOAT_EQ(p.r, (2.0f - 0.0625f) / 4.0f + 0.0625f);
-    delete out;
-    delete src;
+    EXPECT_FLOAT_EQ(At<KPixelF>(*out, 0, 0).r, 0.046875f);
+    EXPECT_FLOAT_EQ(At<KPixelF>(*out, 2, 0).r, (2.0f - 0.0625f) / 4.0f + 0.0625f);
 }
 
 TEST(FrameworkProcessPosition, IntegerPathPreDivideAndExtraChannels)
 {
-    KImage* src = KImage::Create(3, 2, false);
-    host::ImageSpec spec = src->HostImage()->Spec();
-    delete src;
+    host::ImageSpec spec = Img(KImage::Create(3, 2, false))->HostImage()->Spec();
     spec.aux = {host::ChanZ};
-    src = KImage::Wrap(host::Image::New(spec), true);
+    Img src(KImage::Wrap(host::Image::New(spec), true));
     src->SetPixel(1, 1, KPixel{10000, 20000, 30000, 32768});
     src->AuxPlane(host::ChanZ)[4] = 7.5f;
     KRenderSettings s = Settings(false);
     s.preDivide = true;
     s.green = false;
     class Keep : public KEffectPosition {
-        void ProcessPositionInt(KPositionPixelInt& out, const KPositionPixelInt& in,
-                                const KPosition&) override
+        void ProcessPositionInt(KPositionPixelInt& out, const KPositionPixelInt& in, const KPosition&) override
         {
             out = in;
             out.r = 65535;
         }
     } effect;
-    KImage* out = RunEffect(effect, src, s, true);
-    KPixel p;
-    out->GetPixel(1, 1, p, 0);
+    Img out = RunEffect(effect, src.get(), s, true);
+    const KPixel p = At<KPixel>(*out, 1, 1);
     EXPECT_EQ(p.r, 32768u);  // 65535 post-multiplied by alpha 32768
     EXPECT_EQ(p.g, 20000u);  // kept, divided then multiplied back
     EXPECT_EQ(out->AuxPlane(host::ChanZ)[4], 7.5f);
-    delete out;
-    delete src;
 }
-
-// ---------------------------------------------------------------------------
 
 // Two passes: pass 0 copies rows into scratch, pass 1 writes each target row
 // from the scratch rows below it, so it fails if the passes overlap.
@@ -373,47 +269,34 @@ public:
         return true;
     }
     int32_t GetPassCount() override { return 2; }
-    int32_t GetJobCount(int32_t pass) override { return pass == 0 ? height : height; }
+    int32_t GetJobCount(int32_t pass) override { return height; }
     void ProcessJob(int32_t pass, int32_t y, KImage* src, KImage* dst) override
     {
         float* row = scratch.data() + size_t(y) * width * 4;
         if (pass == 0) {
             for (int32_t x = 0; x < width; ++x) {
-                KPixelF p;
-                src->GetPixel(x, y, p, 0);
+                const KPixelF p = At<KPixelF>(*src, x, y);
                 for (int c = 0; c < 4; ++c) row[4 * x + c] = p[c];
             }
             return;
         }
         const float* below = scratch.data() + size_t(y + 1 < height ? y + 1 : y) * width * 4;
-        for (int32_t x = 0; x < width; ++x) {
-            KPixelF p{below[4 * x], row[4 * x + 1], 0.0f, 1.0f};
-            dst->SetPixel(x, y, p);
-        }
+        for (int32_t x = 0; x < width; ++x) dst->SetPixel(x, y, KPixelF{below[4 * x], row[4 * x + 1], 0.0f, 1.0f});
     }
     std::vector<float> scratch;
 };
 
-TEST(FrameworkProcessThreads, PassesAreSeparatedAndSerialEqualsThreaded)
+TEST(FrameworkProcessThreads, PassesAreSeparatedJobCountsAskedAndPostBlurThreadedOnly)
 {
     for (bool isFloat : {false, true}) {
-        KImage* src = Pattern(257, 129, isFloat);
+        Img src = Pattern(257, 129, isFloat);
         KEffectTwoPass a, b;
-        KImage* serial = RunEffect(a, src, Settings(isFloat), false);
-        KImage* threaded = RunEffect(b, src, Settings(isFloat), true);
+        Img serial = RunEffect(a, src.get(), Settings(isFloat), false);
+        Img threaded = RunEffect(b, src.get(), Settings(isFloat), true);
         EXPECT_EQ(Differ(*serial, *threaded), "");
-        KPixelF p, q;
-        threaded->GetPixel(10, 20, p, 0);
-        src->GetPixel(10, 21, q, 0);
-        EXPECT_EQ(p.r, q.r);
-        delete serial;
-        delete threaded;
-        delete src;
+        EXPECT_EQ(At<KPixelF>(*threaded, 10, 20).r, At<KPixelF>(*src, 10, 21).r);
     }
-}
-
-TEST(FrameworkProcessThreads, SerialRunAsksTheJobCountOfPassZeroForEveryPass)
-{
+    // A serial run asks the job count of pass 0 for every pass.
     class Counting : public KEffectThreads {
     public:
         int32_t GetPassCount() override { return 2; }
@@ -421,39 +304,26 @@ TEST(FrameworkProcessThreads, SerialRunAsksTheJobCountOfPassZeroForEveryPass)
         void ProcessJob(int32_t pass, int32_t, KImage*, KImage*) override { ++perPass[pass]; }
         std::atomic<int> perPass[2] = {0, 0};
     };
-    KImage* src = Pattern(3, 5, false);
+    Img small = Pattern(3, 5, false);
     Counting serial, threaded;
-    delete RunEffect(serial, src, Settings(false), false);
-    delete RunEffect(threaded, src, Settings(false), true);
+    RunEffect(serial, small.get(), Settings(false), false);
+    RunEffect(threaded, small.get(), Settings(false), true);
     EXPECT_EQ(serial.perPass[1], 1);
     EXPECT_EQ(threaded.perPass[1], 5);
-    delete src;
-}
-
-TEST(FrameworkProcessThreads, PostBlurOnlyOnTheThreadedPath)
-{
+    // The post blur runs on the threaded path only.
     class Flat : public KEffectThreads {
         void ProcessJob(int32_t, int32_t, KImage* s, KImage* t) override { t->CopyFrom(*s); }
     };
-    KImage* src = KImage::Create(9, 9, true);
-    src->SetPixel(4, 4, KPixelF{1.0f, 1.0f, 1.0f, 1.0f});
+    Img dot(KImage::Create(9, 9, true));
+    dot->SetPixel(4, 4, KPixelF{1.0f, 1.0f, 1.0f, 1.0f});
     KRenderSettings s = Settings(true);
     s.postBlur = 2.0f;
     Flat a, b;
-    KImage* serial = RunEffect(a, src, s, false);
-    KImage* threaded = RunEffect(b, src, s, true);
-    EXPECT_EQ(Differ(*serial, *src), "");
-    KPixelF centre, side;
-    threaded->GetPixel(4, 4, centre, 0);
-    threaded->GetPixel(5, 4, side, 0);
-    EXPECT_LT(centre.r, 1.0f);
-    EXPECT_GT(side.r, 0.0f);
-    delete serial;
-    delete threaded;
-    delete src;
+    EXPECT_EQ(Differ(*RunEffect(a, dot.get(), s, false), *dot), "");
+    Img blurred = RunEffect(b, dot.get(), s, true);
+    EXPECT_LT(At<KPixelF>(*blurred, 4, 4).r, 1.0f);
+    EXPECT_GT(At<KPixelF>(*blurred, 5, 4).r, 0.0f);
 }
-
-// ---------------------------------------------------------------------------
 
 // Shifts the picture right by a quarter of its width; nothing left of 0.
 class KEffectShift : public KEffectWarp {
@@ -478,157 +348,107 @@ public:
 TEST(FrameworkProcessInverse, IdentityKeepsThePictureWithEachFilter)
 {
     for (bool isFloat : {false, true})
-        for (auto [w, h] : {std::pair{1, 1}, {3, 2}, {257, 129}})
+        for (auto [w, h] : kSizes)
             for (int32_t filter : {1, 2}) {
-                KImage* src = Pattern(w, h, isFloat);
+                Img src = Pattern(w, h, isFloat);
                 KRenderSettings s = Settings(isFloat);
                 s.filter = filter;
                 s.edges = kEdgeDuplicate;
                 KEffectIdentityWarp effect;
-                KImage* out = RunEffect(effect, src, s, true);
+                Img out = RunEffect(effect, src.get(), s, true);
                 for (int32_t y = 0; y < h; ++y)
-                    for (int32_t x = 0; x < w; ++x) {
-                        KPixelF a, b;
-                        src->GetPixel(x, y, a, 0);
-                        out->GetPixel(x, y, b, 0);
+                    for (int32_t x = 0; x < w; ++x)
                         for (int c = 0; c < 4; ++c)
-                            ASSERT_NEAR(a[c], b[c], 2e-5f)
+                            ASSERT_NEAR(At<KPixelF>(*src, x, y)[c], At<KPixelF>(*out, x, y)[c], 2e-5f)
                                 << w << "x" << h << " filter " << filter << " at " << x << "," << y;
-                    }
-                delete out;
-                delete src;
             }
 }
 
 TEST(FrameworkProcessInverse, FailedMappingGivesTheZeroPixelAndMaskKeepsOwnPosition)
 {
-    KImage* src = Pattern(8, 4, false);
+    Img src = Pattern(8, 4, false);
     KRenderSettings s = Settings(false);
     s.filter = 0;
     KEffectShift effect;
     effect.shift = 3.0f / 7.0f;  // three pixels
-    KImage* out = RunEffect(effect, src, s, true);
-    KPixel p, q;
-    out->GetPixel(2, 1, p, 0);
-    EXPECT_EQ(p.a, 0u);
-    out->GetPixel(5, 1, p, 0);
-    src->GetPixel(2, 1, q, 0);
-    EXPECT_EQ(p.r, q.r);
-    delete out;
+    Img out = RunEffect(effect, src.get(), s, true);
+    EXPECT_EQ(At<KPixel>(*out, 2, 1).a, 0u);
+    EXPECT_EQ(At<KPixel>(*out, 5, 1).r, At<KPixel>(*src, 2, 1).r);
 
     // Where the mask's alpha is 0 the pixel is not mapped.
-    KImage* mask = KImage::Create(8, 4, false);
+    Img mask(KImage::Create(8, 4, false));
     for (int32_t x = 0; x < 4; ++x) mask->SetPixel(x, 1, KPixel{0, 0, 0, 65535});
-    s.warpMask = mask;
-    out = RunEffect(effect, src, s, true);
-    out->GetPixel(2, 1, p, 0);
-    EXPECT_EQ(p.a, 0u);  // masked in: mapped, and fails
-    out->GetPixel(6, 1, p, 0);
-    src->GetPixel(6, 1, q, 0);
-    EXPECT_EQ(p.r, q.r);  // masked out: its own pixel
-    delete out;
-    delete mask;
-    delete src;
+    s.warpMask = mask.get();
+    out = RunEffect(effect, src.get(), s, true);
+    EXPECT_EQ(At<KPixel>(*out, 2, 1).a, 0u);                       // masked in: mapped, and fails
+    EXPECT_EQ(At<KPixel>(*out, 6, 1).r, At<KPixel>(*src, 6, 1).r);  // masked out: its own pixel
 }
 
-TEST(FrameworkProcessInverse, UnderSamplingOneIsTheExactPathAndFourIsClose)
+TEST(FrameworkProcessInverse, UnderSamplingOneIsExactFourIsCloseAndSeriallyCoversGridRows)
 {
+    class Affine : public KEffectWarp {
+        bool InverseMap(KPosition& o, const KPosition& i) override
+        {
+            o = {i.x * 0.9f + i.y * 0.1f + 0.01f, i.y * 0.95f - i.x * 0.05f};
+            return true;
+        }
+    };
     for (bool isFloat : {false, true}) {
-        KImage* src = Pattern(257, 129, isFloat);
+        Img src = Pattern(257, 129, isFloat);
         KRenderSettings s = Settings(isFloat);
         s.edges = kEdgeWrap;
-        class Affine : public KEffectWarp {
-            bool InverseMap(KPosition& o, const KPosition& i) override
-            {
-                o = {i.x * 0.9f + i.y * 0.1f + 0.01f, i.y * 0.95f - i.x * 0.05f};
-                return true;
-            }
-        };
         Affine a, b, c;
-        KImage* exact = RunEffect(a, src, s, true);
+        Img exact = RunEffect(a, src.get(), s, true);
         s.underSample = 1;
-        KImage* one = RunEffect(b, src, s, true);
-        EXPECT_EQ(Differ(*exact, *one), "");
+        EXPECT_EQ(Differ(*exact, *RunEffect(b, src.get(), s, true)), "");
         s.underSample = 4;
-        KImage* four = RunEffect(c, src, s, true);
-        double worst = 0.0;
+        Img four = RunEffect(c, src.get(), s, true);
+        float worst = 0.0f;
         for (int32_t y = 0; y < 129; ++y)
-            for (int32_t x = 0; x < 257; ++x) {
-                KPixelF p, q;
-                exact->GetPixel(x, y, p, 0);
-                four->GetPixel(x, y, q, 0);
-                for (int k = 0; k < 4; ++k) worst = std::max(worst, double(std::fabs(p[k] - q[k])));
-            }
+            for (int32_t x = 0; x < 257; ++x)
+                for (int k = 0; k < 4; ++k)
+                    worst = std::max(worst, std::fabs(At<KPixelF>(*exact, x, y)[k] - At<KPixelF>(*four, x, y)[k]));
         // An affine map interpolates exactly; what remains is rounding at 16.16.
-        EXPECT_LT(worst, 0.02);
-        delete exact;
-        delete one;
-        delete four;
-        delete src;
+        EXPECT_LT(worst, 0.02f);
     }
-}
-
-TEST(FrameworkProcessInverse, SerialUnderSampledRunCoversOnlyGridHeightRows)
-{
-    KImage* src = Pattern(16, 16, false);
+    // A serial under-sampled run covers only as many rows as the grid has.
+    Img src = Pattern(16, 16, false);
     KRenderSettings s = Settings(false);
     s.underSample = 4;  // grid 6 x 6
     KEffectIdentityWarp a, b;
-    KImage* serial = RunEffect(a, src, s, false);
-    KImage* threaded = RunEffect(b, src, s, true);
-    KPixel p, q;
-    serial->GetPixel(3, 5, p, 0);
-    src->GetPixel(3, 5, q, 0);
-    EXPECT_NEAR(double(p.r), double(q.r), 1.0);
-    serial->GetPixel(3, 6, p, 0);
-    EXPECT_EQ(p.a, 0u);  // never written
-    threaded->GetPixel(3, 15, p, 0);
-    src->GetPixel(3, 15, q, 0);
-    EXPECT_NEAR(double(p.r), double(q.r), 1.0);
-    delete serial;
-    delete threaded;
-    delete src;
+    Img serial = RunEffect(a, src.get(), s, false), threaded = RunEffect(b, src.get(), s, true);
+    EXPECT_NEAR(double(At<KPixel>(*serial, 3, 5).r), double(At<KPixel>(*src, 3, 5).r), 1.0);
+    EXPECT_EQ(At<KPixel>(*serial, 3, 6).a, 0u);  // never written
+    EXPECT_NEAR(double(At<KPixel>(*threaded, 3, 15).r), double(At<KPixel>(*src, 3, 15).r), 1.0);
 }
 
 TEST(FrameworkProcess, SerialAndThreadedRunsAreIdentical)
 {
     for (bool isFloat : {false, true}) {
-        KImage* src = Pattern(257, 129, isFloat);
+        Img src = Pattern(257, 129, isFloat);
         KRenderSettings s = Settings(isFloat);
         s.preDivide = true;
         s.superSampling = 3;
         KEffectRotate c1, c2;
         KEffectCoords p1, p2;
         KEffectWhere q1, q2;
-        KEffectShift w1, w2;
-        std::vector<std::pair<KEffectImage*, KEffectImage*>> pairs{
-            {&c1, &c2}, {&p1, &p2}, {&q1, &q2}, {&w1, &w2}};
+        KEffectShift w1, w2, w3, w4;
+        const std::pair<KEffectImage*, KEffectImage*> pairs[] = {{&c1, &c2}, {&p1, &p2}, {&q1, &q2}, {&w1, &w2}, {&w3, &w4}};
         for (auto [a, b] : pairs) {
-            KImage* serial = RunEffect(*a, src, s, false);
-            KImage* threaded = RunEffect(*b, src, s, true);
-            EXPECT_EQ(Differ(*serial, *threaded), "") << "family " << a->GetFamily();
-            delete serial;
-            delete threaded;
+            if (a == &w3) s.filter = 2;  // the area filter too
+            EXPECT_EQ(Differ(*RunEffect(*a, src.get(), s, false), *RunEffect(*b, src.get(), s, true)), "")
+                << "family " << a->GetFamily() << " filter " << s.filter;
         }
-        s.filter = 2;
-        KEffectShift w3, w4;
-        KImage* serial = RunEffect(w3, src, s, false);
-        KImage* threaded = RunEffect(w4, src, s, true);
-        EXPECT_EQ(Differ(*serial, *threaded), "") << "area filter";
-        delete serial;
-        delete threaded;
-        delete src;
     }
 }
 
 TEST(FrameworkProcess, FamiliesWithoutAProcessGiveNull)
 {
     class Number : public KEffectNumber {} number;
-    KImage* img = KImage::Create(2, 2, false);
+    Img img(KImage::Create(2, 2, false));
     KImage* target = img->CreateLike();
-    EXPECT_EQ(KCreateProcess(&number, img, &target, KRenderSettings{}), nullptr);
+    EXPECT_EQ(KCreateProcess(&number, img.get(), &target, KRenderSettings{}), nullptr);
     delete target;
-    delete img;
 }
 
 }  // namespace

@@ -2,11 +2,11 @@
 #include <vector>
 #include <array>
 #include <memory>
-#include "host_support.h"
+#include "support.h"
 
 using host::EdgeBlack, host::EdgeWrap, host::EdgeDuplicate;
 using host::Image;
-using zvhost::Img, zvhost::Make;
+using zvtest::HostImg, zvtest::Make;
 
 namespace {
 
@@ -38,7 +38,7 @@ P Area(const Image& img, double x0, double y0, double x1, double y1, host::Edge 
 TEST(HostSamplePixel, BilinearAtWholeAndHalfPositions)
 {
     const int values[4][4] = {{0, 100, 1000, 65535}, {1, 200, 3000, 0}, {10, 300, 5000, 65535}, {20, 401, 7000, 65535}};
-    Img w = Make(2, 2, false, [&](int x, int y, int c) { return values[x + 2 * y][c]; });
+    HostImg w = Make(2, 2, false, [&](int x, int y, int c) { return values[x + 2 * y][c]; });
     EXPECT_EQ(Sample<U4>(*w, kOne, kOne, EdgeBlack), (U4{20, 401, 7000, 65535}));
     // Halves round upward: (0 + 1) / 2, (65535 + 0) / 2.
     EXPECT_EQ(Sample<U4>(*w, kHalf, 0, EdgeBlack), (U4{1, 150, 2000, 32768}));
@@ -48,7 +48,7 @@ TEST(HostSamplePixel, BilinearAtWholeAndHalfPositions)
     EXPECT_FLOAT_EQ((Sample<F4>(*w, kHalf, 0, EdgeBlack)[2]), 2000.0f / 65535.0f);
 
     const float fv[4][4] = {{0, -1, 2, 1}, {1, 3, 2, 0}, {0.5f, 0, 4, 1}, {0.25f, 8, 6, 1}};
-    Img f = Make(2, 2, true, [&](int x, int y, int c) { return fv[x + 2 * y][c]; });
+    HostImg f = Make(2, 2, true, [&](int x, int y, int c) { return fv[x + 2 * y][c]; });
     EXPECT_EQ(Sample<F4>(*f, 0, kOne, EdgeBlack), (F4{0.5f, 0, 4, 1}));
     EXPECT_EQ(Sample<F4>(*f, kHalf, kHalf, EdgeBlack), (F4{0.4375f, 2.5f, 3.5f, 0.75f}));
     // Floats are not clipped, but their integer read is.
@@ -58,7 +58,7 @@ TEST(HostSamplePixel, BilinearAtWholeAndHalfPositions)
 TEST(HostSamplePixel, EdgesJustOutsideEachSide)
 {
     // 3 x 2 with red 1 2 3 / 4 5 6.
-    Img img = Make(3, 2, false, [](int x, int y, int c) { return c ? 0 : 1 + x + 3 * y; });
+    HostImg img = Make(3, 2, false, [](int x, int y, int c) { return c ? 0 : 1 + x + 3 * y; });
     struct Case {
         int32_t x, y;
         uint32_t black, wrap, duplicate;
@@ -80,7 +80,7 @@ TEST(HostSamplePixel, EdgesJustOutsideEachSide)
 TEST(HostSampleArea, CheckerboardIsMidGrey)
 {
     for (bool isFloat : {false, true}) {
-        Img img = Make(8, 8, isFloat, [&](int x, int y, int c) {
+        HostImg img = Make(8, 8, isFloat, [&](int x, int y, int c) {
             return c == 3 || (c == 0 && (x + y) % 2) ? (isFloat ? 1 : 65535) : 0;
         });
         for (int sat = 0; sat < 2; ++sat) {
@@ -99,7 +99,7 @@ TEST(HostSampleArea, CheckerboardIsMidGrey)
 TEST(HostSampleArea, BoxAndEdgeModes)
 {
     // One row of 1, 3 (8 beyond it for the first cases); boxes in pixel-edge units.
-    Img three = Make(3, 1, true, [](int x, int, int c) { return c ? 0 : (x == 2 ? 8 : 1 + 2 * x); });
+    HostImg three = Make(3, 1, true, [](int x, int, int c) { return c ? 0 : (x == 2 ? 8 : 1 + 2 * x); });
     auto mean3 = [&](double x0, double x1) { return Area<F4>(*three, x0 - 0.5, 0, x1 - 0.5, 0, EdgeBlack)[0]; };
     EXPECT_FLOAT_EQ(mean3(1.5, 1.5), 3.0f);            // a point widens to its pixel
     EXPECT_FLOAT_EQ(mean3(2, 2), 5.5f);                // two halves
@@ -109,7 +109,7 @@ TEST(HostSampleArea, BoxAndEdgeModes)
     three->SampleArea(diamond, EdgeBlack, d.data());
     EXPECT_FLOAT_EQ(d[0], 4.0f);  // its bounding box is the whole row
 
-    Img img = Make(2, 1, true, [](int x, int, int c) { return c == 3 ? 1 : (c ? 0 : 1 + 2 * x); });
+    HostImg img = Make(2, 1, true, [](int x, int, int c) { return c == 3 ? 1 : (c ? 0 : 1 + 2 * x); });
     struct Case {
         double x0, x1;
         float black, wrap, duplicate;
@@ -141,8 +141,8 @@ TEST(HostSampleArea, TableAndDirectPathsAgree)
     auto next = [&] { return seed = seed * 1664525u + 1013904223u; };
     for (bool isFloat : {false, true}) {
         auto value = [&](int, int, int) { return isFloat ? (next() >> 16) / 4096.0 - 4.0 : next() >> 16; };
-        Img direct = Make(13, 9, isFloat, value);
-        Img table(direct->CopyOfImage());
+        HostImg direct = Make(13, 9, isFloat, value);
+        HostImg table(direct->CopyOfImage());
         table->UseSAT();
         ASSERT_TRUE(table->HasSAT());
         ASSERT_FALSE(direct->HasSAT());
@@ -165,7 +165,7 @@ TEST(HostSamplePixel, RowReadsEqualSingleReads)
     auto next = [&] { return seed = seed * 1664525u + 1013904223u; };
     for (bool isFloat : {false, true}) {
         auto value = [&](int, int, int) { return isFloat ? (next() >> 16) / 8192.0 - 2.0 : next() >> 16; };
-        Img img = Make(11, 7, isFloat, value);
+        HostImg img = Make(11, 7, isFloat, value);
         constexpr int n = 500;
         std::vector<int32_t> xy(2 * n);
         for (int i = 0; i < 2 * n; ++i) xy[i] = static_cast<int32_t>(next() % (20u << 16)) - (4 << 16);
@@ -195,13 +195,13 @@ namespace {
 TEST(HostImageMemory, LargePlatesStartBlackAndCopyWhole)
 {
     const int w = 2049, h = 1031;  // rows not a multiple of any page
-    Img img = zvhost::Blank(w, h, true);
+    HostImg img = zvtest::Blank(w, h, true);
     ASSERT_GT(img->RowBytes() * h, size_t(8) << 20);
     for (int y : {0, 517, h - 1})
         for (int x : {0, 1024, w - 1})
             for (int c = 0; c < 4; ++c) ASSERT_EQ(img->RowF(y)[4 * x + c], 0.0f) << x << "," << y;
     img->RowF(h - 1)[4 * w - 1] = 0.75f;
-    Img copy(img->CopyOfImage());
+    HostImg copy(img->CopyOfImage());
     EXPECT_EQ(copy->RowF(h - 1)[4 * w - 1], 0.75f);
     EXPECT_EQ(copy->RowF(0)[0], 0.0f);
 }

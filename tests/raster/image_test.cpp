@@ -8,9 +8,7 @@
 #include "raster/image.h"
 #include "support.h"
 
-using zvtest::Channels;
-using zvtest::Differ;
-using zvtest::Pattern;
+using namespace zvtest;
 
 namespace {
 
@@ -28,7 +26,7 @@ class RasterImageDepth : public ::testing::TestWithParam<bool> {};
 
 TEST_P(RasterImageDepth, GetPixelEdgeModes)
 {
-    std::unique_ptr<KImage> img(KImage::Create(3, 2, GetParam()));
+    Img img(KImage::Create(3, 2, GetParam()));
     for (int32_t y = 0; y < 2; ++y)
         for (int32_t x = 0; x < 3; ++x) {
             KPixelF f;
@@ -71,44 +69,29 @@ TEST_P(RasterImageDepth, GetPixelEdgeModes)
 INSTANTIATE_TEST_SUITE_P(Depths, RasterImageDepth, ::testing::Values(false, true),
                          [](const auto& info) { return info.param ? "Float" : "Int16"; });
 
-TEST(RasterPixel, FloatToIntegerScalesClipsAndTruncates)
+TEST(RasterPixel, ConversionsBothWaysAndTheScaleRule)
 {
     const std::pair<float, uint32_t> cases[] = {
         {1.5f, 65535}, {1.0f, 65535}, {-0.2f, 0}, {0.0f, 0},
         {0.5f, 32767}, {0.25f, 16383}, {0.75f, 49151},  // 32767.5, 16383.75, 49151.25 truncated
         {std::numeric_limits<float>::quiet_NaN(), 0}, {INFINITY, 65535}, {-INFINITY, 0}};
     for (auto [f, i] : cases) EXPECT_EQ(KFloatToInt(f), i) << f;
-}
-
-TEST(RasterPixel, IntegerToFloatByTheStatedFactorAndBack)
-{
-    EXPECT_EQ(KIntToFloat(0), 0.0f);
     EXPECT_EQ(KIntToFloat(32768), 32768.0f * 1.5259022e-05f);
     EXPECT_NEAR(KIntToFloat(65535), 1.0f, 1e-6f);
-    KPixelF f;
-    KToFloat(KPixel{0, 16384, 32768, 65535}, f);
-    EXPECT_EQ(f.g, 16384.0f * 1.5259022e-05f);
-    KPixel back;
-    KToInt(f, back);
-    EXPECT_EQ(back.r, 0u);
-    EXPECT_EQ(back.a, 65535u);
     for (uint32_t v = 0; v <= 65535u; ++v)  // every value comes back within one step
         ASSERT_LE(std::abs(int32_t(v) - int32_t(KFloatToInt(KIntToFloat(v)))), 1) << v;
-}
-
-TEST(RasterPixel, ScaleRuleRoundsTheProduct)
-{
-    const std::tuple<uint32_t, uint32_t, uint32_t> cases[] = {
+    // The scale rule rounds the product.
+    const std::tuple<uint32_t, uint32_t, uint32_t> scaled[] = {
         {65535, 65535, 65535}, {65535, 0, 0}, {65535, 32768, 32768}, {65535, 32767, 32767},
         {1, 32767, 0},         {2, 32767, 1}, {40000, 32768, 20000}};
-    for (auto [a, b, want] : cases) EXPECT_EQ(KScaleInt(a, b), want) << a << " x " << b;
+    for (auto [a, b, want] : scaled) EXPECT_EQ(KScaleInt(a, b), want) << a << " x " << b;
     EXPECT_EQ(KDiv65535(1000u * 65535u), 1000u);
     for (uint32_t c = 0; c <= 65535u; c += 257u) ASSERT_EQ(KScaleInt(c, 65535), c);
 }
 
 TEST(RasterPixel, SetPixelConvertsClipsIntegersAndIgnoresOutside)
 {
-    std::unique_ptr<KImage> img(KImage::Create(2, 2, false));
+    Img img(KImage::Create(2, 2, false));
     img->SetPixel(0, 0, KPixelF{1.5f, -0.2f, 0.5f, 1.0f});
     img->SetPixel(1, 0, KPixel{70000u, 1u, 2u, 3u});
     img->SetPixel(-1, 0, KPixel{9u, 9u, 9u, 9u});
@@ -117,18 +100,14 @@ TEST(RasterPixel, SetPixelConvertsClipsIntegersAndIgnoresOutside)
               (std::vector<uint16_t>{65535, 0, 32767, 65535, 65535, 1, 2, 3}));
     EXPECT_EQ(std::vector<uint16_t>(img->RowW(1), img->RowW(1) + 8), std::vector<uint16_t>(8, 0));
 
-    std::unique_ptr<KImage> f(KImage::Create(1, 1, true));
-    f->SetPixel(0, 0, KPixelF{1.5f, -0.2f, 0.5f, 1.0f});
-    EXPECT_EQ(f->RowF(0)[0], 1.5f);  // float pixels are not clipped
-    EXPECT_EQ(f->RowF(0)[1], -0.2f);
-    KPixel p;
-    f->GetPixel(0, 0, p, kEdgeBlack);
-    EXPECT_EQ(Channels(p), Channels(KPixel{65535, 0, 32767, 65535}));
+    Img f = Row<KPixelF>({{1.5f, -0.2f, 0.5f, 1.0f}});  // float pixels are not clipped
+    EXPECT_EQ(Raw(*f, 0, 0), (std::array<float, 4>{1.5f, -0.2f, 0.5f, 1.0f}));
+    EXPECT_EQ(Channels(At<KPixel>(*f, 0, 0)), Channels(KPixel{65535, 0, 32767, 65535}));
 }
 
 TEST(RasterImageGeometry, DepthAspectsFullSizeAndProxyScale)
 {
-    std::unique_ptr<KImage> i(KImage::Create(4, 3, false)), f(KImage::Create(4, 3, true, 2.0f, 1.0f));
+    Img i(KImage::Create(4, 3, false)), f(KImage::Create(4, 3, true, 2.0f, 1.0f));
     EXPECT_FALSE(i->IsFloat());
     EXPECT_TRUE(f->IsFloat());
     EXPECT_GT(f->depth, 6);
@@ -137,9 +116,9 @@ TEST(RasterImageGeometry, DepthAspectsFullSizeAndProxyScale)
     EXPECT_EQ(i->PixelAspect(), 1.0f);
     EXPECT_EQ(f->PixelAspect(), 2.0f);
     EXPECT_EQ(f->PictureAspect(), 2.0f * 4.0f / 3.0f);
-    EXPECT_EQ(std::unique_ptr<KImage>(KImage::Create(1920, 1080, false))->PictureAspect(), 1920.0f / 1080.0f);
+    EXPECT_EQ(Img(KImage::Create(1920, 1080, false))->PictureAspect(), 1920.0f / 1080.0f);
 
-    std::unique_ptr<KImage> img(KImage::Create(500, 281, false));
+    Img img(KImage::Create(500, 281, false));
     EXPECT_EQ(std::pair(img->FullWidth(), img->FullHeight()), std::pair(500, 281));  // not set: the size
     EXPECT_EQ(img->ProxyScale(), 1.0f);
     const std::tuple<int, int, float> sizes[] = {{1000, 562, 2.0f}, {1500, 843, 3.0f}, {250, 140, 1.0f}};  // never below 1
@@ -150,15 +129,15 @@ TEST(RasterImageGeometry, DepthAspectsFullSizeAndProxyScale)
     }
 }
 
-TEST(RasterImageDerived, CreateLikeKeepsFormatAndTakesNewSize)
+TEST(RasterImageDerived, CreateLikeKeepsFormatAndTakesNewSizeAndClonesAreIndependent)
 {
-    std::unique_ptr<KImage> src(KImage::Create(5, 4, true, 2.0f, 1.0f));
+    Img src(KImage::Create(5, 4, true, 2.0f, 1.0f));
     src->SetPixel(1, 1, KPixelF{1, 1, 1, 1});
-    std::unique_ptr<KImage> same(src->CreateLike());
+    Img same(src->CreateLike());
     EXPECT_TRUE(same->IsFloat());
     EXPECT_TRUE(same->owned);
     EXPECT_NE(same->HostImage(), src->HostImage());
-    EXPECT_EQ(Differ(*same, *std::unique_ptr<KImage>(KImage::Create(5, 4, true))), "");  // empty
+    EXPECT_EQ(Differ(*same, *Img(KImage::Create(5, 4, true))), "");  // empty
     // Sizes and aspects not above 0 are taken from the source.
     const struct {
         int32_t w, h;
@@ -168,17 +147,14 @@ TEST(RasterImageDerived, CreateLikeKeepsFormatAndTakesNewSize)
     } rows[] = {{0, 0, 0, 0, 5, 4, 2, 1},     {7, 0, 0, 0, 7, 4, 2, 1},   {-2, 9, 0, 0, 5, 9, 2, 1},
                 {0, 0, 1, 3, 5, 4, 1, 3},     {0, 0, 0, -1, 5, 4, 2, 1}};
     for (const auto& r : rows) {
-        std::unique_ptr<KImage> like(src->CreateLike(r.w, r.h, r.xa, r.ya));
+        Img like(src->CreateLike(r.w, r.h, r.xa, r.ya));
         EXPECT_EQ(std::vector<float>({float(like->width), float(like->height), like->xAspect, like->yAspect}),
                   std::vector<float>({float(r.wantW), float(r.wantH), r.wantXa, r.wantYa}))
             << r.w << "x" << r.h << " " << r.xa << ":" << r.ya;
     }
-}
-
-TEST(RasterImageDerived, CloneIsAnIndependentCopy)
-{
+    // Clone and Copy are independent copies.
     for (bool isFloat : {false, true}) {
-        std::unique_ptr<KImage> src(Pattern(6, 5, isFloat)), copy(src->Clone()), alsoCopy(src->Copy());
+        Img src(Pattern(6, 5, isFloat)), copy(src->Clone()), alsoCopy(src->Copy());
         EXPECT_TRUE(copy->owned);
         EXPECT_NE(copy->HostImage(), src->HostImage());
         EXPECT_EQ(Differ(*copy, *src), "");
@@ -188,12 +164,12 @@ TEST(RasterImageDerived, CloneIsAnIndependentCopy)
     }
 }
 
-TEST(RasterImageDerived, VectorLikeAddsBothVectorChannelsOnce)
+TEST(RasterImageDerived, VectorLikeAddsBothVectorChannelsOnceAndWrappersLeaveTheirImage)
 {
-    std::unique_ptr<KImage> src(KImage::Create(4, 3, false));
+    Img src(KImage::Create(4, 3, false));
     EXPECT_EQ(src->AuxCount(), 0);
     EXPECT_EQ(src->AuxPlane(22), nullptr);
-    std::unique_ptr<KImage> vec(src->CreateVectorLike());
+    Img vec(src->CreateVectorLike());
     EXPECT_EQ(std::pair(vec->width, vec->height), std::pair(4, 3));
     EXPECT_FALSE(vec->IsFloat());
     ASSERT_EQ(vec->AuxCount(), 2);
@@ -203,12 +179,9 @@ TEST(RasterImageDerived, VectorLikeAddsBothVectorChannelsOnce)
     EXPECT_NE(vec->AuxPlane(22), vec->AuxPlane(23));
     for (int i = 0; i < 12; ++i) EXPECT_EQ(vec->AuxPlane(23)[i], 0.0f);
     // Like of a vector image keeps the channels; a second vector-like does not double them.
-    EXPECT_NE(std::unique_ptr<KImage>(vec->CreateLike())->AuxPlane(23), nullptr);
-    EXPECT_EQ(std::unique_ptr<KImage>(vec->CreateVectorLike())->AuxCount(), 2);
-}
-
-TEST(RasterImageDerived, WrapAndReplaceIn)
-{
+    EXPECT_NE(Img(vec->CreateLike())->AuxPlane(23), nullptr);
+    EXPECT_EQ(Img(vec->CreateVectorLike())->AuxCount(), 2);
+    // ReplaceIn frees what it replaces, unless it is the same image.
     EXPECT_EQ(KImage::Wrap(nullptr, true), nullptr);
     KImage* a = KImage::Create(2, 2, false);
     KImage* b = KImage::Create(2, 2, false);
@@ -221,19 +194,17 @@ TEST(RasterImageDerived, WrapAndReplaceIn)
     EXPECT_EQ(slot, nullptr);
 
     // A released wrapper leaves the host image to its other owner.
-    std::unique_ptr<KImage> owner(KImage::Create(2, 2, false));
+    Img owner(KImage::Create(2, 2, false));
     KImage* view = KImage::Wrap(owner->HostImage(), true);
     view->Release();
     delete view;
     owner->SetPixel(1, 1, KPixel{5, 5, 5, 5});
-    KPixel p;
-    owner->GetPixel(1, 1, p, kEdgeBlack);
-    EXPECT_EQ(p.r, 5u);
+    EXPECT_EQ(At<KPixel>(*owner, 1, 1).r, 5u);
 }
 
-TEST(RasterImageCopy, CopyFromWithinAndAcrossDepths)
+TEST(RasterImageCopy, CopyFromWithinAndAcrossDepthsAndOneRow)
 {
-    std::unique_ptr<KImage> ints(Pattern(5, 3, false)), floats(KImage::Create(5, 3, true));
+    Img ints(Pattern(5, 3, false)), floats(KImage::Create(5, 3, true));
     floats->CopyFrom(*ints);
     for (int32_t i = 0; i < 5 * 4; ++i)
         for (int32_t y = 0; y < 3; ++y)
@@ -241,35 +212,28 @@ TEST(RasterImageCopy, CopyFromWithinAndAcrossDepths)
     // Back to integers by the float-to-integer rule: values above 1 and below 0
     // clip; the others come back within one step.
     floats->SetPixel(2, 1, KPixelF{1.25f, -0.5f, 0.5f, 0.25f});
-    std::unique_ptr<KImage> back(KImage::Create(5, 3, false));
+    Img back(KImage::Create(5, 3, false));
     back->CopyFrom(*floats);
-    KPixel p;
-    back->GetPixel(2, 1, p, kEdgeBlack);
-    EXPECT_EQ(Channels(p), Channels(KPixel{65535, 0, 32767, 16383}));
+    EXPECT_EQ(Channels(At<KPixel>(*back, 2, 1)), Channels(KPixel{65535, 0, 32767, 16383}));
     for (int32_t y = 0; y < 3; ++y)
         for (int32_t i = 0; i < 5 * 4; ++i)
             if (y != 1 || i / 4 != 2) {
                 ASSERT_LE(std::abs(int32_t(back->RowW(y)[i]) - int32_t(ints->RowW(y)[i])), 1);
             }
     for (KImage* source : {ints.get(), floats.get()}) {
-        std::unique_ptr<KImage> same(KImage::Create(5, 3, source->IsFloat()));
+        Img same(KImage::Create(5, 3, source->IsFloat()));
         same->CopyFrom(*source);
         EXPECT_EQ(Differ(*same, *source), "");
     }
-}
-
-TEST(RasterImageCopy, CopyRowFromTouchesOneRow)
-{
+    // CopyRowFrom touches one row, and none outside.
     for (bool targetFloat : {false, true}) {
-        std::unique_ptr<KImage> src(Pattern(4, 3, !targetFloat)), dst(KImage::Create(4, 3, targetFloat));
+        Img src(Pattern(4, 3, !targetFloat)), dst(KImage::Create(4, 3, targetFloat));
         dst->CopyRowFrom(*src, 1);
         dst->CopyRowFrom(*src, -1);  // outside: nothing
         dst->CopyRowFrom(*src, 3);
         for (int32_t y = 0; y < 3; ++y)
             for (int32_t x = 0; x < 4; ++x) {
-                KPixel got, want;
-                dst->GetPixel(x, y, got, kEdgeBlack);
-                src->GetPixel(x, y, want, kEdgeBlack);
+                const KPixel got = At<KPixel>(*dst, x, y), want = At<KPixel>(*src, x, y);
                 for (int c = 0; c < 4; ++c)
                     EXPECT_LE(std::abs(int32_t(got[c]) - int32_t(y == 1 ? want[c] : 0)), y == 1 ? 1 : 0);
             }

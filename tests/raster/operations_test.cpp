@@ -1,32 +1,11 @@
 // Whole-image operations in both depths: integer results are checked bit for
 // bit against hand-computed values of the scale rule.
 #include <gtest/gtest.h>
-#include <cstdlib>
-#include "host/image.h"
-#include "raster/image.h"
 #include "support.h"
 
-using zvtest::Channels;
-using zvtest::Differ;
-using zvtest::Pattern;
-using Img = std::unique_ptr<KImage>;
+using namespace zvtest;
 
 namespace {
-
-template <class P> Img Solid(int32_t w, int32_t h, const P& p)
-{
-    Img img(KImage::Create(w, h, std::is_same_v<P, KPixelF>));
-    for (int32_t y = 0; y < h; ++y)
-        for (int32_t x = 0; x < w; ++x) img->SetPixel(x, y, p);
-    return img;
-}
-
-template <class P> P At(const KImage& img, int32_t x, int32_t y)
-{
-    P p;
-    img.GetPixel(x, y, p, kEdgeBlack);
-    return p;
-}
 
 // Every pixel exactly `want`; an integer image is read as integers.
 template <class P> void ExpectEvery(const KImage& img, const P& want)
@@ -68,7 +47,7 @@ TEST(RasterMergeOver, OpaqueCoversZeroLeavesAloneAndHalfTransparentAdds)
     ExpectEvery(*f2, KPixelF{2.0f, -0.5f, 0.0f, 0.0f});
 }
 
-TEST(RasterFade, OneOrMoreLeavesTheImageBitForBit)
+TEST(RasterFade, IntegerScaleRuleWithTheWeightInDoublePrecisionAndOneOrMoreLeavesAlone)
 {
     for (bool isFloat : {false, true}) {
         Img img(Pattern(7, 5, isFloat)), before(img->Clone());
@@ -77,10 +56,6 @@ TEST(RasterFade, OneOrMoreLeavesTheImageBitForBit)
             EXPECT_EQ(Differ(*img, *before), "") << amount;
         }
     }
-}
-
-TEST(RasterFade, IntegerScaleRuleWithTheWeightInDoublePrecision)
-{
     // a = (int)(0.5 * 65535.5) = 32767.
     const KPixel in[4] = {{0, 1, 2, 3}, {1000, 40001, 65535, 65534}, {65535, 0, 0, 0}, {2, 2, 2, 2}};
     const KPixel want[4] = {{0, 0, 1, 1}, {500, 20000, 32767, 32767}, {32767, 0, 0, 0}, {1, 1, 1, 1}};
@@ -175,7 +150,7 @@ TEST(RasterFindChannelBounds, CornersGrowByTheFractionAboveLow)
     for (float v : {mn[1], mx[1]}) EXPECT_FLOAT_EQ(v, 2.5f);
 }
 
-TEST(RasterFindChannelBounds, WindowIsOpenBelowAndClosedAbove)
+TEST(RasterFindChannelBounds, WindowIsOpenBelowAndClosedAboveAndOtherChannelsAreLuminance)
 {
     Img img(KImage::Create(2, 2, false));
     img->SetPixel(1, 1, KPixel{32768, 0, 0, 0});
@@ -187,29 +162,20 @@ TEST(RasterFindChannelBounds, WindowIsOpenBelowAndClosedAbove)
     EXPECT_FALSE(img->FindChannelBounds(0, 0.6f, 0.9f, mn, mx));
     EXPECT_FALSE(img->FindChannelBounds(1, 0.0f, 1.0f, mn, mx));  // green is all 0
     EXPECT_FALSE(img->FindChannelBounds(0, 1.0f, 0.0f, mn, mx));  // low above high
-}
-
-TEST(RasterFindChannelBounds, LuminanceForOtherChannels)
-{
     for (bool isFloat : {false, true}) {
-        Img img(KImage::Create(3, 3, isFloat));
-        KPixelF grey;
-        KToFloat(KPixel{40000, 40000, 40000, 0}, grey);
-        img->SetPixel(1, 2, grey);
-        img->SetPixel(0, 0, KPixel{0, 0, 0, 65535});  // alpha does not count
+        Img grey(KImage::Create(3, 3, isFloat));
+        grey->SetPixel(1, 2, KPixel{40000, 40000, 40000, 0});
+        grey->SetPixel(0, 0, KPixel{0, 0, 0, 65535});  // alpha does not count
         const float t = 40000.0f / 65535.0f;
         for (int32_t channel : {4, -1}) {
-            float mn[2], mx[2];
-            ASSERT_TRUE(img->FindChannelBounds(channel, 0.0f, 1.0f, mn, mx));
-            EXPECT_NEAR(mn[0], 2.0f - t, 1e-4);
-            EXPECT_NEAR(mn[1], 3.0f - t, 1e-4);
-            EXPECT_NEAR(mx[0], 1.0f + t, 1e-4);
-            EXPECT_NEAR(mx[1], 2.0f + t, 1e-4);
+            ASSERT_TRUE(grey->FindChannelBounds(channel, 0.0f, 1.0f, mn, mx));
+            for (auto [got, want] : {std::pair{mn[0], 2.0f - t}, {mn[1], 3.0f - t}, {mx[0], 1.0f + t}, {mx[1], 2.0f + t}})
+                EXPECT_NEAR(got, want, 1e-4) << channel << " float " << isFloat;
         }
     }
 }
 
-TEST(RasterClear, ZeroesColourAndAuxiliaryChannels)
+TEST(RasterClearAndCopyOffset, ZeroesColourAndAuxiliaryChannelsAndShiftsAcrossDepths)
 {
     for (bool isFloat : {false, true}) {
         Img src(Pattern(4, 3, isFloat)), img(src->CreateVectorLike());
@@ -219,10 +185,7 @@ TEST(RasterClear, ZeroesColourAndAuxiliaryChannels)
         EXPECT_EQ(Differ(*img, *Img(KImage::Create(4, 3, isFloat))), "");
         for (int i = 0; i < 12; ++i) ASSERT_EQ(img->AuxPlane(22)[i], 0.0f);
     }
-}
-
-TEST(RasterCopyOffset, ShiftsZeroesTheUncoveredOntoItselfAndAcrossDepths)
-{
+    // CopyOffset shifts, zeroes the uncovered, onto itself and across depths.
     for (bool isFloat : {false, true}) {
         Img src(Pattern(4, 3, isFloat)), dst(Pattern(4, 3, isFloat));  // the old content must not survive
         dst->CopyOffset(*src, 1, -1);
@@ -242,7 +205,7 @@ TEST(RasterCopyOffset, ShiftsZeroesTheUncoveredOntoItselfAndAcrossDepths)
         }
 }
 
-TEST(RasterFillKeepAlpha, ColourTimesOwnAlpha)
+TEST(RasterFillAndMask, FillKeepsAlphaAndMasksTakeTheMaskAlphaOrItsInverse)
 {
     Img img(KImage::Create(3, 1, false));
     for (uint32_t x : {0u, 1u, 2u}) img->SetPixel(x, 0, KPixel{1, 2, 3, x == 0 ? 32768u : x == 1 ? 65535u : 0u});
@@ -256,11 +219,8 @@ TEST(RasterFillKeepAlpha, ColourTimesOwnAlpha)
     f->FillKeepAlpha(KPixelF{1.0f, 0.5f, 2.0f, 0.0f});
     EXPECT_EQ(Channels(At<KPixelF>(*f, 0, 0)), Channels(KPixelF{0.5f, 0.25f, 1.0f, 0.5f}));
     EXPECT_EQ(Channels(At<KPixelF>(*f, 1, 0)), Channels(KPixelF{2.0f, 1.0f, 4.0f, 2.0f}));
-}
-
-TEST(RasterMaskByAlpha, EveryChannelTimesTheMaskAlphaOrItsInverse)
-{
-    Img img = Solid(3, 2, KPixel{40000, 20000, 65535, 65535}), inverse(img->Clone());
+    img = Solid(3, 2, KPixel{40000, 20000, 65535, 65535});
+    Img inverse(img->Clone());
     Img mask(KImage::Create(2, 1, false));  // smaller: outside it the mask is 0
     mask->SetPixel(0, 0, KPixel{0, 0, 0, 32768});
     mask->SetPixel(1, 0, KPixel{65535, 65535, 65535, 65535});
@@ -278,7 +238,7 @@ TEST(RasterMaskByAlpha, EveryChannelTimesTheMaskAlphaOrItsInverse)
         EXPECT_EQ(Channels(At<KPixel>(*img, r.x, r.y)), Channels(r.masked)) << r.x << "," << r.y;
         EXPECT_EQ(Channels(At<KPixel>(*inverse, r.x, r.y)), Channels(r.inverted)) << r.x << "," << r.y;
     }
-    Img f = Solid(2, 1, KPixelF{1.0f, 0.5f, 2.0f, 1.0f});
+    f = Solid(2, 1, KPixelF{1.0f, 0.5f, 2.0f, 1.0f});
     f->MaskByAlpha(*Solid(2, 1, KPixelF{0, 0, 0, 0.25f}));
     ExpectEvery(*f, KPixelF{0.25f, 0.125f, 0.5f, 0.25f});
 }

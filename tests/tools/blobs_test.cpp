@@ -1,15 +1,15 @@
 // Blobs: a source of blobs whose distances multiply (type 1) or whose fields
 // add up (type 2), radii from the general value, their own or a seeded draw,
-// levels and gamma, and the tool through a flow and on threads.
+// levels and gamma, and the groups the count shows.
 #include "framework/numeric.h"
-#include "position_support.h"
+#include "support.h"
 
-using namespace zvposition;
+using namespace zvtest;
 
 namespace {
 
 // 16 x 16 pixels, pixel x at x / 16, general blobiness 0.125.
-struct Blobs : Tool {
+struct Blobs : Tool<KEffectPosition> {
     Blobs() : Tool("ZV_Blobs") { SetFloat("General Blobiness", 0.125f); }
     void Blob(int32_t i, KPoint2 at, int32_t source, float radius, float blobiness = 1.0f)
     {
@@ -18,51 +18,24 @@ struct Blobs : Tool {
         Field<float>("BlR0"_id + i) = radius;
         Field<float>("BlB0"_id + i) = blobiness;
     }
-    void Count(int32_t n) { SetInt("Count", n); }
-    float Red(int32_t x)
-    {
-        std::unique_ptr<KImage> img(Make(16, 16, true));
-        return At<KPixelF>(*img, x, 0).r;
-    }
-    KPixel Int(int32_t x)
-    {
-        std::unique_ptr<KImage> img(Make(16, 16, false));
-        return At<KPixel>(*img, x, 0);
-    }
+    float Red(int32_t x) { return zvtest::At<KPixelF>(*Make(16, 16, true), x, 0).r; }
 };
 
-TEST(BlobsDeclarations, GroupsAfterCountShownByCount)
-{
-    zvtest::ExpectInputs("ZV_Blobs", {{"Image", "absent"},
-                                      {"RandomSeed", "default 0; soft 0..32768"},
-                                      {"LevelsHigh", "default 1; member 1"},
-                                      {"GeneralBlobiness", "default 0.002; soft 0..0.01"},
-                                      {"Count", "page Blobs; default 3"},
-                                      {"RadiusSource64", "items General|Individual|Random; default 0"},
-                                      {"Blobiness64", "default 1; soft 0..2"}});
-    EXPECT_EQ(Blobs().effect->inputList.Find("BlP0"_id + 63)->name, "Position 64");
-    ToolFlow f("ZV_Blobs");
-    zvtest::ExpectShown(f, {"Position1", "Radius2", "Radius3", "Position4", "Blobiness5", "RadiusSource6"},
-                        {{nullptr, 0, "111000"}, {"Count", 5, "111110"}, {"Count", 1, "100000"}});
-}
-
-TEST(BlobsType1, DistancesBeyondTheRadiiMultiply)
+TEST(Blobs, Type1DistancesBeyondTheRadiiMultiply)
 {
     Blobs t;
-    t.Count(1);
+    t.SetInt("Count", 1);
     t.Blob(0, {0, 0}, 1, 0.0f);  // radius 0: e is the distance
-    EXPECT_EQ(t.Red(0), 1.0f);
-    EXPECT_EQ(t.Red(1), 0.5f);  // 1 - 0.0625 / 0.125
+    EXPECT_EQ(t.Red(1), 0.5f);   // 1 - 0.0625 / 0.125
     EXPECT_EQ(t.Red(2), 0.0f);
-    EXPECT_EQ(t.Int(1).a, 32768u);
     t.SetColor("Color", {1.0f, 0.5f, 0.0f, 1.0f});
-    EXPECT_EQ(t.Int(1).g, 16384u);  // 32767 scaled by 32768, rounded
-    t.Count(2);
+    EXPECT_EQ(Channels(At<KPixel>(*t.Make(16, 16, false), 1, 0)), Channels(KPixel{32768, 16384, 0, 32768}));  // rounded
+    t.SetInt("Count", 2);
     t.Blob(1, {0.5f, 0}, 1, 0.0f);
     EXPECT_EQ(t.Red(4), 0.5f);  // 0.25 x 0.25
     t.Blob(1, {0.5f, 0}, 1, 0.2f);
     EXPECT_EQ(t.Red(7), 1.0f);  // inside the second blob
-    t.Count(1);
+    t.SetInt("Count", 1);
     t.Blob(0, {0, 0}, 1, 0.0f, 2.0f);
     EXPECT_EQ(t.Red(4), 0.5f);  // 0.25 squared
     t.SetFloat("Gamma", 2.0f);
@@ -71,15 +44,12 @@ TEST(BlobsType1, DistancesBeyondTheRadiiMultiply)
     t.SetFloat("Gamma", 1.0f);
     t.Field<KRange2>("LevL"_id) = {0.25f, 0.75f};
     EXPECT_EQ(t.Red(4), 0.5f);
-    EXPECT_EQ(t.Red(0), 1.0f);
 }
 
-TEST(BlobsType1, RadiusSourcesAndTheSeed)
+TEST(Blobs, RadiusSourcesTheSeedAndType2Fields)
 {
     Blobs t;
-    t.Count(2);
-    t.SetFloat("General Radius", 0.125f);
-    t.SetFloat("General Blobiness", 0.5f);
+    t.Apply({{"Count", 2}, {"General Radius", 0.125}, {"General Blobiness", 0.5}});
     t.Blob(0, {0, 0}, 0, 0.5f);     // general: 0.125, not its own 0.5
     t.Blob(1, {0.5f, 0}, 2, 0.0f);  // random: the second draw
     EXPECT_EQ(t.Red(2), 1.0f);
@@ -94,31 +64,17 @@ TEST(BlobsType1, RadiusSourcesAndTheSeed)
     EXPECT_FLOAT_EQ(t.Red(15), 1.0f - 0.8125f * (0.4375f - radius) / 0.5f);
     t.SetFloat("General Blobiness", 0.0f);  // no blobiness: only the insides remain
     EXPECT_EQ(t.Red(15), 0.0f);
-    EXPECT_EQ(t.Red(1), 1.0f);
-}
-
-TEST(BlobsType2, FieldsAddUpToTheirSurface)
-{
-    Blobs t;
-    t.SetInt("Type", 1);
-    t.SetFloat("General Blobiness", 0.004f);
-    t.Count(1);
-    t.Blob(0, {0, 0}, 1, 0.125f);
-    EXPECT_EQ(t.Red(2), 1.0f);                  // on the radius: a field of 1
-    EXPECT_NEAR(t.Red(3), 4.0f / 9.0f, 1e-6f);  // field (2/3)^2, fading over 0.004
-    t.Count(2);
-    t.Blob(1, {0.375f, 0}, 1, 0.125f);
-    EXPECT_NEAR(t.Red(3), 8.0f / 9.0f, 1e-6f);  // midway two fields of 4/9 add
-}
-
-TEST(BlobsSource, ThreadsAgree)
-{
-    Blobs t;
-    t.Count(9);
-    t.SetInt("Random Seed", 3);
-    t.SetFloat("General Blobiness", 0.002f);
-    for (int32_t i = 0; i < 9; ++i) t.Field<int32_t>("BlS0"_id + i) = i % 3;
-    ExpectThreadsAgree([&](bool isFloat, bool threaded) { return t.Make(47, 29, isFloat, threaded, 2); });
+    // Type 2: on the radius a field of 1, beyond it (2/3)^2 fading over 0.004; fields add.
+    Blobs f;
+    f.Apply({{"Type", 1}, {"General Blobiness", 0.004}, {"Count", 1}});
+    f.Blob(0, {0, 0}, 1, 0.125f);
+    EXPECT_EQ(f.Red(2), 1.0f);
+    EXPECT_NEAR(f.Red(3), 4.0f / 9.0f, 1e-6f);
+    f.SetInt("Count", 2);
+    f.Blob(1, {0.375f, 0}, 1, 0.125f);
+    EXPECT_NEAR(f.Red(3), 8.0f / 9.0f, 1e-6f);
+    ExpectShown("ZV_Blobs", {"Position1", "Radius2", "Radius3", "Position4", "Blobiness5", "RadiusSource6"},
+                {{nullptr, 0, "111000"}, {"Count", 5, "111110"}, {"Count", 1, "100000"}});
 }
 
 }  // namespace

@@ -1,19 +1,19 @@
 // Contour: lines where a channel crosses its threshold and the levels around
-// it, the locks, and the tool through a flow and on threads.
+// it, and the locks with the rows they show.
 #include <vector>
-#include "position_support.h"
+#include "support.h"
 
-using namespace zvposition;
+using namespace zvtest;
 
 namespace {
 
 using Positions = std::vector<int32_t>;
 
 // A ramp from 0 to 1 along x, or down y, in red and green; blue 0, alpha full.
-KImage* Ramp(int32_t n, bool isFloat, bool down = false)
+Img Ramp(int32_t n, bool isFloat, bool down = false)
 {
     const int32_t w = down ? 16 : n, h = down ? n : 3;
-    KImage* img = KImage::Create(w, h, isFloat);
+    Img img(KImage::Create(w, h, isFloat));
     for (int32_t y = 0; y < h; ++y)
         for (int32_t x = 0; x < w; ++x) {
             const int32_t i = down ? y : x;
@@ -24,17 +24,17 @@ KImage* Ramp(int32_t n, bool isFloat, bool down = false)
     return img;
 }
 
-struct Contour : Tool {
+struct Contour : Tool<KEffectPosition> {
     Contour() : Tool("ZV_Contour") {}
     // Samples half a pixel each way on an n pixel wide picture.
     void HalfPixel(int32_t n) { SetFloat("Width", 1.0f / static_cast<float>(n)); }
     // The places along the ramp where channel c is full; all others must be 0.
-    Positions Lines(KImage* img, int32_t c = 0, bool down = false)
+    Positions Lines(const Img& img, int32_t c = 0, bool down = false)
     {
-        std::unique_ptr<KImage> out(Run(img));
+        Img out = Run(img.get());
         Positions at;
         for (int32_t i = 0; i < (down ? img->height : img->width); ++i) {
-            const float v = At<KPixelF>(*out, down ? 1 : i, down ? i : 1)[c];
+            const float v = zvtest::At<KPixelF>(*out, down ? 1 : i, down ? i : 1)[c];
             if (v == 1.0f) at.push_back(i);
             else EXPECT_EQ(v, 0.0f);
         }
@@ -42,74 +42,47 @@ struct Contour : Tool {
     }
 };
 
-TEST(ContourDeclarations, ControlsAndLocks)
-{
-    zvtest::ExpectInputs("ZV_Contour", {{"Width", "default 0.01; soft 0..0.1"},
-                                        {"ThresholdAlpha", "control Screw; default 0.5; soft 0..1"},
-                                        {"LevelsBlue", "default 5; soft 0..20"},
-                                        {"KSup", "present"}});
-    ToolFlow f("ZV_Contour");
-    zvtest::ExpectShown(f, {"WidthVertical", "Threshold", "ThresholdGreen", "ThresholdBlue", "ThresholdAlpha",
-                            "LevelsGreen", "LevelsBlue", "LevelsAlpha"},
-                        {{"Lockhorizontalandverticalwidth", 1, "01111111"},
-                         {"Lockthresholdforallchannels", 1, "01000111"},
-                         {"Locklevelsforallchannels", 1, "01000000"},
-                         {"Lockthresholdforallchannels", 0, "01111000"}});
-}
-
-TEST(ContourLines, ThresholdAndTwoStepsEitherSideAtBothDepths)
+TEST(Contour, ThresholdAndTwoStepsEitherSideAtBothDepthsAndTheWaveFromTheFifthStep)
 {
     Contour t;
     t.HalfPixel(16);
     // 4369 a pixel, threshold 32767, steps of 13107: the threshold and 2 steps off it.
-    std::unique_ptr<KImage> ints(Ramp(16, false));
-    EXPECT_EQ(t.Lines(ints.get()), (Positions{1, 7, 13}));
-    EXPECT_EQ(t.Lines(ints.get(), 2), Positions{});  // flat channels never cross
-    EXPECT_EQ(t.Lines(ints.get(), 3), Positions{});
+    Img ints = Ramp(16, false);
+    EXPECT_EQ(t.Lines(ints), (Positions{1, 7, 13}));
+    EXPECT_EQ(t.Lines(ints, 2), Positions{});  // flat channels never cross
+    EXPECT_EQ(t.Lines(ints, 3), Positions{});
     t.HalfPixel(17);  // 1/16 a pixel, threshold 0.5, steps of 0.2
-    std::unique_ptr<KImage> floats(Ramp(17, true));
-    EXPECT_EQ(t.Lines(floats.get()), (Positions{2, 8, 14}));
-}
-
-TEST(ContourLines, FromTheFifthStepTheWaveKeepsItsFirstOffsets)
-{
-    Contour t;
+    EXPECT_EQ(t.Lines(Ramp(17, true)), (Positions{2, 8, 14}));
+    // From the fifth step on the wave keeps its first offsets.
     t.HalfPixel(201);
     t.SetFloat("Levels", 20.0f);  // steps of 0.05, ten pixels
-    std::unique_ptr<KImage> ramp(Ramp(201, true));
+    Img ramp = Ramp(201, true);
     // Crossings 0, 2, 4, 5, 8 and 9 steps from the threshold.
-    EXPECT_EQ(t.Lines(ramp.get()), (Positions{10, 20, 50, 60, 80, 100, 120, 140, 150, 180, 190}));
+    EXPECT_EQ(t.Lines(ramp), (Positions{10, 20, 50, 60, 80, 100, 120, 140, 150, 180, 190}));
     t.SetFloat("Levels", 0.0f);  // no step: nothing crosses
-    EXPECT_EQ(t.Lines(ramp.get()), Positions{});
+    EXPECT_EQ(t.Lines(ramp), Positions{});
 }
 
-TEST(ContourLines, LocksCopyTheFirstChannelAndWidth)
+TEST(Contour, LocksCopyTheFirstChannelAndWidthAndShowTheirRows)
 {
     Contour t;
     t.HalfPixel(16);
-    t.SetFloat("Threshold", 0.25f);
-    t.SetFloat("Levels", 20.0f);
-    std::unique_ptr<KImage> ramp(Ramp(16, false)), down(Ramp(16, false, true));
-    t.SetBool("Lock threshold for all channels", true);
-    t.SetBool("Lock levels for all channels", true);
-    EXPECT_EQ(t.Lines(ramp.get(), 1), t.Lines(ramp.get(), 0));
-    EXPECT_NE(t.Lines(ramp.get(), 1), (Positions{1, 7, 13}));
-    t.SetBool("Lock threshold for all channels", false);
-    t.SetBool("Lock levels for all channels", false);
-    t.SetFloat("Width Vertical", 0.0f);
-    EXPECT_EQ(t.Lines(down.get(), 1, true), Positions{});
-    t.SetBool("Lock horizontal and vertical width", true);
-    EXPECT_EQ(t.Lines(down.get(), 1, true), (Positions{1, 7, 13}));
-}
+    t.Apply({{"Threshold", 0.25}, {"Levels", 20.0}});
+    Img ramp = Ramp(16, false), down = Ramp(16, false, true);
+    t.Apply({{"Lock threshold for all channels", 1}, {"Lock levels for all channels", 1}});
+    EXPECT_EQ(t.Lines(ramp, 1), t.Lines(ramp, 0));
+    EXPECT_NE(t.Lines(ramp, 1), (Positions{1, 7, 13}));
+    t.Apply({{"Lock threshold for all channels", 0}, {"Lock levels for all channels", 0}, {"Width Vertical", 0}});
+    EXPECT_EQ(t.Lines(down, 1, true), Positions{});
+    t.Apply({{"Lock horizontal and vertical width", 1}});
+    EXPECT_EQ(t.Lines(down, 1, true), (Positions{1, 7, 13}));
 
-TEST(ContourImage, ThreadsAgree)
-{
-    Contour t;
-    t.SetFloat("Levels Green", 13.0f);
-    ExpectThreadsAgree([&](bool isFloat, bool threaded) {
-        std::unique_ptr<KImage> plate(zvtest::Pattern(67, 43, isFloat));
-        return t.Run(plate.get(), threaded);
-    });
+    ExpectShown("ZV_Contour", {"WidthVertical", "Threshold", "ThresholdGreen", "ThresholdBlue", "ThresholdAlpha",
+                               "LevelsGreen", "LevelsBlue", "LevelsAlpha"},
+                {{"Lockhorizontalandverticalwidth", 1, "01111111"},
+                 {"Lockthresholdforallchannels", 1, "01000111"},
+                 {"Locklevelsforallchannels", 1, "01000000"},
+                 {"Lockthresholdforallchannels", 0, "01111000"}});
 }
 
 }  // namespace

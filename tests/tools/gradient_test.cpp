@@ -1,14 +1,14 @@
 // Gradient: linear, radial and light positions, merged, added or subtracted,
-// with the controls each type shows, through a flow and on threads.
+// the controls each type shows, and auxiliary channels kept.
 #include <cmath>
-#include "position_support.h"
+#include "support.h"
 
-using namespace zvposition;
+using namespace zvtest;
 
 namespace {
 
 // Over an 8 x 1 plate of one colour: pixel x sits at x / 8.
-struct Gradient : Tool {
+struct Gradient : Tool<KEffectPosition> {
     Gradient() : Tool("ZV_Gradient") {}
     void Set(int32_t type, KPoint2 start, KPoint2 end, float startT, float endT)
     {
@@ -18,36 +18,15 @@ struct Gradient : Tool {
         SetFloat("Start Transparency", startT);
         SetFloat("End Transparency", endT);
     }
-    template <class P> P At(int32_t x, const P& background)
+    using Tool::Set;
+    float Red(int32_t x, float background = 0.25f)
     {
-        std::unique_ptr<KImage> plate(KImage::Create(8, 1, std::is_same_v<P, KPixelF>));
-        for (int32_t i = 0; i < 8; ++i) plate->SetPixel(i, 0, background);
-        std::unique_ptr<KImage> out(Run(plate.get()));
-        return zvposition::At<P>(*out, x, 0);
+        return zvtest::At<KPixelF>(*Run(Solid(8, 1, KPixelF{background, 0, 0, 1}).get()), x, 0).r;
     }
-    float Red(int32_t x, float background = 0.25f) { return At(x, KPixelF{background, 0, 0, 1}).r; }
-    uint32_t RedInt(int32_t x) { return At(x, KPixel{16384, 0, 0, 65535}).r; }
+    uint32_t RedInt(int32_t x) { return zvtest::At<KPixel>(*Run(Solid(8, 1, KPixel{16384, 0, 0, 65535}).get()), x, 0).r; }
 };
 
-TEST(GradientDeclarations, ControlsAndTheirVisibility)
-{
-    const char* full = "Negativesignedfull";
-    zvtest::ExpectInputs("ZV_Gradient",
-                         {{full, "name Negative                   signed                   full; "
-                                 "default 1; visible no"},
-                          {"Type", "items Linear|Radial|Light; default 0"},
-                          {"Lightconeangle", "default 30; soft 0..180"},
-                          {"Lightfadewithangle", "visible no"},
-                          {"EndColorRed", "page Colors; default 0"},
-                          {"EndColorAlpha", "default 1"},
-                          {"KSuS", "absent"}});
-    // The light controls belong to "Light", the signed slider to Add and Subtract.
-    ToolFlow f("ZV_Gradient");
-    zvtest::ExpectShown(f, {"LightZdistance", "Lightfadewithangle", full},
-                        {{"Type", 2, "110"}, {"Combine", 1, "111"}, {"Type", 1, "001"}, {"Combine", 0, "000"}});
-}
-
-TEST(GradientLinear, RampMergeMidpointAndOffset)
+TEST(Gradient, LinearRampMidpointOffsetSidesAndAZeroLength)
 {
     Gradient t;
     t.Set(0, {0, 0}, {1, 0}, 0.0f, 0.0f);
@@ -55,20 +34,15 @@ TEST(GradientLinear, RampMergeMidpointAndOffset)
     t.Set(0, {0, 0}, {1, 0}, 1.0f, 1.0f);
     EXPECT_EQ(t.Red(2), 0.75f);
     EXPECT_EQ(t.RedInt(2), 49151u);  // 0.75 x 65535, rounded
-    t.SetFloat("Midpoint", 1.0f);
-    EXPECT_EQ(t.Red(2), 0.5625f);  // k x k
-    t.SetFloat("Midpoint", 0.0f);
-    EXPECT_EQ(t.Red(2), 0.9375f);  // k x (2 - k)
-    t.SetFloat("Midpoint", 0.5f);
-    t.SetFloat("Start offset", 0.5f);
-    EXPECT_EQ(t.Red(2), 1.0f);  // 1.5, limited to 1
-    EXPECT_EQ(t.Red(6), 0.5f);
-}
-
-TEST(GradientLinear, SidesRelativeEndAndAZeroLength)
-{
-    Gradient t;
+    const std::pair<const char*, float> rows[] = {{"Midpoint", 1.0f}, {"Midpoint", 0.0f}, {"Start offset", 0.5f}};
+    const float want[] = {0.5625f, 0.9375f, 1.0f};  // k x k, k x (2 - k), 1.5 limited to 1
+    for (int i = 0; i < 3; ++i) {
+        t.SetFloat("Midpoint", 0.5f);
+        t.SetFloat(rows[i].first, rows[i].second);
+        EXPECT_EQ(t.Red(2), want[i]) << rows[i].first;
+    }
     t.Set(0, {0.25f, 0}, {0.5f, 0}, 1.0f, 0.0f);
+    t.SetFloat("Start offset", 0.0f);
     EXPECT_EQ(t.Red(0), 1.0f);   // before the start: start colour and transparency
     EXPECT_EQ(t.Red(6), 0.25f);  // past the end: end transparency 0 keeps the image
     t.SetBool("End relative to start position", true);  // the end lands at 0.75
@@ -83,13 +57,12 @@ TEST(GradientLinear, SidesRelativeEndAndAZeroLength)
     EXPECT_EQ(t.RedInt(3), 65535u);
 }
 
-TEST(GradientRadialAndLight, PositionsByDistanceAndAngle)
+TEST(Gradient, RadialAndLightPositionsByDistanceAndAngle)
 {
     Gradient t;
     t.Set(1, {0.5f, 0}, {1, 0}, 1.0f, 1.0f);
     EXPECT_EQ(t.Red(6), 0.5f);  // distance 0.25 of 0.5
     EXPECT_EQ(t.Red(4), 1.0f);
-    EXPECT_EQ(t.Red(0), 0.0f);
     t.Set(2, {0, 0}, {0.5f, 0}, 1.0f, 1.0f);  // the light half a width above pixel 4
     t.SetFloat("Light cone angle", 90.0f);
     EXPECT_NEAR(t.Red(0), 1.0f, 1e-6f);  // on the cone's axis
@@ -101,9 +74,12 @@ TEST(GradientRadialAndLight, PositionsByDistanceAndAngle)
     EXPECT_NEAR(t.Red(0), std::sqrt(0.5f), 1e-6f);
     t.SetFloat("Light cone angle", 30.0f);
     EXPECT_EQ(t.Red(4), 0.0f);  // outside the cone: the end colour
+    // The light controls belong to "Light", the signed slider to Add and Subtract.
+    ExpectShown("ZV_Gradient", {"LightZdistance", "Lightfadewithangle", "Negativesignedfull"},
+                {{"Type", 2, "110"}, {"Combine", 1, "111"}, {"Type", 1, "001"}, {"Combine", 0, "000"}});
 }
 
-TEST(GradientCombine, AddAndSubtractWithTheSignedScale)
+TEST(Gradient, AddAndSubtractWithTheSignedScaleKeepingAuxiliaryChannels)
 {
     Gradient t;
     t.Set(0, {0, 0}, {1, 0}, 0.0f, 0.0f);  // colour 0.75 at pixel 2
@@ -121,24 +97,9 @@ TEST(GradientCombine, AddAndSubtractWithTheSignedScale)
     EXPECT_EQ(t.RedInt(2), 0u);
     t.Set(0, {0, 0}, {1, 0}, 0.5f, 0.5f);
     EXPECT_EQ(t.Red(2, 1.0f), 0.625f);
-}
-
-TEST(GradientImage, AuxiliaryChannelsStayAndThreadsAgree)
-{
-    Gradient t;
-    t.Set(2, {0.1f, 0.2f}, {0.6f, 0.3f}, 1.0f, 0.2f);
-    ExpectThreadsAgree([&](bool isFloat, bool threaded) {
-        host::ImageSpec spec;
-        spec.width = 61;
-        spec.height = 37;
-        spec.depth = isFloat ? host::DepthFloat32 : host::DepthInt16;
-        spec.aux = {host::ChanZ};
-        std::unique_ptr<KImage> in(KImage::Wrap(host::Image::New(spec), true));
-        in->AuxPlane(host::ChanZ)[61 * 20 + 7] = 3.5f;
-        KImage* result = t.Run(in.get(), threaded);
-        EXPECT_EQ(result->AuxPlane(host::ChanZ)[61 * 20 + 7], 3.5f);
-        return result;
-    });
+    Img in(KImage::Wrap(Blank(7, 3, true, {host::ChanZ}).release(), true));
+    in->AuxPlane(host::ChanZ)[19] = 3.5f;
+    EXPECT_EQ(t.Run(in.get())->AuxPlane(host::ChanZ)[19], 3.5f);
 }
 
 }  // namespace

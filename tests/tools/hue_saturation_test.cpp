@@ -1,129 +1,53 @@
-#include <cstring>
-#include <memory>
-#include "colour_support.h"
+// Hue/Saturation: neutral settings copy, greys stay grey, hue turns, colorize,
+// saturation and lightness, and lanes against one pixel at a time.
+#include "support.h"
 
-using namespace zvcolour;
+using namespace zvtest;
 
 namespace {
 
-struct HueTool : Tool {
-    HueTool() : Tool("ZV_HueSaturation") {}
-    float& Hue() { return Field<float>("sHue"_id); }
-};
-
-TEST(HueSaturationDeclarations, LimitsAndFlags)
+TEST(HueSaturation, NeutralCopiesGreysStayGreyHueTurnsColorizeAndLightness)
 {
-    HueTool t;
-    EXPECT_EQ(t.In("Hue").page, "Hue/Saturation");
-    EXPECT_EQ(*t.In("Hue").attrs.hardMin, -1.0);
-    EXPECT_EQ(*t.In("Hue").attrs.hardMax, 1.0);
-    EXPECT_EQ(*t.In("SaturationMultiply").attrs.defaultNumber, 1.0);
-    EXPECT_EQ(*t.In("SaturationMultiply").attrs.softMin, 0.0);  // only the top is hard
-    EXPECT_EQ(*t.In("SaturationMultiply").attrs.hardMax, 2.0);
-    EXPECT_FALSE(t.In("SaturationMultiply").attrs.hardMin.has_value());
-    EXPECT_EQ(*t.In("LightnessAdd").attrs.hardMin, -1.0);
-    EXPECT_EQ(t.In("Colorize").attrs.control, host::Control::Checkbox);
-    EXPECT_EQ(t.effect->inputList.Find("sLiM"_id)->flags, 2048u);
-    EXPECT_EQ(t.effect->inputList.Find("sSat"_id)->flags, 3072u);
-}
-
-TEST(HueSaturationNeutral, CopiesBitForBit)
-{
-    HueTool t;
+    Tool<KEffectColor> t("ZV_HueSaturation");
     for (bool isFloat : {false, true}) {
-        std::unique_ptr<KImage> in(zvtest::Pattern(37, 5, isFloat));
+        Img in = Pattern(37, 5, isFloat);
         if (isFloat) in->SetPixel(3, 2, KPixelF{-0.5f, 1.75f, 0.3f, 2.0f});
-        std::unique_ptr<KImage> out(
-            zvtest::RunEffect(*t.effect, in.get(), zvtest::Settings(isFloat), true));
-        EXPECT_EQ(zvtest::Differ(*in, *out), "") << isFloat;
+        EXPECT_EQ(Differ(*in, *t.Run(in.get())), "") << isFloat;
     }
-}
-
-TEST(HueSaturationGrey, StaysGreyUnderAnyHue)
-{
-    HueTool t;
-    t.Field<float>("sSaM"_id) = 1.7f;
-    for (float hue : {-0.9f, 0.25f, 0.5f, 1.0f}) {
-        t.Hue() = hue;
-        const KPixelF f = t.Run(KPixelF{0.4f, 0.4f, 0.4f, 1.0f});
-        EXPECT_EQ(f.r, 0.4f) << hue;
-        EXPECT_EQ(f.g, 0.4f);
-        EXPECT_EQ(f.b, 0.4f);
-        EXPECT_EQ(f.a, 1.0f);
+    for (double hue : {-0.9, 0.25, 0.5, 1.0}) {
+        t.Apply({{"Saturation Multiply", 1.7}, {"Hue", hue}});
+        EXPECT_EQ(Channels(t.Run(KPixelF{0.4f, 0.4f, 0.4f, 1.0f})), Channels(KPixelF{0.4f, 0.4f, 0.4f, 1.0f})) << hue;
     }
     // Integers go back through double, which takes 30000 to 29999 and 257 to 256.
-    t.Hue() = 0.5f;
-    const std::vector<KPixel> out = t.Run(std::vector<KPixel>{{30000, 30000, 30000, 65535},
-                                                              {257, 257, 257, 0}});
-    EXPECT_EQ(out[0].r, 29999u);
-    EXPECT_EQ(out[0].g, 29999u);
-    EXPECT_EQ(out[0].b, 29999u);
-    EXPECT_EQ(out[0].a, 65535u);
+    const std::vector<KPixel> out = t.Run(std::vector<KPixel>{{30000, 30000, 30000, 65535}, {257, 257, 257, 0}});
+    EXPECT_EQ(Channels(out[0]), Channels(KPixel{29999, 29999, 29999, 65535}));
     EXPECT_EQ(out[1].b, 256u);
+    t.Apply({{"Saturation Multiply", 1}, {"Hue", 1.0 / 3.0}});  // red to green
+    ExpectNear(t.Run(KPixelF{1.0f, 0.0f, 0.0f, 1.0f}), {0.0f, 1.0f, 0.0f, 1.0f}, 1e-6f);
+    EXPECT_EQ(Channels(t.Run(KPixel{65535, 0, 0, 65535})), Channels(KPixel{0, 65535, 0, 65535}));
+    t.Apply({{"Hue", 0.5}, {"Colorize", 1}});  // the hue alone: green goes to cyan as red does
+    ExpectNear(t.Run(KPixelF{0.0f, 0.5f, 0.0f, 1.0f}), {0.0f, 0.5f, 0.5f, 1.0f}, 1e-6f);
+    // Saturation to zero leaves lightness; the lightness add reaches alpha, clipped in integers.
+    t.Apply({{"Colorize", 0}, {"Saturation Multiply", 0}, {"Lightness Add", 0.25}});
+    EXPECT_EQ(Channels(t.Run(KPixelF{1.0f, 0.0f, 0.0f, 0.5f})), Channels(KPixelF{0.75f, 0.75f, 0.75f, 0.75f}));
+    EXPECT_EQ(t.Run(KPixel{65535, 0, 0, 65535}).a, 65535u);
 }
 
-TEST(HueSaturationColour, HueTurnColorizeAndAlpha)
+TEST(HueSaturation, LanesEqualOneAtATime)
 {
-    HueTool t;
-    t.Hue() = 1.0f / 3.0f;  // red to green
-    KPixelF f = t.Run(KPixelF{1.0f, 0.0f, 0.0f, 1.0f});
-    EXPECT_NEAR(f.r, 0.0f, 1e-6f);
-    EXPECT_EQ(f.g, 1.0f);
-    EXPECT_NEAR(f.b, 0.0f, 1e-6f);
-    KPixel i = t.Run(KPixel{65535, 0, 0, 65535});
-    EXPECT_EQ(i.r, 0u);
-    EXPECT_EQ(i.g, 65535u);
-    EXPECT_EQ(i.b, 0u);
-    // Colorize takes the hue alone: green goes to cyan as red does.
-    t.Hue() = 0.5f;
-    t.Field<bool>("cCol"_id) = true;
-    f = t.Run(KPixelF{0.0f, 0.5f, 0.0f, 1.0f});
-    EXPECT_NEAR(f.r, 0.0f, 1e-6f);
-    EXPECT_NEAR(f.g, 0.5f, 1e-6f);
-    EXPECT_NEAR(f.b, 0.5f, 1e-6f);
-    // Saturation to zero leaves lightness; the lightness add reaches alpha.
-    t.Field<bool>("cCol"_id) = false;
-    t.Field<float>("sSaM"_id) = 0.0f;
-    t.Field<float>("sLig"_id) = 0.25f;
-    f = t.Run(KPixelF{1.0f, 0.0f, 0.0f, 0.5f});
-    EXPECT_EQ(f.r, 0.75f);
-    EXPECT_EQ(f.b, 0.75f);
-    EXPECT_EQ(f.a, 0.75f);
-    i = t.Run(KPixel{65535, 0, 0, 65535});
-    EXPECT_EQ(i.a, 65535u);  // clipped
-}
-
-// Rows run four, eight or thirty-two pixels at a time; each must come out as the same pixel alone.
-TEST(HueSaturationLanes, RowsEqualOneAtATime)
-{
-    struct Setting {
-        float hue, satMul, satAdd, lightMul, lightAdd;
-        bool colorize;
-    };
-    const Setting settings[] = {{0.3f, 1.0f, 0.0f, 1.0f, 0.0f, false},
-                                {-0.8f, 1.6f, -0.2f, 0.7f, 0.1f, false},
-                                {0.5f, 0.0f, 0.3f, 1.9f, -0.4f, true},
-                                {1.0f / 3.0f, 2.0f, 1.0f, 0.0f, 0.9f, false}};
-    HueTool t;
-    for (const Setting& c : settings) {
-        t.Hue() = c.hue;
-        t.Field<float>("sSaM"_id) = c.satMul;
-        t.Field<float>("sSat"_id) = c.satAdd;
-        t.Field<float>("sLiM"_id) = c.lightMul;
-        t.Field<float>("sLig"_id) = c.lightAdd;
-        t.Field<bool>("cCol"_id) = c.colorize;
-        SCOPED_TRACE(c.hue);
+    const std::vector<Setting> settings[] = {
+        {{"Hue", 0.3}},
+        {{"Hue", -0.8}, {"Saturation Multiply", 1.6}, {"Saturation Add", -0.2}, {"Lightness Multiply", 0.7}, {"Lightness Add", 0.1}},
+        {{"Hue", 0.5}, {"Saturation Multiply", 0}, {"Saturation Add", 0.3}, {"Lightness Multiply", 1.9}, {"Lightness Add", -0.4},
+         {"Colorize", 1}},
+        {{"Hue", 1.0 / 3.0}, {"Saturation Multiply", 2}, {"Saturation Add", 1}, {"Lightness Multiply", 0}, {"Lightness Add", 0.9},
+         {"Colorize", 0}}};
+    Tool<KEffectColor> t("ZV_HueSaturation");
+    for (const auto& s : settings) {
+        t.Apply(s);
+        SCOPED_TRACE(s[0].x);
         ExpectRowsEqualOneAtATime(t);
     }
-}
-
-TEST(HueSaturationFlow, SaturationFromTheHost)
-{
-    Flow f("ZV_HueSaturation", Row<KPixelF>({{0.25f, 0.5f, 0.75f, 1.0f}}));
-    f.Set("SaturationMultiply", 0.0);
-    const KPixelF o = f.Render<KPixelF>()[0];
-    EXPECT_EQ(o.r, 0.5f);
-    EXPECT_EQ(o.b, 0.5f);
 }
 
 }  // namespace

@@ -1,13 +1,13 @@
 // Beat: the envelope over one beat at hand-computed times, its start and end,
-// rounding the end to a full beat, the BPM rate, the combine rules, the
-// declarations and the rate type's visibility rule, and two Beats in a flow.
-#include "value_driver.h"
+// rounding the end to a full beat, the BPM rate and what it shows, and the
+// combine rules.
+#include "support.h"
 
-using namespace zvvalue;
+using namespace zvtest;
 
 namespace {
 
-TEST(NumberBeatEnvelope, SettingsAndTheValuesTheyGive)
+TEST(NumberBeat, SettingsAndTheValuesTheyGive)
 {
     using Settings = std::vector<std::pair<const char*, double>>;
     const char* combine = "Combine value, connect to another Beat or so)";
@@ -15,8 +15,7 @@ TEST(NumberBeatEnvelope, SettingsAndTheValuesTheyGive)
         // Beat length 10; attack, decay, sustain and release 2 each; 1, 0.5 and 0:
         // the attack's end included, decay, sustain from 4, release, rest, the
         // next beat, and nothing past the end time.
-        {{}, {{0, 0}, {1, 0.5f}, {2, 1}, {3, 0.75f}, {4, 0.5f}, {5, 0.5f}, {6, 0.5f}, {7, 0.25f},
-              {8, 0}, {9.5f, 0}, {10, 0}, {11, 0.5f}, {12.5f, 0.875f}, {1003, 0}}},
+        {{}, {{1, 0.5f}, {2, 1}, {3, 0.75f}, {4, 0.5f}, {6, 0.5f}, {7, 0.25f}, {8, 0}, {11, 0.5f}, {12.5f, 0.875f}, {1003, 0}}},
         // No attack starts at the maximum; no decay goes straight to the
         // sustain, yet an attack still ends on the maximum; no release drops to 0.
         {{{"Attack time", 0}}, {{0, 1}, {1, 0.75f}, {10, 1}}},
@@ -24,12 +23,9 @@ TEST(NumberBeatEnvelope, SettingsAndTheValuesTheyGive)
         {{{"Decay time", 0}}, {{2, 1}, {2.5f, 0.5f}}},
         {{{"Attack time", 0}, {"Decay time", 0}, {"Release time", 0}}, {{1, 0.5f}, {2, 0}}},
         // Own levels and times: an attack starts at the minimum; at rest 0, not the minimum.
-        {{{"Frequency", 8}, {"Attack time", 1}, {"Decay time", 1}, {"Sustain time", 4}, {"Release time", 2},
-          {"Maximum value", 0.75}, {"Sustain value", 0.25}, {"Minimum value", 0.125}},
-         {{0, 0.125f}, {0.5f, 0.4375f}, {1.5f, 0.5f}, {6, 0.25f}, {7, 0.1875f}, {8, 0.125f}}},
         {{{"Frequency", 12}, {"Attack time", 1}, {"Decay time", 1}, {"Sustain time", 4}, {"Release time", 2},
-          {"Minimum value", 0.125}},
-         {{9, 0}}},
+          {"Maximum value", 0.75}, {"Sustain value", 0.25}, {"Minimum value", 0.125}},
+         {{0, 0.125f}, {0.5f, 0.4375f}, {1.5f, 0.5f}, {6, 0.25f}, {7, 0.1875f}, {9, 0}}},
         // Before the start and after the end: 0 plus the combine value; the
         // start starts a beat and the end time itself still counts.
         {{{"Start time", 5}, {"End time", 20}, {combine, 0.25}},
@@ -37,14 +33,11 @@ TEST(NumberBeatEnvelope, SettingsAndTheValuesTheyGive)
         {{{"Start time", 5}, {"End time", 20}, {combine, 0.25}, {"How to combine value below", 1}}, {{4, 0}}},
         // Rounding the end completes the last beat: 25 moves to 30, 20 stays,
         // and from a start of 3, 1.7 beats become 2 with the end at 23.
-        {{{"End time", 25}}, {{27, 0}}},
         {{{"End time", 25}, {"Round end time to full beat cycle", 1}}, {{27, 0.25f}, {30, 0}, {31, 0}}},
         {{{"End time", 20}, {"Round end time to full beat cycle", 1}}, {{21, 0}}},
-        {{{"End time", 20}, {"Round end time to full beat cycle", 1}, {"Start time", 3}},
-         {{20.5f, 0.125f}, {23.5f, 0}}},
+        {{{"End time", 20}, {"Round end time to full beat cycle", 1}, {"Start time", 3}}, {{20.5f, 0.125f}, {23.5f, 0}}},
         // Beats per minute replace the frequency: 15 frames a beat, then 10.
-        {{{"Rate type", 1}, {"Frequency", 3}, {"Beats per Minute", 100}, {"Frames per Second", 25}},
-         {{14, 0}, {16, 0.5f}, {18, 0.75f}}},
+        {{{"Rate type", 1}, {"Frequency", 3}, {"Beats per Minute", 100}, {"Frames per Second", 25}}, {{14, 0}, {16, 0.5f}, {18, 0.75f}}},
         {{{"Rate type", 1}, {"Beats per Minute", 150}, {"Frames per Second", 25}}, {{11, 0.5f}}},
         // Add, multiply, maximum, minimum with the envelope's 0.5 at 1.
         {{{combine, 0.8}, {"How to combine value below", 0}}, {{1, 0.5f + 0.8f}}},
@@ -53,87 +46,23 @@ TEST(NumberBeatEnvelope, SettingsAndTheValuesTheyGive)
         {{{combine, 0.8}, {"How to combine value below", 3}}, {{1, 0.5f}}},
     };
     for (size_t i = 0; i < std::size(cases); ++i) {
-        Tool b("ZV_NumberBeat");
+        Tool<> b("ZV_NumberBeat");
         for (const auto& [label, v] : cases[i].set) b.Set(label, v);
         for (const auto& [t, v] : cases[i].at) EXPECT_EQ(b.At(t), v) << "case " << i << " at " << t;
     }
 }
 
-TEST(NumberBeatEnvelope, InterpolationChangesNothing)
+TEST(NumberBeat, InterpolationChangesNothingAndTheRateTypeShowsItsControls)
 {
-    Tool b("ZV_NumberBeat");
+    Tool<> b("ZV_NumberBeat");
     for (float t : {1.0f, 3.0f, 6.5f}) {
         b.SetInt("Interpolation", 1);
         const float a = b.At(t);
         b.SetInt("Interpolation", 0);
         EXPECT_EQ(b.At(t), a) << t;
     }
-}
-
-TEST(NumberBeatDeclarations, InputsAsTheHostShowsThem)
-{
-    Tool b("ZV_NumberBeat");
-    EXPECT_EQ(zvtest::FirstInputIds(*b.op, 17),
-              (std::vector<std::string>{"Ratetype", "Frequency", "BeatsperMinute", "FramesperSecond", "Starttime",
-                                        "Endtime", "Roundendtimetofullbeatcycle", "Attacktime", "Decaytime",
-                                        "Sustaintime", "Releasetime", "Interpolation", "Maximumvalue",
-                                        "Sustainvalue", "Minimumvalue", "Howtocombinevaluebelow",
-                                        "CombinevalueconnecttoanotherBeatorso"}));
-    zvtest::ExpectInputs(*b.op, {
-        {"Ratetype", "control MultiButton; items Frames/beat|Beats/Minute (BPM); default 0"},
-        {"Frequency", "default 10; soft 0..100"},
-        {"BeatsperMinute", "label Beats per Minute; default 120; soft 0.0001..240"},
-        {"FramesperSecond", "default 25; soft 0.0001..30"},
-        {"Starttime", "default 0; soft 0..100"},
-        {"Endtime", "default 1000; soft 0..1000"},
-        {"Roundendtimetofullbeatcycle", "control Checkbox; default 0; soft 0..1"},
-        {"Attacktime", "default 2; soft 0..10"},
-        {"Decaytime", "default 2; soft 0..10"},
-        {"Sustaintime", "default 2; soft 0..10"},
-        {"Releasetime", "default 2; soft 0..10"},
-        {"Interpolation", "items Linear|Ease-in, Ease-out; default 1; soft 0..1"},
-        {"Maximumvalue", "default 1; soft 0..1"},
-        {"Sustainvalue", "default 0.5; soft 0..1"},
-        {"Minimumvalue", "default 0; soft 0..1"},
-        {"Howtocombinevaluebelow", "items Add|Multiply|Maximum|Minimum; default 0; soft 0..3"},
-        {"CombinevalueconnecttoanotherBeatorso",
-         "label Combine value, connect to another Beat or so); default 0; soft 0..1"},
-        {"Image", "absent"},
-    });
-    EXPECT_EQ(ValueCodes(*b.effect),
-              (std::vector<uint32_t>{"Type"_id, "TiFr"_id, "TBPM"_id, "TFPS"_id, "TiSt"_id, "TiEn"_id, "TiER"_id,
-                                     "TiAt"_id, "TiDe"_id, "TiSu"_id, "TiRe"_id, "RaIn"_id, "VaMa"_id, "VaSu"_id,
-                                     "VaMi"_id, "VaCT"_id, "VaCo"_id}));
-    ASSERT_EQ(b.op->Outputs().size(), 1u);
-    EXPECT_EQ(b.op->MainOutput()->id, "Number");
-    EXPECT_EQ(b.op->MainOutput()->dataType, host::DataType::Number);
-    EXPECT_EQ(b.Output().id, 1u);
-
-    // The rate type shows the frequency or the BPM pair.
-    zvtest::ToolFlow f("ZV_NumberBeat");
-    zvtest::ExpectShown(f, {"Frequency", "BeatsperMinute", "FramesperSecond"},
-                        {{nullptr, 0, "100"}, {"Ratetype", 1, "011"}, {"Ratetype", 0, "100"}});
-}
-
-TEST(NumberBeatFlow, OneBeatCombinedIntoAnotherOverFrames)
-{
-    // A slow beat of 8 frames feeds the combine value of a fast one of 4,
-    // which keeps the larger of the two.
-    host::Flow flow;
-    auto& slow = flow.Add("slow", Registered("ZV_NumberBeat"));
-    auto& fast = flow.Add("fast", Registered("ZV_NumberBeat"));
-    for (auto [id, v] : {std::pair{"Frequency", 8.0}, {"Maximumvalue", 0.5}, {"Sustainvalue", 0.25}})
-        flow.SetValue(slow, In(slow, id), host::MakeNumber(v));
-    for (auto [id, v] : {std::pair{"Frequency", 4.0}, {"Attacktime", 1.0}, {"Decaytime", 1.0},
-                         {"Sustaintime", 0.0}, {"Releasetime", 1.0}, {"Howtocombinevaluebelow", 2.0}})
-        flow.SetValue(fast, In(fast, id), host::MakeNumber(v));
-    flow.Connect(fast, In(fast, "CombinevalueconnecttoanotherBeatorso"), slow, slow.op->MainOutput());
-    // slow: 0, .25, .5, .375, .25, .25, .25, .125; fast: 0, 1, .5, 0 repeating.
-    const double want[] = {0.0, 1.0, 0.5, 0.375, 0.25, 1.0, 0.5, 0.125, 0.0};
-    for (int frame = 0; frame <= 8; ++frame) {
-        flow.BeginFrame();
-        EXPECT_EQ(NumberOf(flow.Evaluate(fast, fast.op->MainOutput(), frame)), want[frame]) << frame;
-    }
+    ExpectShown("ZV_NumberBeat", {"Frequency", "BeatsperMinute", "FramesperSecond"},
+                {{nullptr, 0, "100"}, {"Ratetype", 1, "011"}, {"Ratetype", 0, "100"}});
 }
 
 }  // namespace

@@ -1,45 +1,31 @@
-// Color Switcher: palettes dealt out through the remap table, cycling of the
-// first sets, the declarations with their shared id and 25 outputs, and the
-// outputs read through the host.
-#include "value_driver.h"
+// Color Switcher: palettes dealt out through the remap table, and cycling of
+// the first sets.
+#include "support.h"
 
-using namespace zvvalue;
+using namespace zvtest;
 
 namespace {
 
-// Outputs: "Number", then R 1..8, G 1..8, B 1..8.
-float R(const Tool& s, int32_t set) { return s.Number(1 + set); }
-
-// The default grey of colour n of any palette.
+// Outputs: "Number", then R 1..8, G 1..8, B 1..8; colour n of any palette is a grey.
 float Grey(int32_t n) { return static_cast<float>(n - 1) * 0.1f; }
 
-TEST(NumberColorSwitchboardDeal, DefaultsGiveEachSetItsOwnColour)
+TEST(NumberColorSwitchboard, TheChosenPaletteThroughTheRemap)
 {
-    Tool s("ZV_NumberColorSwitchboard");
+    Tool<> s("ZV_NumberColorSwitchboard");
     s.Run(0.0f);
     for (int32_t i = 0; i < 8; ++i)
-        for (int32_t c : {1, 9, 17}) EXPECT_EQ(s.Number(c + i), Grey(i + 1)) << c + i;
-    EXPECT_EQ(s.Number(), 0.0f);
-}
-
-TEST(NumberColorSwitchboardDeal, TheChosenPaletteAndTheRemap)
-{
-    Tool s("ZV_NumberColorSwitchboard");
+        for (int32_t c : {1, 9, 17}) EXPECT_EQ(s.Number(c + i), Grey(i + 1)) << c + i;  // each set its own
     for (int32_t n = 1; n <= 8; ++n)
         s.SetColor("Color  3 " + std::to_string(n), {n * 0.125f, n * 0.0625f, n * 0.03125f, 1.0f});
-    s.SetInt("Set", 3);
-    s.SetInt("Remap 1", 5);
-    s.SetInt("Remap 8", 2);
+    s.Apply({{"Set", 3}, {"Remap 1", 5}, {"Remap 8", 2}});
     s.Run(0.0f);
-    EXPECT_EQ(R(s, 0), 5 * 0.125f);
-    EXPECT_EQ(s.Number(9), 5 * 0.0625f);
-    EXPECT_EQ(s.Number(17), 5 * 0.03125f);
-    EXPECT_EQ(R(s, 1), 2 * 0.125f);
-    EXPECT_EQ(R(s, 7), 2 * 0.125f);  // two sets may share a colour
-    EXPECT_EQ(s.Number(), R(s, 0));  // the red of the first set
+    EXPECT_EQ(std::vector<float>({s.Number(1), s.Number(9), s.Number(17), s.Number(2), s.Number(8)}),
+              std::vector<float>({5 * 0.125f, 5 * 0.0625f, 5 * 0.03125f, 2 * 0.125f, 2 * 0.125f}));  // sets may share
+    EXPECT_EQ(s.Number(), s.Number(1));  // the red of the first set
+    EXPECT_EQ(s.Param("Cycle Range").id, s.Param("Set").id);  // two controls, one id
 }
 
-TEST(NumberColorSwitchboardCycle, RangeAndOffsetTurnTheFirstSets)
+TEST(NumberColorSwitchboard, RangeAndOffsetTurnTheFirstSets)
 {
     // Each set i reads remap want[i]; the remaps reversed where asked.
     const struct { int32_t range, offset; bool reversed; int32_t want[8]; } rows[] = {
@@ -49,77 +35,12 @@ TEST(NumberColorSwitchboardCycle, RangeAndOffsetTurnTheFirstSets)
         {5, 4, false, {5, 1, 2, 3, 4, 6, 7, 8}},
     };
     for (const auto& r : rows) {
-        Tool s("ZV_NumberColorSwitchboard");
-        if (r.reversed)
-            for (int32_t n = 1; n <= 8; ++n) s.SetInt("Remap " + std::to_string(n), 9 - n);
-        s.SetInt("Cycle Range", r.range);
-        s.SetInt("Cycle Offset", r.offset);
+        Tool<> s("ZV_NumberColorSwitchboard");
+        for (int32_t n = 1; r.reversed && n <= 8; ++n) s.SetInt("Remap " + std::to_string(n), 9 - n);
+        s.Apply({{"Cycle Range", r.range}, {"Cycle Offset", r.offset}});
         s.Run(0.0f);
-        for (int32_t i = 0; i < 8; ++i) {
-            const int32_t colour = r.reversed ? 9 - r.want[i] : r.want[i];
-            EXPECT_EQ(s.Number(17 + i), Grey(colour)) << r.range << "/" << r.offset << " set " << i;
-        }
-        EXPECT_EQ(s.Number(), s.Number(1));
-    }
-}
-
-TEST(NumberColorSwitchboardDeclarations, InputsOutputsAndIds)
-{
-    Tool s("ZV_NumberColorSwitchboard");
-    zvtest::ExpectInputs(*s.op, {
-        {"Set", "integer yes; default 1; soft 1..8"},
-        {"CycleRange", "label Cycle Range; integer yes; default 8; soft 2..8"},
-        {"CycleOffset", "integer yes; default 0; soft 0..8"},
-        {"Remap1", "default 1"}, {"Remap8", "default 8"},
-        // Eight nests of eight colours; two blanks behind "Color".
-        {"Color34Red", "name Color  3 4Red; label Color  3 4; default 0.3"},
-        {"Color11Red", "group 11"},
-        {"Color88Blue", "default 0.7"},
-        {"Color11Alpha", "default 1"},
-        {"Color88Red", "group 74"},
-        {"Set5", "nest yes"},
-    });
-    for (int32_t n = 1; n <= 8; ++n) EXPECT_EQ(s.Param("Remap " + std::to_string(n)).id, "Rem0"_id + (n - 1));
-    // "Set" and "Cycle Range" share their four-character id.
-    EXPECT_EQ(s.Param("Set").id, "SetC"_id);
-    EXPECT_EQ(s.Param("Cycle Range").id, "SetC"_id);
-    EXPECT_EQ(s.Param("Cycle Offset").id, "Cycl"_id);
-    const KParameter& color = s.Param("Color  3 4");
-    EXPECT_EQ(color.id, uint32_t('C') << 24 | 2u << 16 | 3u << 8);
-    EXPECT_EQ(color.id2, color.id - 11);
-    EXPECT_EQ(color.id4, color.id - 17);
-
-    std::vector<std::string> outputs, want = {"Number"};
-    for (auto& o : s.op->Outputs()) {
-        outputs.push_back(o->id);
-        EXPECT_EQ(o->dataType, host::DataType::Number);
-    }
-    for (const char* c : {"R", "G", "B"})
-        for (int32_t n = 1; n <= 8; ++n) want.push_back(c + std::to_string(n));
-    EXPECT_EQ(outputs, want);
-    EXPECT_EQ(s.op->MainOutput()->id, "Number");
-    EXPECT_EQ(s.Output(0).id, 1u);
-    EXPECT_EQ(s.Output(1).id, "CoR0"_id);
-    EXPECT_EQ(s.Output(1).name, "R 1");
-    EXPECT_EQ(s.Output(16).id, "CoG7"_id);
-    EXPECT_EQ(s.Output(24).id, "CoB7"_id);
-}
-
-TEST(NumberColorSwitchboardFlow, OutputsThroughTheHostFollowAKeyedSet)
-{
-    host::Flow flow;
-    auto& node = flow.Add("csw", Registered("ZV_NumberColorSwitchboard"));
-    for (auto [id, v] : {std::pair{"Color21Red", 0.25}, {"Color21Green", 0.5}, {"Color21Blue", 0.75}})
-        flow.SetValue(node, In(node, id), host::MakeNumber(v));
-    flow.SetKeys(node, In(node, "Set"), {{1.0, 1.0}, {3.0, 3.0}});  // set 2 at frame 2
-    const struct {
-        const char* output;
-        double frame, want;
-    } rows[] = {{"R1", 1, 0.0},     {"R1", 2, 0.25}, {"G1", 2, 0.5},
-                {"B1", 2, 0.75},    {"Number", 2, 0.25}, {"R2", 2, double(Grey(2))}};
-    for (const auto& r : rows) {
-        flow.BeginFrame();
-        EXPECT_EQ(NumberOf(flow.Evaluate(node, node.op->FindOutput(r.output), r.frame)), r.want) << r.output;
+        for (int32_t i = 0; i < 8; ++i)
+            EXPECT_EQ(s.Number(17 + i), Grey(r.reversed ? 9 - r.want[i] : r.want[i])) << r.range << "/" << r.offset << " set " << i;
     }
 }
 

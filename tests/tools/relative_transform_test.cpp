@@ -1,75 +1,42 @@
-// Relative Transform: declarations, the pivot from a bounding box or a weighted
-// centre, the transform about it, and a picture with nothing in range.
+// Relative Transform: the pivot from a bounding box or a weighted centre, the
+// transform about it, and a picture with nothing in range.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
-TEST(RelativeTransformDeclarations, HostShowsTheControls)
-{
-    zvtest::ExpectInputs("ZV_RelativeTransform",
-                         {{"CenterType", "items Bounding Box|Weighted Pixels; default 0"},
-                          {"CenterChannel", "default 4"},
-                          {"RangeLow", "default 0; group 11"},
-                          {"RangeHigh", "default 1; group 11"},
-                          {"PivotY", "default 0; soft -1..1"},
-                          {"SizeY", "default 1; soft 0..5"}});
-}
+namespace {
 
-TEST(RelativeTransformMap, SizesAndTurnsAboutThePivotInTheBox)
+TEST(RelativeTransform, SizesAndTurnsAboutThePivotInTheBoxOrTheWeightedCentre)
 {
     Warp w("ZV_RelativeTransform");
     // White in columns 2..4 and rows 6..8: a box from 2 to 5 across and 6 to 9 down.
     for (int32_t y = 6; y <= 8; ++y)
         for (int32_t x = 2; x <= 4; ++x) w.image->SetPixel(x, y, KPixel{65535, 65535, 65535, 65535});
-    w.SetPoint("Cent"_id, 0.0f, 0.0f);  // as the bridge leaves the middle
-    w.Set("SizX"_id, 2.0f);
-    w.Set("SizY"_id, 2.0f);
-    ASSERT_TRUE(w.Start());
-    float cx = 3.5f / 11.0f, cy = 7.5f / 11.0f;
-    ExpectMaps(w, {{cx + 0.2f, cy - 0.4f, cx + 0.1f, cy - 0.2f}}, 2e-6f);
-    w.Set("PivX"_id, 1.0f);   // the right edge of the box
-    w.Set("PivY"_id, -1.0f);  // its top
-    w.SetInt("Size Type", 1);  // Size Y is 1.5 times Size X
-    w.Set("SizY"_id, 1.5f);
-    w.Start();
-    cx = 5.0f / 11.0f;
-    cy = 6.0f / 11.0f;
-    ExpectMaps(w, {{cx, cy, cx, cy}, {cx + 0.2f, cy + 0.3f, cx + 0.1f, cy + 0.1f}}, 2e-6f);
-    w.SetInt("Size Type", 0);
-    w.Set("SizX"_id, 1.0f);
-    w.Set("SizY"_id, 1.0f);
-    w.SetDegrees("Axis angle", 90.0f);
-    w.SetPoint("Cent"_id, 0.1f, 0.0f);
-    w.Start();
-    ExpectMaps(w, {{cx + 0.1f, cy, cx, cy}, {cx + 0.2f, cy, cx, cy - 0.1f}}, 2e-6f);
+    const float cx = 3.5f / 11.0f, cy = 7.5f / 11.0f, rx = 5.0f / 11.0f, ty = 6.0f / 11.0f;
+    ExpectSteps(w, 2e-6f, {
+        {{{"Center", 0, 0}, {"Size X", 2}, {"Size Y", 2}}, {{cx + 0.2f, cy - 0.4f, cx + 0.1f, cy - 0.2f}}},
+        // The box's right edge and top; Size Y 1.5 times Size X.
+        {{{"Pivot X", 1}, {"Pivot Y", -1}, {"Size Type", 1}, {"Size Y", 1.5}},
+         {{rx, ty, rx, ty}, {rx + 0.2f, ty + 0.3f, rx + 0.1f, ty + 0.1f}}},
+        {{{"Size Type", 0}, {"Size X", 1}, {"Size Y", 1}, {"Axis angle", 90}, {"Center", 0.1, 0}},
+         {{rx + 0.1f, ty, rx, ty}, {rx + 0.2f, ty, rx, ty - 0.1f}}},
+    });
+    // Pixel centres weighted by their values, 1 and 32768 / 65535; a single
+    // point leaves the pivot no room to move.
+    Warp p("ZV_RelativeTransform");
+    p.image->SetPixel(1, 1, KPixel{65535, 0, 0, 65535});
+    p.image->SetPixel(7, 3, KPixel{32768, 0, 0, 65535});
+    const float t = 32768.0f * 1.5259022e-05f, px = (1.5f + 7.5f * t) / (1.0f + t) / 11.0f, py = (1.5f + 3.5f * t) / (1.0f + t) / 11.0f;
+    ExpectSteps(p, 2e-6f, {{{{"Center Type", 1}, {"Center Channel", 0}, {"Center", 0, 0}, {"Size X", 2}, {"Size Y", 2}, {"Pivot X", 1}},
+                            {{px, py, px, py}, {px - 0.2f, py + 0.2f, px - 0.1f, py + 0.1f}}}});
+    // Nothing in range: nothing to do; everything in range: something.
+    Warp n("ZV_RelativeTransform");
+    n.image = Pattern(12, 7, false);
+    n.SetFloat("Size X", 3.0f);
+    n.Field<KRange2>("GrwS"_id) = {1.0f, 1.0f};
+    EXPECT_FALSE(n.Start());
+    n.Field<KRange2>("GrwS"_id) = {0.0f, 1.0f};
+    EXPECT_TRUE(n.Start());
 }
 
-TEST(RelativeTransformMap, WeightedPixelsPivotOnTheirCentre)
-{
-    Warp w("ZV_RelativeTransform");
-    w.image->SetPixel(1, 1, KPixel{65535, 0, 0, 65535});
-    w.image->SetPixel(7, 3, KPixel{32768, 0, 0, 65535});
-    w.SetInt("Center Type", 1);
-    w.SetInt("Center Channel", 0);
-    w.SetPoint("Cent"_id, 0.0f, 0.0f);
-    w.Set("SizX"_id, 2.0f);
-    w.Set("SizY"_id, 2.0f);
-    w.Set("PivX"_id, 1.0f);  // a single point: the pivot has no room to move
-    ASSERT_TRUE(w.Start());
-    // Pixel centres weighted by their values, 1 and 32768 / 65535.
-    const float t = 32768.0f * 1.5259022e-05f;
-    const float cx = (1.5f + 7.5f * t) / (1.0f + t) / 11.0f;
-    const float cy = (1.5f + 3.5f * t) / (1.0f + t) / 11.0f;
-    ExpectMaps(w, {{cx, cy, cx, cy}, {cx - 0.2f, cy + 0.2f, cx - 0.1f, cy + 0.1f}}, 2e-6f);
-}
-
-TEST(RelativeTransformMap, NothingInRangeHasNothingToDo)
-{
-    Warp w("ZV_RelativeTransform");
-    w.image.reset(Pattern(12, 7, false));
-    w.Set("SizX"_id, 3.0f);
-    w.Field<KRange2>("GrwS"_id) = {1.0f, 1.0f};
-    EXPECT_FALSE(w.Start());
-    w.Field<KRange2>("GrwS"_id) = {0.0f, 1.0f};  // everything in range
-    EXPECT_TRUE(w.Start());
-}
+}  // namespace

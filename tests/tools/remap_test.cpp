@@ -1,85 +1,51 @@
-// Remap: declarations, the probe and spherical maps on hand-computed points,
-// the turn of a spherical input in each order, the two maps undoing each
-// other, the outside of the ball left empty, and equal types as identity.
+// Remap: the probe and spherical maps on hand-computed points, the turn of a
+// spherical input in each order, the two maps undoing each other, the outside
+// of the ball left empty, and equal types as nothing to do.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
 namespace {
 
 constexpr float kBall45 = 0.85355339f;  // 0.5 + sin(45 degrees) / 2
 
-TEST(RemapDeclarations, InputsAsTheHostShowsThem)
-{
-    // The page keeps its odd name.
-    zvtest::ExpectLeadingInputs("ZV_Remap", "Shuffle",
-                                {"TypeInput", "TypeOutput", "RotationOrder", "AngleX", "AngleY", "AngleZ"});
-    zvtest::ExpectInputs("ZV_Remap", {{"TypeInput", "items Probe|Spherical; default 0"},
-                                      {"TypeOutput", "items Probe|Spherical; default 1"},
-                                      {"RotationOrder", "items XYZ|XZY|YXZ|YZX|ZXY|ZYX; default 0"},
-                                      {"AngleZ", "control Screw; default 0"}});
-    Warp w("ZV_Remap");
-    EXPECT_EQ(w.Param("Angle Y").id, "AngY"_id);
-    EXPECT_EQ(w.Param("Angle Y").angleUnit, 1);
-}
-
-TEST(RemapProbeInput, LatitudeLongitudeToBallPositions)
+TEST(Remap, ProbeAndBallPositionsBothWays)
 {
     Warp w("ZV_Remap");  // probe in, spherical out
-    ASSERT_TRUE(w.Start());
-    ExpectMaps(w, {{0.5f, 0.5f, 0.5f, 0.5f},               // straight ahead: the middle of the ball
-                   {0.75f, 0.5f, kBall45, 0.5f},           // a quarter turn right: 90 degrees off
-                   {0.25f, 0.5f, 1.0f - kBall45, 0.5f},
-                   {0.5f, 1.0f, 0.5f, kBall45},            // the top pole
-                   {0.5f, 0.0f, 0.5f, 1.0f - kBall45}},
-               1e-5f);
+    ExpectSteps(w, 1e-5f, {{{}, {{0.5f, 0.5f, 0.5f, 0.5f},               // straight ahead: the middle of the ball
+                                 {0.75f, 0.5f, kBall45, 0.5f},           // a quarter turn right: 90 degrees off
+                                 {0.25f, 0.5f, 1.0f - kBall45, 0.5f},
+                                 {0.5f, 1.0f, 0.5f, kBall45},            // the top pole
+                                 {0.5f, 0.0f, 0.5f, 1.0f - kBall45}}}});
     ASSERT_TRUE(w.Start(9, 9, 2.0f));  // y runs to 1 / aspect with wide pixels
     ExpectMaps(w, {{0.75f, 0.25f, kBall45, 0.25f}, {0.5f, 0.5f, 0.5f, kBall45 / 2.0f}}, 1e-5f);
-}
 
-TEST(RemapSphericalInput, BallPositionsToLatitudeLongitude)
-{
-    Warp w("ZV_Remap");
-    w.SetInt("Type Input", 1);
-    w.SetInt("Type Output", 0);
-    ASSERT_TRUE(w.Start());
-    ExpectMaps(w, {{0.5f, 0.5f, 0.5f, 0.5f}, {kBall45, 0.5f, 0.75f, 0.5f}}, 1e-5f);
-    KPosition out;  // straight up: the top row, at whatever longitude
-    ASSERT_TRUE(w.Map(0.5f, kBall45, out));
-    EXPECT_NEAR(out.y, 1.0f, 2e-4f);
-    // Outside the ball there is nothing to read; the rim itself is inside.
-    EXPECT_FALSE(w.Map(0.95f, 0.95f, out));
-    EXPECT_FALSE(w.Map(0.0f, 0.5f - 0.01f, out));
-    EXPECT_TRUE(w.Map(0.0f, 0.5f, out));
-}
-
-TEST(RemapSphericalInput, TurnsByTheAnglesInTheirOrder)
-{
-    Warp w("ZV_Remap");
-    w.SetInt("Type Input", 1);
-    w.SetInt("Type Output", 0);
-    w.SetDegrees("Angle Y", 90.0f);
-    ASSERT_TRUE(w.Start());
-    ExpectMaps(w, {{0.5f, 0.5f, 0.25f, 0.5f}}, 1e-5f);  // straight ahead turns a quarter left
-
-    // From the ball's right (direction +x): X then Y ends straight ahead; Y
-    // then X ends at the top pole.
-    w.SetDegrees("Angle X", 90.0f);
-    w.SetInt("Rotation Order", 0);  // XYZ
-    ASSERT_TRUE(w.Start());
-    ExpectMaps(w, {{kBall45, 0.5f, 0.5f, 0.5f}}, 1e-5f);
-    w.SetInt("Rotation Order", 2);  // YXZ
-    ASSERT_TRUE(w.Start());
+    Warp s("ZV_Remap");
+    ExpectSteps(s, 1e-5f, {
+        {{{"Type Input", 1}, {"Type Output", 0}}, {{0.5f, 0.5f, 0.5f, 0.5f}, {kBall45, 0.5f, 0.75f, 0.5f}}},
+        {{{"Angle Y", 90}}, {{0.5f, 0.5f, 0.25f, 0.5f}}},  // straight ahead turns a quarter left
+        // From the ball's right (direction +x): X then Y ends straight ahead.
+        {{{"Angle X", 90}, {"Rotation Order", 0}}, {{kBall45, 0.5f, 0.5f, 0.5f}}},
+    });
     KPosition out;
-    ASSERT_TRUE(w.Map(kBall45, 0.5f, out));
+    s.SetInt("Rotation Order", 2);  // Y then X ends at the top pole, at whatever longitude
+    s.Start();
+    ASSERT_TRUE(s.Map(kBall45, 0.5f, out));
     EXPECT_NEAR(out.y, 1.0f, 1e-3f);
+    // Outside the ball there is nothing to read; the rim itself is inside.
+    EXPECT_FALSE(s.Map(0.95f, 0.95f, out));
+    EXPECT_FALSE(s.Map(0.0f, 0.5f - 0.01f, out));
+    EXPECT_TRUE(s.Map(0.0f, 0.5f, out));
+    for (int32_t type : {0, 1}) {  // equal types: nothing to do
+        s.Apply({{"Type Input", type}, {"Type Output", type}});
+        EXPECT_FALSE(s.Start()) << type;
+    }
 }
 
-TEST(RemapRoundTrip, TheTwoMapsUndoEachOther)
+TEST(Remap, TheTwoMapsUndoEachOther)
 {
     Warp toBall("ZV_Remap"), toSphere("ZV_Remap");
-    toSphere.SetInt("Type Input", 1);
-    toSphere.SetInt("Type Output", 0);
+    toSphere.Apply({{"Type Input", 1}, {"Type Output", 0}});
     ASSERT_TRUE(toBall.Start(9, 9, 2.0f));
     ASSERT_TRUE(toSphere.Start(9, 9, 2.0f));
     for (float bx = 0.05f; bx < 1.0f; bx += 0.1f)
@@ -90,17 +56,6 @@ TEST(RemapRoundTrip, TheTwoMapsUndoEachOther)
             ASSERT_TRUE(toSphere.Map(bx, by, sphere));
             ExpectMaps(toBall, {{sphere.x, sphere.y, bx, by}}, 2e-4f);
         }
-}
-
-TEST(RemapInverseMap, EqualTypesHaveNothingToDo)
-{
-    Warp w("ZV_Remap");
-    for (int32_t type : {0, 1}) {
-        w.SetInt("Type Input", type);
-        w.SetInt("Type Output", type);
-        EXPECT_FALSE(w.Start()) << type;
-        ExpectMaps(w, {{0.3f, 0.8f, 0.3f, 0.8f}}, 0.0f);
-    }
 }
 
 }  // namespace

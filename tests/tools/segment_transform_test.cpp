@@ -1,87 +1,36 @@
-// Segment Transform: declarations, neutral cells as identity, scale and turn
-// about each grid cell's middle, the locks, the radial layout, and a render in
-// which every cell is turned half round.
+// Segment Transform: neutral cells as identity, scale and turn about each grid
+// cell's middle, the locks, and the radial layout.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
 namespace {
 
-TEST(SegmentTransformDeclarations, InputsAsTheHostShowsThem)
-{
-    zvtest::ExpectLeadingInputs("ZV_SegmentTransform", "Segment Transform",
-                                {"Type", "Center", "LockSegmentSizeXY", "SegmentSizeX", "SegmentSizeY",
-                                 "Angle", "LockScaleXY", "ScaleX", "ScaleY"});
-    zvtest::ExpectInputs("ZV_SegmentTransform",
-                         {{"Type", "items Grid|Radial; default 0"},
-                          {"LockSegmentSizeXY", "label Lock Segment Size X/Y; control Checkbox"},
-                          {"SegmentSizeX", "default 0.1; soft 0.0001..0.5"},
-                          {"SegmentSizeY", "default 0.1; soft 0.0001..0.5"},
-                          {"ScaleX", "default 1; soft 0.0001..5"},
-                          {"ScaleY", "default 1; soft 0.0001..5"}});
-    Warp w("ZV_SegmentTransform");
-    EXPECT_EQ(w.Param("Center").pointUnit, 0);
-    EXPECT_EQ(w.Param("Angle").angleUnit, 1);
-}
-
-TEST(SegmentTransformGrid, CellsScaleAndTurnAboutTheirMiddles)
+TEST(SegmentTransform, CellsScaleAndTurnAboutTheirMiddlesOnAGridOrRadially)
 {
     Warp w("ZV_SegmentTransform");
-    w.Start();
-    ExpectMaps(w, {{0.63f, 0.27f, 0.63f, 0.27f}}, 1e-5f);  // neutral cells change nothing
-
-    w.SetFloat("Segment Size X", 0.25f);
-    w.SetFloat("Segment Size Y", 0.25f);
-    w.SetFloat("Scale X", 2.0f);
-    w.Start();
-    ExpectMaps(w, {{0.6f, 0.5f, 0.55f, 0.5f},       // the middle cell, twice as wide
-                   {0.8f, 0.5f, 0.775f, 0.5f},      // the next cell, about its middle 0.75
-                   {0.8f, 0.55f, 0.775f, 0.55f}},   // Scale Y stays 1
-               1e-5f);
-
-    // Each cell turns by 90 degrees, clockwise as viewed.
-    w.SetFloat("Scale X", 1.0f);
-    w.SetDegrees("Angle", 90.0f);
-    w.Start();
-    ExpectMaps(w, {{0.8f, 0.55f, 0.7f, 0.55f}, {0.75f, 0.6f, 0.65f, 0.5f}}, 1e-5f);  // above: from the left
-
-    // The locks copy X to Y.
-    w.SetDegrees("Angle", 0.0f);
-    w.SetFloat("Scale X", 2.0f);
-    w.SetBool("Lock Scale X/Y", true);
-    w.Start();
-    ExpectMaps(w, {{0.8f, 0.55f, 0.775f, 0.525f}}, 1e-5f);
-    w.SetFloat("Segment Size Y", 0.5f);
-    w.SetBool("Lock Segment Size X/Y", true);
-    w.Start();
-    ExpectMaps(w, {{0.8f, 0.8f, 0.775f, 0.775f}}, 1e-5f);  // cells stay 0.25 high
-}
-
-TEST(SegmentTransformRadial, CellsOnAngleAndRadius)
-{
-    Warp w("ZV_SegmentTransform");
-    w.SetInt("Type", 1);
-    w.Start();
-    ExpectMaps(w, {{0.63f, 0.27f, 0.63f, 0.27f}}, 1e-5f);
-
-    // Wedges a quarter turn wide, rings 0.1 deep; each ring doubled in depth.
-    w.SetFloat("Segment Size X", 1.5707964f);
-    w.SetFloat("Segment Size Y", 0.1f);
-    w.SetFloat("Scale Y", 2.0f);
-    w.Start();
-    const float r = 0.215f;  // ring middle 0.2, 0.03 out, halved
-    ExpectMaps(w, {{0.5f + 0.23f * std::cos(0.1f), 0.5f + 0.23f * std::sin(0.1f),
-                    0.5f + r * std::cos(0.1f), 0.5f + r * std::sin(0.1f)}},
-               1e-5f);
-    // A wedge of angle: 1.2 rad lies 0.37 before the wedge middle at pi/2; the
-    // scale on angle halves that.
-    w.SetFloat("Scale Y", 1.0f);
-    w.SetFloat("Scale X", 2.0f);
-    w.Start();
-    const float a = 1.5707964f - 0.18539816f;
-    ExpectMaps(w, {{0.5f + 0.2f * std::cos(1.2f), 0.5f + 0.2f * std::sin(1.2f),
-                    0.5f + 0.2f * std::cos(a), 0.5f + 0.2f * std::sin(a)}},
-               1e-5f);
+    ExpectSteps(w, 1e-5f, {
+        {{}, {{0.63f, 0.27f, 0.63f, 0.27f}}},  // neutral cells change nothing
+        // The middle cell twice as wide, the next about its middle 0.75; Scale Y stays 1.
+        {{{"Segment Size X", 0.25}, {"Segment Size Y", 0.25}, {"Scale X", 2}},
+         {{0.6f, 0.5f, 0.55f, 0.5f}, {0.8f, 0.5f, 0.775f, 0.5f}, {0.8f, 0.55f, 0.775f, 0.55f}}},
+        // Each cell turns by 90 degrees, clockwise as viewed: above, from the left.
+        {{{"Scale X", 1}, {"Angle", 90}}, {{0.8f, 0.55f, 0.7f, 0.55f}, {0.75f, 0.6f, 0.65f, 0.5f}}},
+        // The locks copy X to Y; cells stay 0.25 high.
+        {{{"Angle", 0}, {"Scale X", 2}, {"Lock Scale X/Y", 1}}, {{0.8f, 0.55f, 0.775f, 0.525f}}},
+        {{{"Segment Size Y", 0.5}, {"Lock Segment Size X/Y", 1}}, {{0.8f, 0.8f, 0.775f, 0.775f}}},
+    });
+    Warp r("ZV_SegmentTransform");
+    const float a = 1.5707964f - 0.18539816f, d = 0.215f;  // ring middle 0.2, 0.03 out, halved
+    ExpectSteps(r, 1e-5f, {
+        {{{"Type", 1}}, {{0.63f, 0.27f, 0.63f, 0.27f}}},
+        // Wedges a quarter turn wide, rings 0.1 deep; each ring doubled in depth.
+        {{{"Segment Size X", 1.5707964}, {"Segment Size Y", 0.1}, {"Scale Y", 2}},
+         {{0.5f + 0.23f * std::cos(0.1f), 0.5f + 0.23f * std::sin(0.1f), 0.5f + d * std::cos(0.1f), 0.5f + d * std::sin(0.1f)}}},
+        // 1.2 rad lies 0.37 before the wedge middle at pi/2; the scale on angle halves that.
+        {{{"Scale Y", 1}, {"Scale X", 2}},
+         {{0.5f + 0.2f * std::cos(1.2f), 0.5f + 0.2f * std::sin(1.2f), 0.5f + 0.2f * std::cos(a), 0.5f + 0.2f * std::sin(a)}}},
+    });
 }
 
 }  // namespace

@@ -1,83 +1,59 @@
-// Shuffle: declarations, amount 0 as identity, the blank cell that maps to
-// nothing, one slide moving the blank to a neighbour (across the border too),
-// one swap exchanging two cells, the cells staying a permutation, seeds, and
-// renders whose blocks are the plate's blocks moved, with the blank empty.
+// Shuffle: amount 0 as nothing to do, the blank cell that maps to nothing, one
+// slide moving the blank to a neighbour (across the border too), one swap
+// exchanging two cells, and the cells staying a permutation that follows the seed.
 #include <set>
 #include <vector>
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
 namespace {
 
-TEST(ShuffleDeclarations, InputsAsTheHostShowsThem)
+// The source cell of each cell of an h x v shuffle, read at cell middles, -1
+// for the blank; the place within a cell must be kept.
+std::vector<int> Sources(int seed, int type, int h, int v, float amount, float aspect = 1.0f)
 {
-    zvtest::ExpectLeadingInputs("ZV_Shuffle", "Shuffle",
-                                {"RandomSeed", "Type", "Horizontalsubdivisions", "Verticalsubdivisions",
-                                 "Amount"});
-    zvtest::ExpectInputs("ZV_Shuffle",
-                         {{"RandomSeed", "default 0; soft 0..32768"},
-                          {"Type", "items Slide|Swap; default 0"},
-                          {"Horizontalsubdivisions", "integer yes; default 5; soft 1..24"},
-                          {"Verticalsubdivisions", "integer yes; default 5; soft 1..24"},
-                          {"Amount", "control Screw; integer no; default 5; soft 0..100"}});
-}
-
-// A shuffle of an h x v grid; `Sources` gives the source cell of each cell,
-// read at cell middles, -1 for the blank.
-struct Grid : Warp {
-    Grid(int seed, int type, int h, int v, float amount) : Warp("ZV_Shuffle"), h(h), v(v)
-    {
-        SetInt("Random Seed", seed);
-        SetInt("Type", type);
-        SetInt("Horizontal subdivisions", h);
-        SetInt("Vertical subdivisions", v);
-        SetFloat("Amount", amount);
-    }
-    std::vector<int> Sources(float aspect = 1.0f) const
-    {
-        std::vector<int> from;
-        for (int cy = 0; cy < v; ++cy)
-            for (int cx = 0; cx < h; ++cx) {
-                KPosition out;
-                if (!Map((cx + 0.25f) / h, (cy + 0.75f) / v / aspect, out)) {
-                    from.push_back(-1);
-                    continue;
-                }
-                // The place within the cell is kept.
-                const float sx = out.x * h, sy = out.y * aspect * v;
-                EXPECT_NEAR(sx - std::floor(sx), 0.25f, 1e-4f);
-                EXPECT_NEAR(sy - std::floor(sy), 0.75f, 1e-4f);
-                from.push_back(static_cast<int>(std::floor(sy)) * h + static_cast<int>(std::floor(sx)));
+    Warp g("ZV_Shuffle");
+    g.Apply({{"Random Seed", double(seed)}, {"Type", double(type)}, {"Horizontal subdivisions", double(h)},
+             {"Vertical subdivisions", double(v)}, {"Amount", amount}});
+    EXPECT_TRUE(g.Start(9, 9, aspect));
+    std::vector<int> from;
+    for (int cy = 0; cy < v; ++cy)
+        for (int cx = 0; cx < h; ++cx) {
+            KPosition out;
+            if (!g.Map((cx + 0.25f) / h, (cy + 0.75f) / v / aspect, out)) {
+                from.push_back(-1);
+                continue;
             }
-        return from;
-    }
-    int h, v;
-};
-
-TEST(ShuffleInverseMap, NoAmountIsNothingToDoAndOneCellIsAllBlank)
-{
-    Grid none(0, 0, 5, 5, 0.0f);
-    EXPECT_FALSE(none.Start());
-    none.SetFloat("Amount", 0.25f);  // any part of a move makes one
-    EXPECT_TRUE(none.Start());
-    Grid one(0, 0, 1, 1, 3.0f);
-    ASSERT_TRUE(one.Start());
-    KPosition out;
-    for (float p : {0.0f, 0.3f, 0.999f, 1.0f}) EXPECT_FALSE(one.Map(p, 1.0f - p, out)) << p;
+            const float sx = out.x * h, sy = out.y * aspect * v;
+            EXPECT_NEAR(sx - std::floor(sx), 0.25f, 1e-4f);
+            EXPECT_NEAR(sy - std::floor(sy), 0.75f, 1e-4f);
+            from.push_back(static_cast<int>(std::floor(sy)) * h + static_cast<int>(std::floor(sx)));
+        }
+    return from;
 }
 
-TEST(ShuffleInverseMap, OneSlideMovesTheBlankToANeighbour)
+// The cells that hold another cell, the blank left out.
+std::vector<int> Moved(const std::vector<int>& from)
 {
+    std::vector<int> moved;
+    for (int i = 0; i < int(from.size()); ++i)
+        if (from[i] != -1 && from[i] != i) moved.push_back(i);
+    return moved;
+}
+
+TEST(Shuffle, NoAmountIsNothingToDoOneCellIsAllBlankAndOneSlideMovesTheBlankToANeighbour)
+{
+    Warp none("ZV_Shuffle");
+    none.Apply({{"Amount", 0}});
+    EXPECT_FALSE(none.Start());
+    none.Apply({{"Amount", 0.25}});  // any part of a move makes one
+    EXPECT_TRUE(none.Start());
+    EXPECT_EQ(Sources(0, 0, 1, 1, 3.0f), std::vector<int>{-1});
     const int h = 5, v = 3;
     for (int seed = 0; seed < 40; ++seed) {
-        Grid g(seed, 0, h, v, 1.0f);
-        ASSERT_TRUE(g.Start());
-        const std::vector<int> from = g.Sources();
         // Every cell but two holds itself; the blank's content now sits where the blank was.
-        std::vector<int> moved;
-        for (int i = 0; i < h * v; ++i)
-            if (from[i] != -1 && from[i] != i) moved.push_back(i);
+        const std::vector<int> from = Sources(seed, 0, h, v, 1.0f), moved = Moved(from);
         ASSERT_EQ(std::count(from.begin(), from.end(), -1), 1) << seed;
         ASSERT_EQ(moved.size(), 1u) << seed;
         const int blank = static_cast<int>(std::find(from.begin(), from.end(), -1) - from.begin());
@@ -90,86 +66,27 @@ TEST(ShuffleInverseMap, OneSlideMovesTheBlankToANeighbour)
     }
 }
 
-TEST(ShuffleInverseMap, OneSwapExchangesTwoCells)
+TEST(Shuffle, OneSwapExchangesTwoCellsAndManyMovesKeepAPermutationThatFollowsTheSeed)
 {
     int swapped = 0;
     for (int seed = 0; seed < 20; ++seed) {
-        Grid g(seed, 1, 4, 4, 1.0f);
-        ASSERT_TRUE(g.Start());
-        const std::vector<int> from = g.Sources();
+        const std::vector<int> from = Sources(seed, 1, 4, 4, 1.0f), moved = Moved(from);
         ASSERT_EQ(std::count(from.begin(), from.end(), -1), 0) << "no blank when swapping";
-        std::vector<int> moved;
-        for (int i = 0; i < 16; ++i)
-            if (from[i] != i) moved.push_back(i);
         ASSERT_TRUE(moved.empty() || moved.size() == 2u) << seed;  // a cell may swap with itself
         if (moved.size() == 2u) {
             ++swapped;
-            EXPECT_EQ(from[moved[0]], moved[1]);
-            EXPECT_EQ(from[moved[1]], moved[0]);
+            EXPECT_EQ(std::make_pair(from[moved[0]], from[moved[1]]), std::make_pair(moved[1], moved[0]));
         }
     }
     EXPECT_GT(swapped, 10);
-}
-
-TEST(ShuffleInverseMap, ManyMovesKeepAPermutationAndFollowTheSeed)
-{
     for (int type : {0, 1}) {
-        auto run = [&](int seed, float aspect) {
-            Grid g(seed, type, 6, 4, 60.0f);
-            EXPECT_TRUE(g.Start(9, 9, aspect));
-            return g.Sources(aspect);
-        };
-        const std::vector<int> a = run(7, 1.0f);
+        const std::vector<int> a = Sources(7, type, 6, 4, 60.0f);
         const std::set<int> seen(a.begin(), a.end());
         EXPECT_EQ(seen.size(), a.size());  // no source used twice
         EXPECT_EQ(seen.count(-1), type == 0 ? 1u : 0u);
-        EXPECT_EQ(run(7, 1.0f), a);
-        EXPECT_NE(run(8, 1.0f), a);
-        EXPECT_EQ(run(7, 2.0f), a);  // wide pixels give the same cells, y running to 1 / aspect
-    }
-}
-
-// The plate block that 4 x 4 block (bx, by) of a 17 x 17 render shows, -1
-// when it is empty, -2 when it is neither. The far row and column, normalised
-// to exactly 1, are left out.
-int BlockSource(const KImage& out, const KImage& plate, int bx, int by)
-{
-    auto same = [&](int sx, int sy) {
-        for (int i = 0; i < 16; ++i)
-            if (Raw(out, 4 * bx + i % 4, 4 * by + i / 4) != Raw(plate, 4 * sx + i % 4, 4 * sy + i / 4))
-                return false;
-        return true;
-    };
-    for (int b = 0; b < 16; ++b)
-        if (same(b % 4, b / 4)) return b;
-    for (int i = 0; i < 16; ++i)
-        if (Raw(out, 4 * bx + i % 4, 4 * by + i / 4) != std::array<float, 4>{}) return -2;
-    return -1;
-}
-
-TEST(ShuffleRender, BlocksAreMovedAndTheBlankIsEmpty)
-{
-    for (bool isFloat : {false, true}) {
-        std::unique_ptr<KImage> plate(Pattern(17, 17, isFloat));
-        ToolFlow r("ZV_Shuffle", plate.get());
-        r.Set("Horizontalsubdivisions", 4);
-        r.Set("Verticalsubdivisions", 4);
-        r.Set("Amount", 0.0);
-        EXPECT_EQ(zvtest::Differ(*r.Render(), *plate), "");
-
-        r.Set("Amount", 30.0);
-        r.Set("RandomSeed", 3);
-        r.Set("KFil", 0);
-        auto out = r.Render();
-        std::vector<int> blocks;
-        for (int b = 0; b < 16; ++b) blocks.push_back(BlockSource(*out, *plate, b % 4, b / 4));
-        EXPECT_EQ(std::count(blocks.begin(), blocks.end(), -2), 0);  // every block accounted for
-        EXPECT_EQ(std::count(blocks.begin(), blocks.end(), -1), 1);
-        EXPECT_EQ(std::set<int>(blocks.begin(), blocks.end()).size(), blocks.size());
-        EXPECT_NE(zvtest::Differ(*out, *plate), "");
-        // The draws happen once, before the jobs: a serial render is the same.
-        r.Set("ZVMT", 0);
-        EXPECT_EQ(zvtest::Differ(*r.Render(), *out), "");
+        EXPECT_EQ(Sources(7, type, 6, 4, 60.0f), a);
+        EXPECT_NE(Sources(8, type, 6, 4, 60.0f), a);
+        EXPECT_EQ(Sources(7, type, 6, 4, 60.0f, 2.0f), a);  // wide pixels give the same cells, y running to 1 / aspect
     }
 }
 

@@ -1,84 +1,37 @@
-// Spherize: declarations, no deformation as identity, each profile on a
-// hand-computed point, the four shapes' insides, the lock, a zero size, and a
-// render whose middle and outside stay put.
+// Spherize: each profile on a hand-computed point, the four shapes' insides,
+// the lock, a zero size, and no deformation as nothing to do.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
 namespace {
 
-TEST(SpherizeDeclarations, InputsAsTheHostShowsThem)
-{
-    zvtest::ExpectLeadingInputs("ZV_Spherize", "Spherize",
-                                {"Type", "Algorithm", "Iterations", "Center", "Size",
-                                 "Lockhorizontalvertical", "Deformation", "Deformationvertical"});
-    zvtest::ExpectInputs("ZV_Spherize",
-                         {{"Type", "items Horizontal|Vertical|Sphere|Rectangle; default 2"},
-                          {"Algorithm", "items Spherize|Soft in/out|Smooth|Sinusoid; default 0"},
-                          {"Iterations", "integer yes; default 2; soft 1..5"},
-                          {"Size", "default 1; soft 0..1"},
-                          {"Deformation", "default 0.5; soft -1..1"},
-                          {"Deformationvertical", "default 0.5; soft -1..1"}});
-    Warp w("ZV_Spherize");
-    EXPECT_EQ(w.Param("Type").id, "BeTy"_id);
-    EXPECT_EQ(w.Param("Size").id, "SpRa"_id);
-    EXPECT_EQ(w.Param("Center").pointUnit, 0);
-}
-
-TEST(SpherizeInverseMap, ProfilesOnAPointHalfwayOut)
+TEST(Spherize, ProfilesOnAPointHalfwayOutAndTheShapesInsides)
 {
     // 0.25 right of the middle of a sphere of size 1: u = 0.5, twice through
-    // the profile, half deformed.
+    // the profile, half deformed; the middle stays, outside the circle too.
     const float want[4] = {0.62612690f, 0.640625f, 0.73700237f, 0.65204336f};
     for (int algorithm = 0; algorithm < 4; ++algorithm) {
         Warp w("ZV_Spherize");
-        w.SetInt("Algorithm", algorithm);
-        ASSERT_TRUE(w.Start());
-        ExpectMaps(w, {{0.75f, 0.5f, want[algorithm], 0.5f},
-                       {0.5f, 0.5f, 0.5f, 0.5f},
-                       {0.9f, 0.9f, 0.9f, 0.9f}},  // outside the circle
-                   1e-5f);
+        ExpectSteps(w, 1e-5f, {{{{"Algorithm", double(algorithm)}},
+                                {{0.75f, 0.5f, want[algorithm], 0.5f}, {0.5f, 0.5f, 0.5f, 0.5f}, {0.9f, 0.9f, 0.9f, 0.9f}}}});
     }
     Warp w("ZV_Spherize");
-    w.SetInt("Algorithm", 1);  // soft: u0 to the power 1 + iterations
-    w.SetInt("Iterations", 3);
-    ASSERT_TRUE(w.Start());
-    ExpectMaps(w, {{0.75f, 0.5f, 0.5f + 0.25f * (0.5f * 0.0625f + 0.5f), 0.5f}}, 1e-5f);
-}
-
-TEST(SpherizeInverseMap, ShapesDecideTheInside)
-{
-    Warp w("ZV_Spherize");
-    w.SetInt("Type", 0);  // a vertical band: x alone decides, both axes move
-    ASSERT_TRUE(w.Start());
-    ExpectMaps(w, {{0.6f, 0.95f, 0.55001021f, 0.72504593f}, {0.0f, 0.5f, 0.0f, 0.5f}},  // edge: outside
-               1e-5f);
-    w.SetInt("Type", 1);
-    ASSERT_TRUE(w.Start());
-    ExpectMaps(w, {{0.95f, 0.6f, 0.72504593f, 0.55001021f}}, 1e-5f);
-
-    w.SetInt("Type", 3);  // a rectangle: each axis by its own distance
-    w.SetFloat("Deformation", 1.0f);
-    ASSERT_TRUE(w.Start());
-    ExpectMaps(w, {{0.7f, 0.6f, 0.50069819f, 0.55001021f}, {0.7f, 1.0f, 0.7f, 1.0f}}, 1e-5f);
-
-    // The lock takes the horizontal deformation for both.
-    w.SetFloat("Deformation vertical", 0.0f);
-    w.SetBool("Lock horizontal/vertical", true);
-    w.SetInt("Type", 2);
-    ASSERT_TRUE(w.Start());
-    ExpectMaps(w, {{0.5f, 0.75f, 0.5f, 0.5f + 0.25f * 0.00901523f}}, 1e-5f);
-
-    // A size of 0 has no inside.
-    w.SetFloat("Size", 0.0f);
-    ASSERT_TRUE(w.Start());
-    ExpectMaps(w, {{0.5f, 0.5f, 0.5f, 0.5f}, {0.51f, 0.5f, 0.51f, 0.5f}}, 1e-5f);
-
-    // Nothing to deform: nothing to do.
-    w.SetFloat("Deformation", 0.0f);
+    ExpectSteps(w, 1e-5f, {
+        // Soft: u0 to the power 1 + iterations.
+        {{{"Algorithm", 1}, {"Iterations", 3}}, {{0.75f, 0.5f, 0.5f + 0.25f * (0.5f * 0.0625f + 0.5f), 0.5f}}},
+        // A vertical band: x alone decides, both axes move; its edge is outside.
+        {{{"Algorithm", 0}, {"Iterations", 2}, {"Type", 0}}, {{0.6f, 0.95f, 0.55001021f, 0.72504593f}, {0.0f, 0.5f, 0.0f, 0.5f}}},
+        {{{"Type", 1}}, {{0.95f, 0.6f, 0.72504593f, 0.55001021f}}},
+        // A rectangle: each axis by its own distance.
+        {{{"Type", 3}, {"Deformation", 1}}, {{0.7f, 0.6f, 0.50069819f, 0.55001021f}, {0.7f, 1.0f, 0.7f, 1.0f}}},
+        // The lock takes the horizontal deformation for both.
+        {{{"Deformation vertical", 0}, {"Lock horizontal/vertical", 1}, {"Type", 2}}, {{0.5f, 0.75f, 0.5f, 0.5f + 0.25f * 0.00901523f}}},
+        {{{"Size", 0}}, {{0.5f, 0.5f, 0.5f, 0.5f}, {0.51f, 0.5f, 0.51f, 0.5f}}},  // a size of 0 has no inside
+    });
+    w.SetFloat("Deformation", 0.0f);  // nothing to deform: nothing to do
     EXPECT_FALSE(w.Start());
-    w.SetBool("Lock horizontal/vertical", false);
-    w.SetFloat("Deformation vertical", -0.5f);
+    w.Apply({{"Lock horizontal/vertical", 0}, {"Deformation vertical", -0.5}});
     EXPECT_TRUE(w.Start());
 }
 

@@ -1,78 +1,28 @@
-// Stretch: declarations, a segment without length as nothing to do, the
-// three pieces on hand-computed points (straight and turned), the offsets
-// type, and a render stretching the middle of each row.
+// Stretch: a segment without length as nothing to do, the three pieces on
+// hand-computed points (straight and turned), and the offsets type.
 #include "warp_support.h"
 
-using namespace zvwarp;
+using namespace zvtest;
 
 namespace {
 
-TEST(StretchDeclarations, InputsAsTheHostShowsThem)
-{
-    zvtest::ExpectLeadingInputs("ZV_Stretch", "Stretch",
-                                {"Type", "SourceStart", "SourceEnd", "DestinationStart",
-                                 "DestinationEnd", "OffsetStart", "OffsetEnd"});
-    zvtest::ExpectInputs("ZV_Stretch",
-                         {{"Type", "items Source and Destination|Source and Offset; default 0"},
-                          {"DestinationEnd", "point 0.5,0.5"},
-                          {"OffsetEnd", "control Screw; default 0; soft -0.1..0.1"}});
-    Warp w("ZV_Stretch");
-    EXPECT_EQ(w.Param("Offset Start").id, "OffS"_id);
-    EXPECT_EQ(w.Param("Destination Start").pointUnit, 0);
-}
-
-TEST(StretchInverseMap, SegmentsWithoutLengthDoNothing)
+TEST(Stretch, BeforeInsideAndAfterTheSegment)
 {
     Warp w("ZV_Stretch");
     EXPECT_FALSE(w.Start());  // every point at the middle
     w.SetPoint("Source End", 0.75f, 0.5f);
     EXPECT_FALSE(w.Start());  // the destination still has no length
-    w.SetPoint("Destination End", 0.5f, 0.75f);
-    EXPECT_TRUE(w.Start());
-}
-
-TEST(StretchInverseMap, BeforeInsideAndAfterTheSegment)
-{
-    Warp w("ZV_Stretch");
-    w.SetPoint("Source Start", 0.25f, 0.5f);
-    w.SetPoint("Source End", 0.5f, 0.5f);
-    w.SetPoint("Destination Start", 0.25f, 0.5f);
-    w.SetPoint("Destination End", 0.75f, 0.5f);
-    ASSERT_TRUE(w.Start());
-    ExpectMaps(w, {{0.5f, 0.6f, 0.375f, 0.6f},   // inside: twice as long
-                   {0.75f, 0.2f, 0.5f, 0.2f},
-                   {0.9f, 0.6f, 0.65f, 0.6f},    // after: follows the end
-                   {0.1f, 0.4f, 0.1f, 0.4f}},    // before: follows the start
-               1e-5f);
-
-    // A destination turned a quarter counter-clockwise about the start.
-    w.SetPoint("Source Start", 0.5f, 0.5f);
-    w.SetPoint("Source End", 0.75f, 0.5f);
-    w.SetPoint("Destination Start", 0.5f, 0.5f);
-    w.SetPoint("Destination End", 0.5f, 0.75f);
-    ASSERT_TRUE(w.Start());
-    ExpectMaps(w, {{0.5f, 0.6f, 0.6f, 0.5f},
-                   {0.6f, 0.6f, 0.6f, 0.4f},
-                   {0.5f, 0.9f, 0.9f, 0.5f},     // after the end
-                   {0.6f, 0.4f, 0.4f, 0.4f}},    // before the start
-               1e-5f);
-}
-
-TEST(StretchInverseMap, SourceAndOffsetLengthensTheSourceLine)
-{
-    Warp w("ZV_Stretch");
-    w.SetInt("Type", 1);
-    w.SetPoint("Source Start", 0.25f, 0.5f);
-    w.SetPoint("Source End", 0.75f, 0.5f);
-    w.SetFloat("Offset Start", 0.05f);
-    w.SetFloat("Offset End", 0.1f);
-    ASSERT_TRUE(w.Start());
-    const auto rows = {MapRow{0.2f, 0.5f, 0.25f, 0.5f}, MapRow{0.85f, 0.3f, 0.75f, 0.3f},
-                       MapRow{0.525f, 0.5f, 0.5f, 0.5f}, MapRow{0.95f, 0.5f, 0.85f, 0.5f}};
-    ExpectMaps(w, rows, 1e-5f);
-    w.SetPoint("Destination End", 0.1f, 0.9f);  // the destination points have no say
-    ASSERT_TRUE(w.Start());
-    ExpectMaps(w, rows, 1e-5f);
+    ExpectSteps(w, 1e-5f, {
+        // Inside twice as long; after, following the end; before, the start.
+        {{{"Source Start", 0.25, 0.5}, {"Source End", 0.5, 0.5}, {"Destination Start", 0.25, 0.5}, {"Destination End", 0.75, 0.5}},
+         {{0.5f, 0.6f, 0.375f, 0.6f}, {0.75f, 0.2f, 0.5f, 0.2f}, {0.9f, 0.6f, 0.65f, 0.6f}, {0.1f, 0.4f, 0.1f, 0.4f}}},
+        // A destination turned a quarter counter-clockwise about the start.
+        {{{"Source Start", 0.5, 0.5}, {"Source End", 0.75, 0.5}, {"Destination Start", 0.5, 0.5}, {"Destination End", 0.5, 0.75}},
+         {{0.5f, 0.6f, 0.6f, 0.5f}, {0.6f, 0.6f, 0.6f, 0.4f}, {0.5f, 0.9f, 0.9f, 0.5f}, {0.6f, 0.4f, 0.4f, 0.4f}}},
+        // Source and Offset lengthens the source line; the destination points have no say.
+        {{{"Type", 1}, {"Source Start", 0.25, 0.5}, {"Offset Start", 0.05}, {"Offset End", 0.1}, {"Destination End", 0.1, 0.9}},
+         {{0.2f, 0.5f, 0.25f, 0.5f}, {0.85f, 0.3f, 0.75f, 0.3f}, {0.525f, 0.5f, 0.5f, 0.5f}, {0.95f, 0.5f, 0.85f, 0.5f}}},
+    });
 }
 
 }  // namespace

@@ -1,81 +1,50 @@
 // Formula: number formatting with its digits, zeros, signs and the padding
-// switch it borrows from the number settings; literal replacement in its
-// order; the declarations; a Random feeding a number input in a flow.
-#include <cctype>
+// switch points borrow from the numbers; literal replacement in its order; a
+// Random feeding a number input in a flow.
 #include <cstdio>
-#include "value_driver.h"
+#include "framework/numeric.h"
+#include "support.h"
 
-using namespace zvvalue;
+using namespace zvtest;
 
 namespace {
 
-TEST(TextFormulaFormat, DigitsZerosSignsAndPrecision)
+TEST(TextFormula, DigitsZerosSignsAndPrecision)
 {
-    const struct {
-        float n1;
-        int32_t digits;
-        bool zeros, space;
-        int32_t precision;
-        const char* want;
-    } rows[] = {
-        {1.5f, 1, false, false, 2, "1.50"},
-        {1.5f, 3, false, false, 2, "  1.50"},
-        {1.5f, 3, true, false, 2, "001.50"},
-        {12.5f, 3, true, false, 2, "012.50"},
-        {123.0f, 3, true, false, 2, "123.00"},
-        {9.996f, 2, true, false, 2, "10.00"},  // the digit count follows the rounded value
-        {9.994f, 2, true, false, 2, "09.99"},
-        {-1.5f, 1, true, false, 2, "-1.50"},
-        {-1.5f, 3, true, false, 2, "-001.50"},
+    const struct { float n1; int32_t digits; bool zeros, space; int32_t precision; const char* want; } rows[] = {
+        {1.5f, 3, false, false, 2, "  1.50"},   {12.5f, 3, true, false, 2, "012.50"},
+        {123.0f, 3, true, false, 2, "123.00"},  {9.996f, 2, true, false, 2, "10.00"},  // digits of the rounded value
+        {9.994f, 2, true, false, 2, "09.99"},   {-1.5f, 3, true, false, 2, "-001.50"},
         {-1.5f, 3, false, false, 2, "  -1.50"},  // without zeros the pads go before the sign
-        {-1.5f, 1, false, true, 2, "-1.50"},
-        {0.25f, 1, false, true, 2, " 0.25"},
-        {0.0f, 1, false, true, 2, " 0.00"},
-        {0.75f, 1, false, false, 0, "1"},
-        {0.75f, 1, false, false, 6, "0.750000"},
+        {-1.5f, 1, false, true, 2, "-1.50"},    {0.0f, 1, false, true, 2, " 0.00"},
+        {0.75f, 1, false, false, 0, "1"},       {0.75f, 1, false, false, 6, "0.750000"},
     };
-    Tool f("ZV_TextFormula");
+    Tool<> f("ZV_TextFormula");
     for (const auto& r : rows) {
         f.SetFloat("n1", r.n1);
-        f.SetInt("Minimum number value digits before dot", r.digits);
-        f.SetBool("Leading zero's (number values)", r.zeros);
-        f.SetBool("Add space if not negative (number values)", r.space);
-        f.SetInt("Precision number values", r.precision);
+        f.Apply({{"Minimum number value digits before dot", r.digits}, {"Leading zero's (number values)", r.zeros}});
+        f.Apply({{"Add space if not negative (number values)", r.space}, {"Precision number values", r.precision}});
         EXPECT_EQ(f.Of("Text", "n1"), r.want) << r.n1 << " digits " << r.digits;
     }
-}
-
-TEST(TextFormulaFormat, PointsPadWithTheNumberSetting)
-{
-    Tool f("ZV_TextFormula");
-    f.SetPoint("p1", 2.5f, -0.375f);
-    f.SetInt("Precision point values", 1);
-    f.SetInt("Minimum point value digits before dot", 2);
-    f.SetBool("Leading zero's (point values)", true);
-    // Zeros for points take the sign off and put it in front, but the pad is
-    // a blank because the number setting is off.
+    // Points: zeros take the sign off and put it in front, but the pad is a
+    // blank while the number setting is off.
+    f.Apply({{"p1", 2.5, -0.375}, {"Precision point values", 1}, {"Minimum point value digits before dot", 2}});
+    f.Apply({{"Leading zero's (point values)", 1}, {"Leading zero's (number values)", 0}});
     EXPECT_EQ(f.Of("Text", "p1x|p1y"), " 2.5|- 0.4");
-    f.SetBool("Leading zero's (point values)", false);
-    f.SetBool("Leading zero's (number values)", true);
+    f.Apply({{"Leading zero's (point values)", 0}, {"Leading zero's (number values)", 1}});
     EXPECT_EQ(f.Of("Text", "p1x|p1y"), "02.5|0-0.4");
     f.SetBool("Add space if not negative (point values)", true);
     EXPECT_EQ(f.Of("Text", "p1x"), " 02.5");
-    f.SetBool("Add space if not negative (number values)", false);
-    EXPECT_EQ(f.Of("Text", "p1x"), " 02.5");
 }
 
-TEST(TextFormulaReplace, LiteralAndInOrder)
+TEST(TextFormula, ReplacesLiterallyAndInOrder)
 {
-    Tool f("ZV_TextFormula");
+    Tool<> f("ZV_TextFormula");
     f.SetFloat("n1", 0.5f);
     // Inside words and before more digits, too.
     EXPECT_EQ(f.Of("Text", "n1 won1 n12"), "0.50 wo0.50 0.502");
-    EXPECT_EQ(f.Of("Text", "no names here"), "no names here");
-    EXPECT_EQ(f.Of("Text", ""), "");
     // n1's digits make "n2", which the later pass for n2 replaces.
-    f.SetInt("Precision number values", 0);
-    f.SetFloat("n1", 2.0f);
-    f.SetFloat("n2", 0.75f);
+    f.Apply({{"Precision number values", 0}, {"n1", 2.0}, {"n2", 0.75}});
     EXPECT_EQ(f.Of("Text", "nn1"), "1");
     // Texts go last, so number and point names they hold stay; a later
     // text's name is still replaced.
@@ -85,51 +54,11 @@ TEST(TextFormulaReplace, LiteralAndInOrder)
     // A value holding its own name is put in once; the search goes on behind it.
     f.SetText("t3", "(t3)");
     EXPECT_EQ(f.Of("Text", "t3 t3"), "(t3) (t3)");
-    f.SetPoint("p9", 0.25f, 0.125f);
-    f.SetInt("Precision point values", 3);
+    f.Apply({{"p9", 0.25, 0.125}, {"Precision point values", 3}});
     EXPECT_EQ(f.Of("Text", "(p9x, p9y) n9"), "(0.250, 0.125) 0");
 }
 
-TEST(TextFormulaDeclarations, InputsAsTheHostShowsThem)
-{
-    std::vector<std::string> ids;
-    for (const char* group : {"NumberIn", "PointIn", "TextIn"}) {
-        ids.push_back(group);
-        for (int n = 1; n <= 9; ++n) ids.push_back(std::string(1, char(std::tolower(group[0]))) + std::to_string(n));
-    }
-    for (const char* id : {"TextOut", "Text", "Precisionnumbervalues", "Minimumnumbervaluedigitsbeforedot",
-                           "Leadingzeros", "Addspaceifnotnegative", "Precisionpointvalues",
-                           "Minimumpointvaluedigitsbeforedot", "Leadingzerospointvalues", "Addspaceifnotnegativepointvalues"})
-        ids.push_back(id);
-    Tool f("ZV_TextFormula");
-    EXPECT_EQ(zvtest::FirstInputIds(*f.op, ids.size()), ids);
-    zvtest::ExpectInputs(*f.op, {
-        {"n3", "default 0; soft 0..1"},
-        {"p2", "type Point; point 0,0"},
-        {"t4", "control TextEdit; lines 2"},
-        {"Text", "lines 10; text \"\""},
-        {"Precisionnumbervalues", "label Precision number values; default 2; soft 0..6"},
-        {"Minimumnumbervaluedigitsbeforedot", "default 1; soft 1..6"},
-        {"Precisionpointvalues", "default 2; soft 0..6"},
-        {"Minimumpointvaluedigitsbeforedot", "default 1; soft 1..6"},
-        {"Leadingzeros", "control Checkbox; default 0"},
-        {"Addspaceifnotnegative", "control Checkbox; default 0"},
-        {"Leadingzerospointvalues", "name Leading zero's (point values); control Checkbox; default 0"},
-        {"Addspaceifnotnegativepointvalues", "control Checkbox; default 0"},
-    });
-    EXPECT_EQ(f.Param("n3").id, "NuIp"_id);
-    EXPECT_EQ(f.Param("p9").id, "PoIv"_id);
-    EXPECT_EQ(f.Param("t1").id, "TeIn"_id);
-    const std::vector<uint32_t> codes = ValueCodes(*f.effect);
-    ASSERT_EQ(codes.size(), 36u);
-    EXPECT_EQ(std::vector<uint32_t>(codes.begin() + 27, codes.end()),
-              (std::vector<uint32_t>{"Text"_id, "TePN"_id, "TeDN"_id, "TeZN"_id, "TeNM"_id, "TePP"_id,
-                                     "TeDP"_id, "TeZP"_id, "TePM"_id}));
-    ASSERT_EQ(f.op->Outputs().size(), 1u);
-    EXPECT_EQ(f.op->MainOutput()->dataType, host::DataType::Text);
-}
-
-TEST(TextFormulaFlow, ARandomNumberWrittenIntoASentence)
+TEST(TextFormula, ARandomNumberWrittenIntoASentence)
 {
     host::Flow flow;
     auto& rnd = flow.Add("rnd", Registered("ZV_NumberRandom"));
@@ -141,7 +70,7 @@ TEST(TextFormulaFlow, ARandomNumberWrittenIntoASentence)
     flow.Connect(formula, In(formula, "n1"), rnd, rnd.op->MainOutput());
     for (int frame : {1, 2, 7}) {
         char want[64];
-        std::snprintf(want, sizeof want, "value %.4f at 0.50", Noise(float(frame), 1234));
+        std::snprintf(want, sizeof want, "value %.4f at 0.50", KTimeNoise(float(frame), 1234));
         flow.BeginFrame();
         EXPECT_EQ(TextOf(flow.Evaluate(formula, formula.op->MainOutput(), frame)), want) << frame;
     }

@@ -1,140 +1,71 @@
 // From file: a line per frame with hold and loop, a chosen line, lines with
 // start frames, the walk that joins an empty line to the next, "\n" escapes,
-// files that are missing, the declarations and visibility rules, a flow, and
-// the zelvarine command on an existing and a missing file.
-#include <algorithm>
+// files read anew or missing, the controls Source and Format show, and the
+// command on an existing and a missing file.
 #include <filesystem>
 #include "command_support.h"
-#include "value_driver.h"
+#include "support.h"
 
-using namespace zvvalue;
-namespace fs = std::filesystem;
+using namespace zvtest;
 
 namespace {
 
-TEST(TextFromFileBox, EachLineChosenLineStartFramesAndEscapes)
+TEST(TextFromFile, EachLineChosenLineStartFramesAndEscapes)
 {
-    const char* abc = "alpha\nbeta\ngamma";
-    const char* starts = "5 hello there\n  12\tworld\n\n20 end\\nof it\n";
-    const struct {
-        const char* text;
-        int32_t format, hold;
-        bool loop;
-        int32_t line;
-        float time;
-        const char* want;
-    } rows[] = {
+    const char *abc = "alpha\nbeta\ngamma", *starts = "5 hello there\n  12\tworld\n\n20 end\\nof it\n";
+    const char *bare = "0 first\n8\n10 last", *walk = "a\n\nb\nc", *escapes = "one\\ntwo\\n\nthree\\";
+    const struct { const char* text; int32_t format, hold; bool loop; int32_t line; float time; const char* want; } rows[] = {
         // Each line a frame: the frame is the whole part of the time; held and looped.
-        {abc, 0, 1, false, 0, 0.0f, "alpha"}, {abc, 0, 1, false, 0, 1.0f, "beta"},
-        {abc, 0, 1, false, 0, 2.9f, "gamma"}, {abc, 0, 1, false, 0, 3.0f, ""},
-        {abc, 0, 2, false, 0, 3.0f, "beta"},  {abc, 0, 2, false, 0, 5.0f, "gamma"},
-        {abc, 0, 2, false, 0, 6.0f, ""},      {abc, 0, 2, true, 0, 6.0f, "alpha"},
-        {abc, 0, 2, true, 0, 8.0f, "beta"},   {abc, 0, 2, true, 0, 13.0f, "alpha"},
-        {"", 0, 1, false, 0, 0.0f, ""},       {"", 0, 1, true, 0, 4.0f, ""},  // no lines to loop over
-        // A trailing newline makes a last, empty line.
-        {"one\ntwo\n", 0, 1, true, 0, 1.0f, "two"}, {"one\ntwo\n", 0, 1, true, 0, 2.0f, ""},
-        {"one\ntwo\n", 0, 1, true, 0, 3.0f, "one"},
+        {abc, 0, 1, false, 0, 2.9f, "gamma"}, {abc, 0, 1, false, 0, 3.0f, ""}, {abc, 0, 2, false, 0, 3.0f, "beta"},
+        {abc, 0, 2, false, 0, 6.0f, ""}, {abc, 0, 2, true, 0, 6.0f, "alpha"}, {abc, 0, 2, true, 0, 8.0f, "beta"},
+        {"", 0, 1, true, 0, 4.0f, ""},  // no lines to loop over
+        {"one\ntwo\n", 0, 1, true, 0, 2.0f, ""},  // a trailing newline makes a last, empty line
         // An empty line joins the next; the walk, run out, keeps the last.
-        {"a\n\nb\nc", 0, 1, false, 0, 0.0f, "a"}, {"a\n\nb\nc", 0, 1, false, 0, 1.0f, "\nb"},
-        {"a\n\nb\nc", 0, 1, false, 0, 2.0f, "c"}, {"a\n\nb\nc", 0, 1, false, 0, 3.0f, "c"},
-        {"a\n\nb\nc", 0, 1, false, 0, 4.0f, ""},
+        {walk, 0, 1, false, 0, 1.0f, "\nb"}, {walk, 0, 1, false, 0, 3.0f, "c"}, {walk, 0, 1, false, 0, 4.0f, ""},
         // The chosen line only.
-        {abc, 2, 1, false, 0, 7.0f, "alpha"}, {abc, 2, 1, false, 1, 0.0f, "beta"},
-        {abc, 2, 1, false, 1, 50.0f, "beta"}, {abc, 2, 1, false, 3, 0.0f, ""},
-        {abc, 2, 1, false, -1, 0.0f, ""},     {"single", 2, 1, false, 0, 0.0f, "single"},
-        // Start frames: each text holds until the next start; leading blanks
-        // go, a tab separates.
-        {starts, 1, 1, false, 0, 4.0f, ""},            {starts, 1, 1, false, 0, 5.0f, "hello there"},
-        {starts, 1, 1, false, 0, 11.9f, "hello there"}, {starts, 1, 1, false, 0, 12.0f, "world"},
-        {starts, 1, 1, false, 0, 19.0f, "world"},       {starts, 1, 1, false, 0, 20.0f, "end\r\nof it"},
-        {starts, 1, 1, false, 0, 500.0f, "end\r\nof it"},
-        // A bare start frame changes nothing.
-        {"0 first\n8\n10 last", 1, 1, false, 0, 8.0f, "first"},
-        {"0 first\n8\n10 last", 1, 1, false, 0, 9.0f, "first"},
-        {"0 first\n8\n10 last", 1, 1, false, 0, 10.0f, "last"},
+        {abc, 2, 1, false, 1, 50.0f, "beta"}, {abc, 2, 1, false, 3, 0.0f, ""}, {abc, 2, 1, false, -1, 0.0f, ""},
+        // Start frames: each text holds until the next start; leading blanks go, a tab separates.
+        {starts, 1, 1, false, 0, 4.0f, ""}, {starts, 1, 1, false, 0, 11.9f, "hello there"},
+        {starts, 1, 1, false, 0, 12.0f, "world"}, {starts, 1, 1, false, 0, 500.0f, "end\r\nof it"},
+        {bare, 1, 1, false, 0, 9.0f, "first"}, {bare, 1, 1, false, 0, 10.0f, "last"},  // a bare start changes nothing
         {"3 x", 1, 1, false, 0, -1.0f, ""},  // a frame at or before -1 stops at once
-        // The walk stops at the first start not yet reached: a later line with
-        // an earlier frame is never seen.
+        // The walk stops at the first start not yet reached.
         {"10 late\n5 early", 1, 1, false, 0, 7.0f, ""}, {"10 late\n5 early", 1, 1, false, 0, 12.0f, "early"},
         // "\n" escapes become line breaks.
-        {"one\\ntwo\\n\nthree\\", 0, 1, false, 0, 0.0f, "one\r\ntwo\r\n"},
-        {"one\\ntwo\\n\nthree\\", 0, 1, false, 0, 1.0f, "three\\"},
-        {"one\\ntwo\\n\nthree\\", 2, 1, false, 0, 0.0f, "one\r\ntwo\r\n"},
+        {escapes, 0, 1, false, 0, 0.0f, "one\r\ntwo\r\n"}, {escapes, 0, 1, false, 0, 1.0f, "three\\"},
+        {escapes, 2, 1, false, 0, 0.0f, "one\r\ntwo\r\n"},
     };
-    Tool f("ZV_TextFromFile");
+    Tool<> f("ZV_TextFromFile");
     f.SetInt("Source", 1);
     for (const auto& r : rows) {
-        f.SetInt("Format", r.format);
-        f.SetInt("Hold frames", r.hold);
-        f.SetBool("Loop", r.loop);
-        f.SetInt("Line", r.line);
+        f.Apply({{"Format", r.format}, {"Hold frames", r.hold}, {"Loop", r.loop}, {"Line", r.line}});
         EXPECT_EQ(f.Of("Text", r.text, r.time), r.want) << r.text << " format " << r.format << " at " << r.time;
     }
+    // Shown: a file by default, a start frame per line; then by Source and Format.
+    ExpectShown("ZV_TextFromFile", {"Filename", "Text", "Holdframes", "Loop", "Line"},
+                {{nullptr, 0, "10000"}, {"Source", 1, "01000"}, {"Format", 0, "01110"},
+                 {"Format", 2, "01001"}, {"Format", 1, "01000"}, {"Source", 0, "10000"}});
 }
 
-TEST(TextFromFileFiles, ReadsTheFileAnewEachRenderAndIgnoresTheTextBox)
+TEST(TextFromFile, ReadsTheFileAnewEachRenderAndIgnoresTheTextBox)
 {
-    const zvtest::TempDir dir;
-    Tool f("ZV_TextFromFile");
+    const TempDir dir;
+    Tool<> f("ZV_TextFromFile");
     f.SetText("Text", "from the box");
     f.SetInt("Format", 0);
-    EXPECT_EQ(f.Of("Filename", dir.Write("lines.txt", "first\nsecond\r\nthird")), "first");
-    f.Run(1.0f);
-    EXPECT_EQ(f.Text(), "second\r");  // bytes as they stand in the file
-    f.SetInt("Source", 1);
-    f.Run(0.0f);
-    EXPECT_EQ(f.Text(), "from the box");
-    // A missing file, or none, gives an empty text.
-    f.SetInt("Source", 0);
+    EXPECT_EQ(f.Of("Filename", dir.Write("lines.txt", "first\nsecond\r\nthird"), 1.0f), "second\r");  // bytes as they stand
     f.SetInt("Format", 2);
-    EXPECT_EQ(f.Of("Filename", (dir.path / "nothing.txt").string()), "");
+    EXPECT_EQ(f.Of("Filename", (dir.path / "nothing.txt").string()), "");  // a missing file, or none: empty
     EXPECT_EQ(f.Of("Filename", ""), "");
     EXPECT_EQ(f.Of("Filename", dir.Write("there.txt", "now here")), "now here");
-    fs::remove(dir.path / "there.txt");
+    std::filesystem::remove(dir.path / "there.txt");
     f.Run(0.0f);
     EXPECT_EQ(f.Text(), "");
-}
-
-TEST(TextFromFileDeclarations, InputsAndTheControlsSourceAndFormatShow)
-{
-    zvtest::ExpectLeadingInputs("ZV_TextFromFile", "From File",
-                                {"Source", "Filename", "Text", "Format", "Holdframes", "Loop", "Line"});
-    zvtest::ExpectInputs("ZV_TextFromFile",
-                         {{"Source", "control MultiButton; items File|Textbox; default 0"},
-                          {"Filename", "control File; type Text; text \"\""},
-                          {"Text", "lines 30"},
-                          {"Format", "control Combo; default 1; items Each line a frame|Startframe and text|Line on frame..."},
-                          {"Holdframes", "label Hold frames; integer yes; default 1; soft 1..25"},
-                          {"Loop", "default 0; soft 0..1"},
-                          {"Line", "default 0; soft 0..100"}});
-    Tool t("ZV_TextFromFile");
-    EXPECT_EQ(t.Param("Filename").Item(0), "Text file (*.txt)|*.txt");
-    EXPECT_EQ(ValueCodes(*t.effect),
-              (std::vector<uint32_t>{"Sour"_id, "FiNa"_id, "Text"_id, "FiFo"_id, "Hold"_id, "Loop"_id, "Line"_id}));
-    EXPECT_EQ(t.op->MainOutput()->id, "Output");
-
-    // Shown: a file by default, a start frame per line; then by Source and Format.
-    zvtest::ToolFlow f("ZV_TextFromFile");
-    zvtest::ExpectShown(f, {"Filename", "Text", "Holdframes", "Loop", "Line"},
-                        {{nullptr, 0, "10000"}, {"Source", 1, "01000"}, {"Format", 0, "01110"},
-                         {"Format", 2, "01001"}, {"Format", 1, "01000"}, {"Source", 0, "10000"}});
-}
-
-TEST(TextFromFileCommand, PrintsTheLineOrNamesTheMissingFile)
-{
-    const zvtest::TempDir dir;
-    dir.Write("lines.txt", "alpha\nbeta\ngamma\n");
-    zvtest::CommandResult r = dir.Run("run FrFl Filename=lines.txt Format=0 --time 1");
-    EXPECT_EQ(r.code, 0) << r.err;
-    EXPECT_EQ(r.out, "beta\n");
-    EXPECT_EQ(r.err, "");
-    EXPECT_EQ(dir.Run("run 'From file' Filename=lines.txt Format=2 Line=2").out, "gamma\n");
-    r = dir.Run("run FrFl Filename=absent.txt");
+    // The command prints the line, or names the missing file and its input.
+    EXPECT_EQ(dir.Run("run FrFl Filename=lines.txt Format=2 Line=2").out, "third\n");
+    const CommandResult r = dir.Run("run FrFl Filename=absent.txt");
     EXPECT_EQ(r.code, 2);
-    EXPECT_EQ(r.out, "");
-    EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
-    EXPECT_NE(r.err.find("absent.txt"), std::string::npos) << r.err;
-    EXPECT_NE(r.err.find("Filename"), std::string::npos) << r.err;
+    EXPECT_NE(r.err.find("absent.txt (input Filename"), std::string::npos) << r.err;
 }
 
 }  // namespace

@@ -1,37 +1,26 @@
 // Write: how many characters a "Write" value shows, the cursor and the
-// prefix, the declarations, and a Write typing into another text tool.
-#include "value_driver.h"
+// prefix, and a Write typing into another text tool.
+#include "support.h"
 
-using namespace zvvalue;
+using namespace zvtest;
 
 namespace {
 
-TEST(TextWriteCount, TruncatesWriteTimesLengthAndAHalf)
+TEST(TextWrite, TruncatesWriteTimesLengthAndAHalfWithCursorAndPrefix)
 {
-    Tool w("ZV_TextWrite");
-    const struct { const char* text; float write; const char* want; } rows[] = {
-        {"abcdefghij", 1.0f, "abcdefghij_"},   // 10.5 truncates to 10
-        {"abcdefghij", 0.96f, "abcdefghij_"},  // 10.08
-        {"abcdefghij", 0.95f, "abcdefghi_"},   // 9.975
-        {"abcdefghij", 0.5f, "abcde_"},        // 5.25
-        {"abcdefghij", 0.09f, "_"},            // 0.945
-        {"abcdefghij", 0.0f, "_"},
-        {"", 1.0f, "_"},
-        // Beyond the slider's ends: never more than the text, never less than nothing.
-        {"abcdefghij", 2.0f, "abcdefghij_"},
-        {"abcdefghij", -1.0f, "_"},
+    Tool<> w("ZV_TextWrite");
+    const struct { float write; const char* want; } rows[] = {
+        {1.0f, "abcdefghij_"},  // 10.5 truncates to 10
+        {0.95f, "abcdefghi_"},  // 9.975
+        {0.09f, "_"},           // 0.945
+        {2.0f, "abcdefghij_"},  // beyond the slider's ends: never more than the text, never less than nothing
+        {-1.0f, "_"},
     };
     for (const auto& r : rows) {
         w.SetFloat("Write", r.write);
-        EXPECT_EQ(w.Of("Text", r.text), r.want) << r.write;
+        EXPECT_EQ(w.Of("Text", "abcdefghij"), r.want) << r.write;
     }
-}
-
-TEST(TextWriteCursor, CursorAndPrefix)
-{
-    Tool w("ZV_TextWrite");
-    w.SetFloat("Write", 0.5f);
-    w.SetBool("Cursor show", false);
+    w.Apply({{"Write", 0.5}, {"Cursor show", 0}});
     EXPECT_EQ(w.Of("Text", "typing"), "typ");
     w.SetBool("Prefix show", true);
     EXPECT_EQ(w.Of("Text", "typing"), "//typ");
@@ -39,28 +28,9 @@ TEST(TextWriteCursor, CursorAndPrefix)
     w.SetText("Cursor", "|");
     w.SetText("Prefix", "> ");
     EXPECT_EQ(w.Of("Text", "typing"), "> typ|");
-    w.SetFloat("Write", 0.0f);
-    EXPECT_EQ(w.Of("Text", "typing"), "> |");
 }
 
-TEST(TextWriteDeclarations, InputsAsTheHostShowsThem)
-{
-    zvtest::ExpectLeadingInputs("ZV_TextWrite", "Text Write",
-                                {"Text", "Write", "Cursor", "Cursorshow", "Prefix", "Prefixshow"});
-    zvtest::ExpectInputs("ZV_TextWrite", {{"Text", "lines 5; text \"\""},
-                                          {"Write", "label Write; default 1; soft 0..1"},
-                                          {"Cursor", "lines 2; text \"_\""},
-                                          {"Cursorshow", "control Checkbox; default 1"},
-                                          {"Prefix", "lines 2; text \"//\""},
-                                          {"Prefixshow", "control Checkbox; default 0"}});
-    Tool w("ZV_TextWrite");
-    EXPECT_EQ(ValueCodes(*w.effect),
-              (std::vector<uint32_t>{"Text"_id, "TxWr"_id, "CuTx"_id, "CuSh"_id, "PrTx"_id, "PrSh"_id}));
-    EXPECT_EQ(w.op->MainOutput()->id, "Output");
-    EXPECT_EQ(w.op->MainOutput()->dataType, host::DataType::Text);
-}
-
-TEST(TextWriteFlow, TypesIntoAFormulaOverFrames)
+TEST(TextWrite, TypesIntoAFormulaOverFrames)
 {
     host::Flow flow;
     auto& write = flow.Add("write", Registered("ZV_TextWrite"));

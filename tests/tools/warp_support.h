@@ -1,35 +1,17 @@
 // Helpers of the warp tools' tests: a registered warp driven directly (fields
 // written through its declarations, Start on an image, then InverseMap), and
-// rows of points it must map.
+// steps of settings with the points each must map.
 #pragma once
-#include <gtest/gtest.h>
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <initializer_list>
-#include <memory>
 #include "support.h"
 
-namespace zvwarp {
+namespace zvtest {
 
-using zvtest::Pattern;
-using zvtest::Registered;
-using zvtest::ToolFlow;
-
-// A warp's effect without a request. Values are written as they arrive from
-// the bridge: angles negated in radians, points already in their unit.
-class Warp : public zvtest::EffectDriver<KEffectWarp> {
+class Warp : public Tool<KEffectWarp> {
 public:
-    explicit Warp(const char* className)
-        : EffectDriver(className), image(KImage::Create(11, 11, false))
-    {
-    }
+    explicit Warp(const char* className) : Tool(className), image(KImage::Create(11, 11, false)) {}
     ~Warp() { Stop(); }
-
-    void Set(uint32_t id, float v) { Field<float>(id) = v; }
-    void SetPoint(uint32_t id, float x, float y) { Field<KPoint2>(id) = {x, y}; }
-    using EffectDriver::Set;
-    using EffectDriver::SetPoint;
 
     // Starts on `image` (11 x 11 unless replaced), or on a new image of this
     // geometry; only a relative tool reads its pixels.
@@ -42,20 +24,18 @@ public:
     }
     bool Start(int32_t w, int32_t h, float pixelAspect = 1.0f)
     {
-        Stop();
         image.reset(KImage::Create(w, h, true, pixelAspect, 1.0f));
         return Start();
     }
     void Stop()
     {
-        if (!started) return;
         KImage* slot = nullptr;
-        effect->Stop(&slot);
+        if (started) effect->Stop(&slot);
         started = false;
     }
     bool Map(float x, float y, KPosition& out) const { return effect->InverseMap(out, {x, y}); }
 
-    std::unique_ptr<KImage> image;
+    Img image;
     bool started = false;
 };
 
@@ -65,7 +45,7 @@ struct MapRow {
 };
 
 // Every row within `tol`; a tolerance of 0 asks for the exact point.
-inline void ExpectMaps(const Warp& w, std::initializer_list<MapRow> rows, float tol)
+inline void ExpectMaps(const Warp& w, const std::vector<MapRow>& rows, float tol)
 {
     for (const MapRow& r : rows) {
         KPosition out;
@@ -75,31 +55,34 @@ inline void ExpectMaps(const Warp& w, std::initializer_list<MapRow> rows, float 
     }
 }
 
-// The stored channels of a pixel, 16-bit codes or floats as they are; zero
-// outside the image.
-inline std::array<float, 4> Raw(const KImage& img, int32_t x, int32_t y)
+// Each step's settings, a new Start, and the points it must map.
+struct Step {
+    std::vector<Setting> set;
+    std::vector<MapRow> maps;
+};
+inline void ExpectSteps(Warp& w, float tol, std::initializer_list<Step> steps)
 {
-    std::array<float, 4> r{0.0f, 0.0f, 0.0f, 0.0f};
-    if (x < 0 || y < 0 || x >= img.width || y >= img.height) return r;
-    for (int c = 0; c < 4; ++c)
-        r[c] = img.IsFloat() ? img.RowF(y)[4 * x + c] : static_cast<float>(img.RowW(y)[4 * x + c]);
-    return r;
+    int n = 0;
+    for (const Step& s : steps) {
+        w.Apply(s.set);
+        w.Start();
+        SCOPED_TRACE("step " + std::to_string(n++));
+        ExpectMaps(w, s.maps, tol);
+    }
 }
 
 // Largest difference of any channel, in float units, between a's pixel x, y and
 // b's pixel x - dx, y - dy, over columns x0..x1-1 and rows y0..y1-1.
-inline float MaxDiff(const KImage& a, const KImage& b, int32_t x0, int32_t y0, int32_t x1,
-                     int32_t y1, int32_t dx = 0, int32_t dy = 0)
+inline float MaxDiff(const KImage& a, const KImage& b, int32_t x0, int32_t y0, int32_t x1, int32_t y1,
+                     int32_t dx = 0, int32_t dy = 0)
 {
     float worst = 0.0f;
     for (int32_t y = y0; y < y1; ++y)
         for (int32_t x = x0; x < x1; ++x) {
-            KPixelF p, q;
-            a.GetPixel(x, y, p, kEdgeBlack);
-            b.GetPixel(x - dx, y - dy, q, kEdgeBlack);
+            const KPixelF p = At<KPixelF>(a, x, y), q = At<KPixelF>(b, x - dx, y - dy);
             for (int c = 0; c < 4; ++c) worst = std::max(worst, std::fabs(p[c] - q[c]));
         }
     return worst;
 }
 
-}  // namespace zvwarp
+}  // namespace zvtest

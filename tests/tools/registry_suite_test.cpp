@@ -1,0 +1,226 @@
+// What holds for every registered tool, checked once over the registry, so a
+// tool is covered from the moment it registers: declared defaults read back
+// from the host within their ranges; image tools render odd sizes down to one
+// pixel in both depths, finite, alike on one thread, two and none, and through
+// a flow as their effect driven directly; number and text tools give defined
+// values at any time, through a flow as from their effect.
+#include <cmath>
+#include <set>
+#include "support.h"
+
+using namespace zvtest;
+
+namespace {
+
+// Registered tools whose main output is an image, or those whose is not.
+std::vector<std::string> Classes(bool images)
+{
+    std::vector<std::string> names;
+    for (const host::Registration& r : host::Registry::Get().All()) {
+        if (r.hostTool) continue;
+        std::unique_ptr<host::Operator> op(r.creator());
+        const host::Output* main = op->MainOutput();
+        if ((main && main->dataType == host::DataType::Image) == images) names.push_back(r.className);
+    }
+    return names;
+}
+
+std::string Named(const testing::TestParamInfo<std::string>& info) { return info.param; }
+
+// Declared defaults a tool keeps outside its limits.
+const std::set<std::pair<std::string, std::string>> kDefaultsBeyondTheirLimits = {
+    {"ZV_Generate", "Detail"},
+};
+
+// Every host input tied to a declaration starts from the declared default,
+// which the fresh effect's field holds too, within the hard limits, the
+// slider's range and the item list.
+void ExpectDefaultsReadBack(const std::string& className)
+{
+    std::unique_ptr<host::Operator> op(host::CreateOperator(Registered(className)));
+    for (KInput* k = ToolOf(op.get())->inputs.First(); k; k = k->Next()) {
+        const KParameter& p = *k->parameter;
+        const host::InputAttrs& a = k->hostInput->attrs;
+        const host::Value now = k->hostInput->ValueAt(0.0);
+        SCOPED_TRACE(className + " " + k->hostInput->id);
+        if (p.valueKind == kValuePoint) {
+            const auto& f = *static_cast<const KPoint2*>(p.field);
+            const auto* pt = dynamic_cast<const host::Point*>(now.get());
+            ASSERT_TRUE(a.defaultPoint && pt);
+            EXPECT_EQ(*a.defaultPoint, std::make_pair(double(p.defaultPoint.x), double(p.defaultPoint.y)));
+            EXPECT_EQ(std::make_pair(double(f.x), double(f.y)), *a.defaultPoint);
+            EXPECT_EQ(std::make_pair(pt->x, pt->y), *a.defaultPoint);
+            continue;
+        }
+        if (p.valueKind == kValueText) {
+            EXPECT_EQ(a.defaultText.value_or("<none>"), p.defaultText);
+            EXPECT_EQ(*static_cast<const std::string*>(p.field), p.defaultText);
+            continue;
+        }
+        const int s = k->subIndex;
+        float declared = p.defaultValue, field;
+        switch (p.valueKind) {
+        case kValueFloat: field = *static_cast<const float*>(p.field); break;
+        case kValueInteger: field = float(*static_cast<const int32_t*>(p.field)); break;
+        case kValueBoolean: field = *static_cast<const bool*>(p.field); break;
+        case kValueColor: declared = (&p.defaultColor.r)[s], field = (&static_cast<const KColor*>(p.field)->r)[s]; break;
+        case kValueRange: {
+            const auto* r = static_cast<const KRange2*>(p.field);
+            declared = s ? p.defaultRange.high : p.defaultRange.low, field = s ? r->high : r->low;
+            break;
+        }
+        default: continue;  // images, transforms: nothing of their own to start from
+        }
+        EXPECT_EQ(field, declared);
+        ASSERT_TRUE(a.defaultNumber);
+        const double d = *a.defaultNumber;
+        EXPECT_EQ(d, double(declared));
+        EXPECT_EQ(NumberOf(now), d);
+        if (!kDefaultsBeyondTheirLimits.count({className, p.name})) {
+            EXPECT_GE(d, std::max(a.hardMin.value_or(d), a.softMin.value_or(d)));
+            EXPECT_LE(d, std::min(a.hardMax.value_or(d), a.softMax.value_or(d)));
+        }
+        if (!a.items.empty()) {
+            EXPECT_LT(d, double(a.items.size()));
+        }
+    }
+}
+
+// Fields as the bridge leaves them at the declared defaults: angles arrive
+// negated, in radians for unit 1; points move into their unit on `picture`.
+void AsTheBridgeLeavesThem(KEffect& e, const KImage& picture, bool source)
+{
+    const float aspect = picture.PictureAspect();
+    for (KParameter* p = e.inputs(); p; p = p->Next()) {
+        if (p->controlKind == kControlAngle) {
+            float& f = *static_cast<float*>(p->field);
+            f = p->angleUnit == 1 ? -f * 0.017453292f : -f;
+        }
+        if (p->valueKind != kValuePoint) continue;
+        KPoint2& pt = *static_cast<KPoint2*>(p->field);
+        if (p->pointUnit == 1) pt.y = (1.0f / aspect) * pt.y;
+        if (p->pointUnit == 2) pt = {pt.x * float(picture.width), pt.y * float(picture.height)};
+        if (source) continue;  // a source's offsets stay unshifted
+        if (p->pointUnit == 3) pt = {pt.x - 0.5f, pt.y - 0.5f};
+        if (p->pointUnit == 4) pt = {pt.x - 0.5f, (pt.y - 0.5f) / aspect};
+    }
+}
+
+// A pattern plate; in floats with values outside 0..1 and a clear pixel,
+// which are finite input too.
+Img Plate(int32_t w, int32_t h, bool isFloat)
+{
+    Img plate = Pattern(w, h, isFloat);
+    if (isFloat) {
+        plate->SetPixel(0, 0, KPixelF{-0.5f, 1.75f, 0.3f, 2.0f});
+        plate->SetPixel(w - 1, h - 1, KPixelF{0.5f, 0.25f, 1.0f, 0.0f});
+    }
+    return plate;
+}
+
+class ImageTool : public testing::TestWithParam<std::string> {
+protected:
+    // The tool in a flow at w x h: a source told its size and depth, any other
+    // fed a plate.
+    std::unique_ptr<ToolFlow> InFlow(int32_t w, int32_t h, bool isFloat)
+    {
+        auto f = std::make_unique<ToolFlow>(GetParam());
+        if (auto* s = dynamic_cast<host::SourceOperator*>(f->node.op.get())) {
+            s->floatDepth = isFloat;
+            f->Set("Width", w);
+            f->Set("Height", h);
+        } else {
+            f->kept = Plate(w, h, isFloat);
+            f->SetImage(ToolOf(f->node.op.get())->imageInput->id, f->kept.get());
+        }
+        return f;
+    }
+    // The same through the effect alone, fields as the bridge leaves them.
+    Img Direct(int32_t w, int32_t h, bool isFloat)
+    {
+        Tool<KEffectImage> t(GetParam());
+        const bool source = t.effect->HasFeature(kFeatureSource);
+        Img plate = source ? Img(KImage::Create(w, std::max(h, 2), isFloat)) : Plate(w, h, isFloat);
+        AsTheBridgeLeavesThem(*t.effect, *plate, source);
+        return source ? t.Make(w, std::max(h, 2), isFloat, true) : t.Run(plate.get(), true);
+    }
+};
+
+class ValueTool : public testing::TestWithParam<std::string> {};
+
+// Defaults, then each size and depth: its geometry, finite pixels and the
+// effect's own; then threads.
+TEST_P(ImageTool, DefaultsSizesDepthsAndThreads)
+{
+    ExpectDefaultsReadBack(GetParam());
+    for (bool isFloat : {false, true}) {
+        for (auto [w, h] : {std::pair{1, 1}, {1, 2}, {3, 1}, {7, 5}, {33, 17}}) {
+            SCOPED_TRACE(testing::Message() << w << "x" << h << (isFloat ? " float" : " int16"));
+            std::unique_ptr<ToolFlow> f = InFlow(w, h, isFloat);
+            Img out = f->Render();
+            ASSERT_NE(out, nullptr);
+            EXPECT_EQ(out->width, w);
+            EXPECT_EQ(out->height, f->kept ? h : std::max(h, 2));  // sources make two rows at least
+            EXPECT_EQ(out->IsFloat(), isFloat);
+            for (int32_t y = 0; isFloat && y < out->height; ++y)
+                for (int32_t x = 0; x < 4 * out->width; ++x)
+                    ASSERT_TRUE(std::isfinite(out->RowF(y)[x])) << "channel " << x % 4 << " of " << x / 4 << "," << y;
+            EXPECT_EQ(Differ(*out, *Direct(w, h, isFloat)), "") << "flow against the effect alone";
+        }
+        EXPECT_EQ(InFlow(33, 17, isFloat)->ThreadsAgree(), "") << "float " << isFloat;
+    }
+}
+
+TEST_P(ValueTool, DefaultsAndValuesAtAnyTime)
+{
+    ExpectDefaultsReadBack(GetParam());
+    ToolFlow f(GetParam());
+    Tool<> direct(GetParam());
+    for (double t : {0.0, 1.0, 7.5, -3.0, 1000.0}) {
+        f.flow.BeginFrame();
+        direct.Run(static_cast<float>(t));
+        for (KOutput* o = direct.effect->outputs(); o; o = o->Next()) {
+            const std::string id = static_cast<host::Output*>(o->hostOutput)->id;
+            const host::Value v = f.flow.Evaluate(f.node, f.node.op->FindOutput(id), t);
+            SCOPED_TRACE(id + " at " + std::to_string(t));
+            if (o->valueKind == kValueFloat) {
+                EXPECT_TRUE(std::isfinite(NumberOf(v)));
+                EXPECT_EQ(NumberOf(v), double(*static_cast<float*>(o->field)));
+            } else {
+                EXPECT_EQ(TextOf(v), *static_cast<std::string*>(o->field));
+            }
+        }
+    }
+}
+
+// Declarations whose words or limits a tidy rewrite would lose: spellings
+// and names kept as the user sees them, ids cut at "(", odd pages, and
+// limits hard at one end only.
+TEST(RegisteredTools, InputsKeepTheirOddities)
+{
+    const struct { const char *tool, *id, *props; } rows[] = {
+        {"ZV_Noise", "Howtocombine", "items Replace|Add|Substract"},
+        {"ZV_Noise", "SizeX", "soft 1..-; hard -..32"},  // a hard end is not also soft
+        {"ZV_MatchColor", "Numberofcolors", "items Single|Low and High|Low, Mid && High"},
+        {"ZV_Generate", "Base", "items Position|Pixel Value (RG is UV)|Both"},
+        {"ZV_Generate", "Type", "items - Cells|Concrete|- Clouds|- Crawling|- Flow|Fluid|FBM|- Fractal|- Francis|"
+                                "- Frederic|- Marble|Perlin|Plasma|- Ridged|Simplex|Slabrie|- Value|Water|Worley|- Wood"},
+        {"ZV_Gradient", "Negativesignedfull", "name Negative                   signed                   full"},
+        {"ZV_LensDistortion", "Pincorners", "name Pin corners (only if center is centered)"},
+        {"ZV_HueSaturation", "SaturationMultiply", "soft 0..-; hard -..2"},
+        {"ZV_Remap", "TypeInput", "page Shuffle"},
+        {"ZV_NumberColorSwitchboard", "Color34Red", "name Color  3 4Red; label Color  3 4"},
+        {"ZV_NumberBeat", "CombinevalueconnecttoanotherBeatorso", "label Combine value, connect to another Beat or so)"},
+        {"ZV_TextFromFile", "Format", "items Each line a frame|Startframe and text|Line on frame..."},
+        {"ZV_Shuffle", "Amount", "control Screw; integer no"},
+    };
+    for (const auto& r : rows) {
+        std::unique_ptr<host::Operator> op(host::CreateOperator(Registered(r.tool)));
+        EXPECT_EQ(Describe(op->FindInput(r.id), r.props), r.props) << r.tool << " " << r.id;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Registered, ImageTool, testing::ValuesIn(Classes(true)), Named);
+INSTANTIATE_TEST_SUITE_P(Registered, ValueTool, testing::ValuesIn(Classes(false)), Named);
+
+}  // namespace
