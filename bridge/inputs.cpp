@@ -150,6 +150,7 @@ void KTool::BuildParameter(KParameter* p)
         a.defaultNumber = p->defaultValue;
         a.hardMin = 0.0;
         a.hardMax = 360.0;
+        a.hardReason = "angles run from 0 to 360 degrees";
         a.sensitivity = 3601;
         a.controlParam = 451;
         if (preview) {

@@ -63,11 +63,12 @@ double ConformNumber(const Input& input, double v, const std::string& what)
     const std::string wholeNumbers = " takes a whole number from -16777216 to 16777216";
     if (a.integer && !whole) throw BadInput(what + wholeNumbers + got);
     const bool below = a.hardMin && v < *a.hardMin, above = a.hardMax && v > *a.hardMax;
-    if ((below || above) && !a.hardReason.empty()) {
+    if (below || above) {
+        // Refused rather than clamped: a value quietly changed is a render nobody asked for.
         const std::string lo = a.hardMin ? Number(*a.hardMin).ToText() : "", hi = a.hardMax ? Number(*a.hardMax).ToText() : "";
-        throw BadInput(what + " takes " + lo + ".." + hi + got + ": " + a.hardReason);
+        const std::string range = a.hardMin && a.hardMax ? lo + ".." + hi : a.hardMin ? "at least " + lo : "at most " + hi;
+        throw BadInput(what + " takes " + range + got + (a.hardReason.empty() ? "" : ": " + a.hardReason));
     }
-    v = below ? *a.hardMin : above ? *a.hardMax : v;
     if (a.integer && std::fabs(v) > kMaxWhole) throw BadInput(what + wholeNumbers + got);
     return v;
 }

@@ -32,8 +32,8 @@ struct InputAttrs {
     std::optional<std::pair<double, double>> defaultPoint;
     std::optional<std::string> defaultText;
     std::optional<double> softMin, softMax, hardMin, hardMax;
-    // Why a value from outside beyond the hard limits is refused; without a
-    // reason it is clamped to them.
+    // Why a value from outside beyond the hard limits is refused, when more
+    // than the limits themselves needs saying.
     std::string hardReason;
     std::vector<std::string> items;
     bool radio = false;
