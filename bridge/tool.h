@@ -111,10 +111,12 @@ public:
 private:
     KInput* Tie(host::Input* input, KParameter* p, uint32_t id, int32_t subIndex);
     KInput* FindInput(uint32_t id) const;
+    friend struct KControlBuild;
     host::Input* AddStandardInput(int32_t number, float defaultValue);
     void BuildParameter(KParameter* p);
     void BuildTransform(KParameter* p);
     void BuildStandardInputs();
+    void BuildOutputs();
     host::Input* AddInput(const std::string& label, const host::InputAttrs& attrs,
                           const std::string& alias = {});
     void ApplyMessage(const KMessage& m, double time);
