@@ -3,6 +3,7 @@
 #pragma once
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include "raster/pixel.h"
 
 namespace host { class Image; }
@@ -81,6 +82,13 @@ public:
     KRect FindBounds() const;
     bool FindChannelBounds(int32_t channel, float low, float high, float outMin[2],
                            float outMax[2]) const;
+    // Calls fn for every row, rows spread over the host's workers, with the
+    // row's integer or float pixels (the other pointer is null). fn writes
+    // only what belongs to its row: results come out the same on any thread count.
+    void EachRow(const std::function<void(int32_t y, const uint16_t* w, const float* f)>& fn) const;
+    // Pixel x of such a row as a channel selector reads it, in integer codes:
+    // 0 to 3 a channel, any other the luminance 0.299, 0.587, 0.114.
+    static uint32_t ChannelValue(const uint16_t* w, const float* f, int32_t x, int32_t channel);
     void ColorSpaceConvert(int32_t from, int32_t to);
     KImage* Copy() const { return Clone(); }
     void Clear();

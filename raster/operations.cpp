@@ -6,6 +6,7 @@
 #include <cstring>
 #include <vector>
 #include "host/image.h"
+#include "host/threads.h"
 #include "raster/image.h"
 
 namespace {
@@ -139,37 +140,63 @@ KRect KImage::FindBounds() const
     return r;
 }
 
+uint32_t KImage::ChannelValue(const uint16_t* w, const float* f, int32_t x, int32_t channel)
+{
+    uint32_t c[4];
+    for (int k = 0; k < 4; ++k) c[k] = w ? w[4 * x + k] : KFloatToInt(f[4 * x + k]);
+    if (channel >= 0 && channel <= 3) return c[channel];
+    return static_cast<uint32_t>(0.299f * c[0] + 0.587f * c[1] + 0.114f * c[2]);
+}
+
+void KImage::EachRow(const std::function<void(int32_t y, const uint16_t* w, const float* f)>& fn) const
+{
+    host::DoMultiProcess(height, [&](int y) {
+        fn(y, IsFloat() ? nullptr : RowW(y), IsFloat() ? RowF(y) : nullptr);
+    });
+}
+
 bool KImage::FindChannelBounds(int32_t channel, float low, float high, float outMin[2],
                                float outMax[2]) const
 {
-    float minX = FLT_MAX, minY = FLT_MAX, maxX = FLT_MIN, maxY = FLT_MIN;
+    // Each row finds its own bounds on the pool; minima and maxima merge the
+    // same in any order.
+    struct Bounds {
+        float minX = FLT_MAX, minY = FLT_MAX, maxX = FLT_MIN, maxY = FLT_MIN;
+        bool found = false;
+    };
+    std::vector<Bounds> rows(std::max(height, 0));
     const float span = std::fabs(high - low);
-    bool found = false;
-    for (int32_t y = 0; y < height; ++y) {
+    EachRow([&](int32_t y, const uint16_t* w, const float* f) {
+        Bounds& b = rows[y];
+        const float fy = static_cast<float>(y);
         for (int32_t x = 0; x < width; ++x) {
-            KPixel p;
-            GetPixel(x, y, p, kEdgeBlack);
-            uint32_t value;
-            if (channel >= 0 && channel <= 3) value = p[channel];
-            else value = static_cast<uint32_t>(0.299f * p.r + 0.587f * p.g + 0.114f * p.b);
-            const float v = static_cast<float>(value) * 1.5259022e-05f;
+            const float v = static_cast<float>(ChannelValue(w, f, x, channel)) * 1.5259022e-05f;
             if (!(v > low && v <= high)) continue;
             const float t = (v - low) / span;
-            const float fx = static_cast<float>(x), fy = static_cast<float>(y);
-            minX = std::min(fx + 1.0f - t, minX);
-            minY = std::min(fy + 1.0f - t, minY);
-            maxX = std::max(fx + t, maxX);
-            maxY = std::max(fy + t, maxY);
-            found = true;
+            const float fx = static_cast<float>(x);
+            b.minX = std::min(fx + 1.0f - t, b.minX);
+            b.minY = std::min(fy + 1.0f - t, b.minY);
+            b.maxX = std::max(fx + t, b.maxX);
+            b.maxY = std::max(fy + t, b.maxY);
+            b.found = true;
         }
+    });
+    Bounds all;
+    for (const Bounds& b : rows) {
+        if (!b.found) continue;
+        all.minX = std::min(all.minX, b.minX);
+        all.minY = std::min(all.minY, b.minY);
+        all.maxX = std::max(all.maxX, b.maxX);
+        all.maxY = std::max(all.maxY, b.maxY);
+        all.found = true;
     }
-    if (!found) return false;
-    if (minX > maxX) minX = maxX = (minX + maxX) * 0.5f;
-    if (minY > maxY) minY = maxY = (minY + maxY) * 0.5f;
-    outMin[0] = minX;
-    outMin[1] = minY;
-    outMax[0] = maxX;
-    outMax[1] = maxY;
+    if (!all.found) return false;
+    if (all.minX > all.maxX) all.minX = all.maxX = (all.minX + all.maxX) * 0.5f;
+    if (all.minY > all.maxY) all.minY = all.maxY = (all.minY + all.maxY) * 0.5f;
+    outMin[0] = all.minX;
+    outMin[1] = all.minY;
+    outMax[0] = all.maxX;
+    outMax[1] = all.maxY;
     return true;
 }
 

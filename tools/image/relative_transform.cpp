@@ -3,6 +3,8 @@
 // lies in the range, or at their weighted centre. Center moves the result.
 #include <algorithm>
 #include <cmath>
+#include <utility>
+#include <vector>
 #include "framework/effect.h"
 #include "framework/geometry.h"
 #include "framework/registration.h"
@@ -65,30 +67,27 @@ public:
 private:
     // The pixels that count as for the bounding box, each weighted by how far
     // into the range it lies; the centre is both corners, in the box's units.
+    // Rows sum on the pool and add up in row order, as one thread would.
     bool WeightedCentre(const KImage& image, float lo[2], float hi[2]) const
     {
         const float low = range.low, high = range.high, span = std::fabs(high - low);
-        double sx = 0.0, sy = 0.0, sum = 0.0;
-        for (int32_t y = 0; y < image.height; ++y) {
-            const uint16_t* w = image.IsFloat() ? nullptr : image.RowW(y);
-            const float* f = image.IsFloat() ? image.RowF(y) : nullptr;
+        std::vector<std::pair<double, double>> rows(image.height);  // weight, weighted x
+        image.EachRow([&](int32_t y, const uint16_t* w, const float* f) {
             double rowSum = 0.0, rowX = 0.0;
             for (int32_t x = 0; x < image.width; ++x) {
-                uint32_t c[4];
-                for (int k = 0; k < 4; ++k) c[k] = w ? w[4 * x + k] : KFloatToInt(f[4 * x + k]);
-                const uint32_t value =
-                    channel >= 0 && channel <= 3
-                        ? c[channel]
-                        : static_cast<uint32_t>(0.299f * c[0] + 0.587f * c[1] + 0.114f * c[2]);
-                const float v = static_cast<float>(value) * 1.5259022e-05f;
+                const float v = static_cast<float>(KImage::ChannelValue(w, f, x, channel)) * 1.5259022e-05f;
                 if (!(v > low && v <= high)) continue;
                 const double t = (v - low) / span;
                 rowSum += t;
                 rowX += t * (x + 0.5);
             }
-            sum += rowSum;
-            sx += rowX;
-            sy += rowSum * (y + 0.5);
+            rows[y] = {rowSum, rowX};
+        });
+        double sx = 0.0, sy = 0.0, sum = 0.0;
+        for (int32_t y = 0; y < image.height; ++y) {
+            sum += rows[y].first;
+            sx += rows[y].second;
+            sy += rows[y].first * (y + 0.5);
         }
         if (!(sum > 0.0)) return false;
         lo[0] = hi[0] = static_cast<float>(sx / sum);
