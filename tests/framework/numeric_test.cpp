@@ -143,37 +143,23 @@ TEST(FrameworkQuadratic, RootsInTheirOrderNoneLeaveTheOutputsAndAZeroLeadingTerm
 TEST(FrameworkHlsToRgb, EachChannelOnItsSegmentAndItsBounds)
 {
     const float m1 = 0.25f, m2 = 0.75f;
-    struct Case {
-        float h;
-        float rgb[3];
-    };
-    const Case exact[] = {
+    const struct { float h, tolerance, rgb[3]; } cases[] = {
         // Blue sits at 1 - 1/3 rounded to a float just below two thirds: the
         // last sliver of the fall, one step above m1.
-        {0.0f, {m2, m1, 0x1.000008p-2f}},
+        {0.0f, 0, {m2, m1, 0x1.000008p-2f}},
         // One sixth in single precision lies above the double bound, and so
         // does two thirds; at one half the fall starts at m2.
-        {0.5f, {m1, m2, m2}},
-        {1.0f / 6.0f, {m2, m2, m1}},
-        {2.0f / 3.0f, {m1, m1, m2}},
-        {1.0f, {m2, m1, m1}},
+        {0.5f, 0, {m1, m2, m2}}, {1.0f / 6.0f, 0, {m2, m2, m1}}, {2.0f / 3.0f, 0, {m1, m1, m2}}, {1.0f, 0, {m2, m1, m1}},
+        {0.1f, 3e-7f, {m2, 0.55f, m1}},   // green rises
+        {0.3f, 3e-7f, {0.35f, m2, m1}},   // red falls
+        {0.6f, 3e-7f, {m1, 0.45f, m2}},   // green falls
+        {0.4f, 3e-7f, {m1, m2, 0.45f}},   // blue rises
+        {0.7f, 3e-7f, {0.35f, m1, m2}},   // red rises from its wrapped position, 0.0333
+        {0.95f, 3e-7f, {m2, m1, 0.4f}},   // blue falls
     };
-    const Case near[] = {
-        {0.1f, {m2, 0.55f, m1}},   // green rises
-        {0.3f, {0.35f, m2, m1}},   // red falls
-        {0.6f, {m1, 0.45f, m2}},   // green falls
-        {0.4f, {m1, m2, 0.45f}},   // blue rises
-        {0.7f, {0.35f, m1, m2}},   // red rises from its wrapped position, 0.0333
-        {0.95f, {m2, m1, 0.4f}},   // blue falls
-    };
-    for (const Case& c : exact) {
+    for (const auto& c : cases) {
         float out[3];
         KHlsToRgb(m1, m2, c.h, out);
-        for (int k = 0; k < 3; ++k) EXPECT_EQ(out[k], c.rgb[k]) << c.h << " channel " << k;
-    }
-    for (const Case& c : near) {
-        float out[3];
-        KHlsToRgb(m1, m2, c.h, out);
-        for (int k = 0; k < 3; ++k) EXPECT_FLOAT_EQ(out[k], c.rgb[k]) << c.h << " channel " << k;
+        for (int k = 0; k < 3; ++k) EXPECT_NEAR(out[k], c.rgb[k], c.tolerance) << c.h << " channel " << k;
     }
 }

@@ -1,9 +1,6 @@
 // Each image family through its process: integer and float, awkward sizes,
 // channel switches, pre-divide, call order, serial against threaded.
-#include <gtest/gtest.h>
 #include <atomic>
-#include <cmath>
-#include <vector>
 #include "support.h"
 
 using namespace zvtest;
@@ -141,8 +138,7 @@ TEST(FrameworkProcessColor, SuperSamplingAveragesAndTakesSwitchedOffChannelsFrom
     EXPECT_FLOAT_EQ(At<KPixelF>(*out, 1, 1).a, 0.0f);  // the last sample of (1, 1) is clamped to itself
 
     for (bool isFloat : {false, true}) {
-        Img row = Row<KPixelF>({{}, {1.0f, 1.0f, 1.0f, 1.0f}});
-        if (!isFloat) row = Row<KPixel>({{}, {65535, 65535, 65535, 65535}});
+        Img row = isFloat ? Row<KPixelF>({{}, {1.0f, 1.0f, 1.0f, 1.0f}}) : Row<KPixel>({{}, {65535, 65535, 65535, 65535}});
         s = Settings(isFloat);
         s.superSampling = 2;
         KEffectSame same;
@@ -157,10 +153,7 @@ TEST(FrameworkProcessColor, CallOrderAndStartsThatDoNotRun)
     KEffectRotate effect(&calls);
     Img src = Pattern(4, 3, false);
     RunEffect(effect, src.get(), Settings(false), true);
-    EXPECT_EQ(calls.start, 1);
-    EXPECT_EQ(calls.jobs, 12);
-    EXPECT_EQ(calls.stop, 1);
-    EXPECT_EQ(calls.jobsAfterStop, 0);
+    EXPECT_EQ(std::vector<int>({calls.start, calls.jobs, calls.stop, calls.jobsAfterStop}), std::vector<int>({1, 12, 1, 0}));
 
     // All switches off: a copy without Start or Stop. A failed Start: a copy, still stopped.
     for (bool threaded : {false, true})
@@ -173,9 +166,7 @@ TEST(FrameworkProcessColor, CallOrderAndStartsThatDoNotRun)
             s.red = s.green = s.blue = s.alpha = false;
             EXPECT_EQ(Differ(*RunEffect(a, in.get(), s, threaded), *in), "");
             EXPECT_EQ(off.start + off.stop + off.jobs, 0);
-            EXPECT_EQ(failed.start, 1);
-            EXPECT_EQ(failed.jobs, 0);
-            EXPECT_EQ(failed.stop, 1);
+            EXPECT_EQ(std::vector<int>({failed.start, failed.jobs, failed.stop}), std::vector<int>({1, 0, 1}));
         }
 }
 
@@ -236,9 +227,7 @@ TEST(FrameworkProcessPosition, PositionsInUnitsOfWidthAndTheOffCentreSuperSample
 
 TEST(FrameworkProcessPosition, IntegerPathPreDivideAndExtraChannels)
 {
-    host::ImageSpec spec = Img(KImage::Create(3, 2, false))->HostImage()->Spec();
-    spec.aux = {host::ChanZ};
-    Img src(KImage::Wrap(host::Image::New(spec), true));
+    Img src(KImage::Wrap(Blank(3, 2, false, {host::ChanZ}).release(), true));
     src->SetPixel(1, 1, KPixel{10000, 20000, 30000, 32768});
     src->AuxPlane(host::ChanZ)[4] = 7.5f;
     KRenderSettings s = Settings(false);
@@ -325,24 +314,17 @@ TEST(FrameworkProcessThreads, PassesAreSeparatedJobCountsAskedAndPostBlurThreade
     EXPECT_GT(At<KPixelF>(*blurred, 5, 4).r, 0.0f);
 }
 
-// Shifts the picture right by a quarter of its width; nothing left of 0.
+// Shifts the picture right by `shift` of its width; nothing left of 0. No
+// shift is the identity, everywhere.
 class KEffectShift : public KEffectWarp {
 public:
+    explicit KEffectShift(float by = 0.25f) : shift(by) {}
     bool InverseMap(KPosition& out, const KPosition& in) override
     {
         out = {in.x - shift, in.y};
-        return out.x >= 0.0f;
+        return shift == 0.0f || out.x >= 0.0f;
     }
-    float shift = 0.25f;
-};
-
-class KEffectIdentityWarp : public KEffectWarp {
-public:
-    bool InverseMap(KPosition& out, const KPosition& in) override
-    {
-        out = in;
-        return true;
-    }
+    float shift;
 };
 
 TEST(FrameworkProcessInverse, IdentityKeepsThePictureWithEachFilter)
@@ -354,8 +336,8 @@ TEST(FrameworkProcessInverse, IdentityKeepsThePictureWithEachFilter)
                 KRenderSettings s = Settings(isFloat);
                 s.filter = filter;
                 s.edges = kEdgeDuplicate;
-                KEffectIdentityWarp effect;
-                Img out = RunEffect(effect, src.get(), s, true);
+                KEffectShift identity(0.0f);
+                Img out = RunEffect(identity, src.get(), s, true);
                 for (int32_t y = 0; y < h; ++y)
                     for (int32_t x = 0; x < w; ++x)
                         for (int c = 0; c < 4; ++c)
@@ -369,8 +351,7 @@ TEST(FrameworkProcessInverse, FailedMappingGivesTheZeroPixelAndMaskKeepsOwnPosit
     Img src = Pattern(8, 4, false);
     KRenderSettings s = Settings(false);
     s.filter = 0;
-    KEffectShift effect;
-    effect.shift = 3.0f / 7.0f;  // three pixels
+    KEffectShift effect(3.0f / 7.0f);  // three pixels
     Img out = RunEffect(effect, src.get(), s, true);
     EXPECT_EQ(At<KPixel>(*out, 2, 1).a, 0u);
     EXPECT_EQ(At<KPixel>(*out, 5, 1).r, At<KPixel>(*src, 2, 1).r);
@@ -415,7 +396,7 @@ TEST(FrameworkProcessInverse, UnderSamplingOneIsExactFourIsCloseAndSeriallyCover
     Img src = Pattern(16, 16, false);
     KRenderSettings s = Settings(false);
     s.underSample = 4;  // grid 6 x 6
-    KEffectIdentityWarp a, b;
+    KEffectShift a(0.0f), b(0.0f);
     Img serial = RunEffect(a, src.get(), s, false), threaded = RunEffect(b, src.get(), s, true);
     EXPECT_NEAR(double(At<KPixel>(*serial, 3, 5).r), double(At<KPixel>(*src, 3, 5).r), 1.0);
     EXPECT_EQ(At<KPixel>(*serial, 3, 6).a, 0u);  // never written

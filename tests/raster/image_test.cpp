@@ -1,11 +1,6 @@
 // KImage: edge modes of the pixel read, conversions between the pixel forms,
 // geometry, derived images and copies across depths.
-#include <gtest/gtest.h>
-#include <cmath>
-#include <cstdlib>
 #include <limits>
-#include "host/image.h"
-#include "raster/image.h"
 #include "support.h"
 
 using namespace zvtest;
@@ -26,14 +21,7 @@ class RasterImageDepth : public ::testing::TestWithParam<bool> {};
 
 TEST_P(RasterImageDepth, GetPixelEdgeModes)
 {
-    Img img(KImage::Create(3, 2, GetParam()));
-    for (int32_t y = 0; y < 2; ++y)
-        for (int32_t x = 0; x < 3; ++x) {
-            KPixelF f;
-            KToFloat(Tagged(x, y), f);
-            if (GetParam()) img->SetPixel(x, y, f);
-            else img->SetPixel(x, y, Tagged(x, y));
-        }
+    Img img = Made(3, 2, GetParam(), Tagged);
     // Where each read comes from; fromX -1 stands for the zero pixel.
     const struct { int32_t x, y, edges, fromX, fromY; } rows[] = {
         // Black: the zero pixel outside; an unknown mode reads like it.

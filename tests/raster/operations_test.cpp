@@ -22,13 +22,8 @@ TEST(RasterMergeOver, OpaqueCoversZeroLeavesAloneAndHalfTransparentAdds)
         Img pattern(Pattern(5, 4, isFloat)), merged(pattern->Clone());
         merged->MergeOver(*Img(KImage::Create(5, 4, isFloat)));
         EXPECT_EQ(Differ(*merged, *pattern), "") << isFloat;
-        if (isFloat) {
-            merged->MergeOver(*Solid(5, 4, KPixelF{1, 1, 1, 1}));
-            ExpectEvery(*merged, KPixelF{1, 1, 1, 1});
-        } else {
-            merged->MergeOver(*Solid(5, 4, KPixel{65535, 65535, 65535, 65535}));
-            ExpectEvery(*merged, KPixel{65535, 65535, 65535, 65535});
-        }
+        merged->MergeOver(*Made(5, 4, isFloat, [](int32_t, int32_t) { return KPixel{65535, 65535, 65535, 65535}; }));
+        ExpectEvery(*merged, KPixelF{1, 1, 1, 1});
     }
     // k = 65535 - 32768 = 32767; each component is other + round(this * k / 65535).
     Img target = Solid(2, 1, KPixel{40000, 30000, 65535, 65535});
@@ -57,10 +52,8 @@ TEST(RasterFade, IntegerScaleRuleWithTheWeightInDoublePrecisionAndOneOrMoreLeave
         }
     }
     // a = (int)(0.5 * 65535.5) = 32767.
-    const KPixel in[4] = {{0, 1, 2, 3}, {1000, 40001, 65535, 65534}, {65535, 0, 0, 0}, {2, 2, 2, 2}};
     const KPixel want[4] = {{0, 0, 1, 1}, {500, 20000, 32767, 32767}, {32767, 0, 0, 0}, {1, 1, 1, 1}};
-    Img img(KImage::Create(4, 1, false));
-    for (int i = 0; i < 4; ++i) img->SetPixel(i, 0, in[i]);
+    Img img = Row<KPixel>({{0, 1, 2, 3}, {1000, 40001, 65535, 65534}, {65535, 0, 0, 0}, {2, 2, 2, 2}});
     img->Fade(0.5f);
     for (int i = 0; i < 4; ++i) EXPECT_EQ(Channels(At<KPixel>(*img, i, 0)), Channels(want[i])) << i;
     Img tenth = Solid(2, 2, KPixel{65535, 12345, 5, 65535});
@@ -84,10 +77,8 @@ TEST(RasterFade, IntegerScaleRuleWithTheWeightInDoublePrecisionAndOneOrMoreLeave
 TEST(RasterBlend, IntegerAndFloatWeights)
 {
     // a = (int)(0.25 * 65535.5) = 16383, the other weight 49152.
-    Img target(KImage::Create(2, 1, false)), other(KImage::Create(2, 1, false));
-    target->SetPixel(0, 0, KPixel{0, 65535, 20000, 3});
-    other->SetPixel(0, 0, KPixel{65535, 0, 40000, 1000});
-    target->Blend(*other, 0.25f);
+    Img target = Row<KPixel>({{0, 65535, 20000, 3}, {}});
+    target->Blend(*Row<KPixel>({{65535, 0, 40000, 1000}, {}}), 0.25f);
     EXPECT_EQ(Channels(At<KPixel>(*target, 0, 0)), Channels(KPixel{16383, 49152, 25000, 252}));
     EXPECT_EQ(Channels(At<KPixel>(*target, 1, 0)), Channels(KPixel{}));
 
@@ -207,23 +198,18 @@ TEST(RasterClearAndCopyOffset, ZeroesColourAndAuxiliaryChannelsAndShiftsAcrossDe
 
 TEST(RasterFillAndMask, FillKeepsAlphaAndMasksTakeTheMaskAlphaOrItsInverse)
 {
-    Img img(KImage::Create(3, 1, false));
-    for (uint32_t x : {0u, 1u, 2u}) img->SetPixel(x, 0, KPixel{1, 2, 3, x == 0 ? 32768u : x == 1 ? 65535u : 0u});
+    Img img = Row<KPixel>({{1, 2, 3, 32768}, {1, 2, 3, 65535}, {1, 2, 3, 0}});
     img->FillKeepAlpha(KPixelF{1.0f, 0.5f, 0.0f, 0.3f});  // 65535, 32767, 0
     const KPixel want[3] = {{32768, 16384, 0, 32768}, {65535, 32767, 0, 65535}, {0, 0, 0, 0}};
     for (int i = 0; i < 3; ++i) EXPECT_EQ(Channels(At<KPixel>(*img, i, 0)), Channels(want[i])) << i;
 
-    Img f(KImage::Create(2, 1, true));
-    f->SetPixel(0, 0, KPixelF{9, 9, 9, 0.5f});
-    f->SetPixel(1, 0, KPixelF{9, 9, 9, 2.0f});
+    Img f = Row<KPixelF>({{9, 9, 9, 0.5f}, {9, 9, 9, 2.0f}});
     f->FillKeepAlpha(KPixelF{1.0f, 0.5f, 2.0f, 0.0f});
     EXPECT_EQ(Channels(At<KPixelF>(*f, 0, 0)), Channels(KPixelF{0.5f, 0.25f, 1.0f, 0.5f}));
     EXPECT_EQ(Channels(At<KPixelF>(*f, 1, 0)), Channels(KPixelF{2.0f, 1.0f, 4.0f, 2.0f}));
     img = Solid(3, 2, KPixel{40000, 20000, 65535, 65535});
     Img inverse(img->Clone());
-    Img mask(KImage::Create(2, 1, false));  // smaller: outside it the mask is 0
-    mask->SetPixel(0, 0, KPixel{0, 0, 0, 32768});
-    mask->SetPixel(1, 0, KPixel{65535, 65535, 65535, 65535});
+    Img mask = Row<KPixel>({{0, 0, 0, 32768}, {65535, 65535, 65535, 65535}});  // smaller: outside it the mask is 0
     img->MaskByAlpha(*mask);
     inverse->MaskByInverseAlpha(*mask);
     const KPixel full{40000, 20000, 65535, 65535};
