@@ -8,11 +8,14 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <initializer_list>
 #include <map>
 #include <memory>
 #include <stdexcept>
+#include <unistd.h>
 #include <string>
 #include <vector>
 #include "bridge/operator.h"
@@ -497,5 +500,24 @@ template <typename Fn> HostImg Make(int w, int h, bool isFloat, Fn fn, std::vect
             }
     return img;
 }
+
+// A folder of the running test's own, removed with it; tests may run side by side.
+struct TempDir {
+    TempDir()
+        : path(std::filesystem::temp_directory_path() /
+               ("zv." + std::to_string(getpid()) + "." + ::testing::UnitTest::GetInstance()->current_test_info()->name()))
+    {
+        std::filesystem::remove_all(path);
+        std::filesystem::create_directories(path);
+    }
+    ~TempDir() { std::filesystem::remove_all(path); }
+    // Writes `text` as it stands to a file of the folder; gives its full name.
+    std::string Write(const std::string& name, const std::string& text) const
+    {
+        std::ofstream(path / name, std::ios::binary) << text;
+        return (path / name).string();
+    }
+    std::filesystem::path path;
+};
 
 }  // namespace zvtest

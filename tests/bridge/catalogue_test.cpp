@@ -7,8 +7,6 @@
 #include <vector>
 #include "bridge/catalogue.h"
 
-namespace {
-
 TEST(BridgeCatalogue, CategoriesRunInOrderWithTheirCountsAndOneShortNameIsShared)
 {
     // Each category is one contiguous run; a tool filed out of place splits a run.
@@ -79,5 +77,3 @@ TEST(BridgeCatalogue, EntriesAreExactAndFoundByClassOnly)
         EXPECT_EQ(KCatalogueFind(name), nullptr) << name;
     EXPECT_EQ(KCatalogueFind(std::string("ZV_Flur"))->name, "Flur");
 }
-
-}  // namespace

@@ -113,31 +113,23 @@ TEST(FrameworkRamp, ShapesEndsStepsAndReversedRamps)
 
 TEST(FrameworkQuadratic, RootsInTheirOrderNoneLeaveTheOutputsAndAZeroLeadingTermDividesByZero)
 {
-    const struct { float a, b, c, r1, r2; } rows[] = {
-        {1, -3, 2, 2, 1},     // x^2 - 3x + 2: the + root first
-        {2, 4, 2, -1, -1},    // a double root
-        {-1, 0, 4, -2, 2},    // with a negative a the order turns
+    // Outputs start at 17 and -17; NaN stands for 0 * inf.
+    const struct { float a, b, c; bool found; float r1, r2; } rows[] = {
+        {1, -3, 2, true, 2, 1},            // x^2 - 3x + 2: the + root first
+        {2, 4, 2, true, -1, -1},           // a double root
+        {-1, 0, 4, true, -2, 2},           // with a negative a the order turns
+        {1, 0, 1, false, 17, -17},         // none: the outputs are left
+        {1, NAN, 1, false, 17, -17},
+        {0, 2, 5, true, NAN, -INFINITY},   // d = 4: 0 * inf and -4 * inf
+        {0, 0, 3, true, NAN, NAN},         // d = 0 with b = 0
+        {0, -2, 1, true, INFINITY, NAN},   // b negative: 2 * 2 * inf
     };
+    auto same = [](float x, float y) { return x == y || (std::isnan(x) && std::isnan(y)); };
     for (const auto& r : rows) {
-        float r1 = 0.0f, r2 = 0.0f;
-        EXPECT_TRUE(KQuadraticRoots(r.a, r.b, r.c, r1, r2));
-        EXPECT_EQ(std::pair(r1, r2), std::pair(r.r1, r.r2)) << r.a << " " << r.b << " " << r.c;
+        float r1 = 17.0f, r2 = -17.0f;
+        EXPECT_EQ(KQuadraticRoots(r.a, r.b, r.c, r1, r2), r.found) << r.a << " " << r.b << " " << r.c;
+        EXPECT_TRUE(same(r1, r.r1) && same(r2, r.r2)) << r.a << " " << r.b << " " << r.c << ": " << r1 << ", " << r2;
     }
-    float r1 = 17.0f, r2 = -17.0f;
-    EXPECT_FALSE(KQuadraticRoots(1.0f, 0.0f, 1.0f, r1, r2));
-    EXPECT_FALSE(KQuadraticRoots(1.0f, std::numeric_limits<float>::quiet_NaN(), 1.0f, r1, r2));
-    EXPECT_EQ(std::pair(r1, r2), std::pair(17.0f, -17.0f));
-    // d = 4: r1 = 0 * inf (NaN), r2 = -4 * inf.
-    EXPECT_TRUE(KQuadraticRoots(0.0f, 2.0f, 5.0f, r1, r2));
-    EXPECT_TRUE(std::isnan(r1));
-    EXPECT_EQ(r2, -INFINITY);
-    // d = 0 with b = 0: both are 0 * inf.
-    EXPECT_TRUE(KQuadraticRoots(0.0f, 0.0f, 3.0f, r1, r2));
-    EXPECT_TRUE(std::isnan(r1) && std::isnan(r2));
-    // b negative: r1 = 2 * 2 * inf.
-    EXPECT_TRUE(KQuadraticRoots(0.0f, -2.0f, 1.0f, r1, r2));
-    EXPECT_EQ(r1, INFINITY);
-    EXPECT_TRUE(std::isnan(r2));
 }
 
 TEST(FrameworkHlsToRgb, EachChannelOnItsSegmentAndItsBounds)

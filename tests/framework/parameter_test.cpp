@@ -3,6 +3,7 @@
 // group numbers and compound ids.
 #include <gtest/gtest.h>
 #include <cmath>
+#include <tuple>
 #include <string>
 #include <vector>
 #include "framework/parameter.h"
@@ -84,18 +85,14 @@ TEST(FrameworkParameter, ItemListsEndAtTheExactMarker)
     int32_t mode = -1, combo = -1, empty = -1, channel = -1;
     KParameter* m = list.AddMultiButton(&mode, 1, "Mode", "Mode"_id, 0, {"Linear", "Smooth", "[end]"});
     EXPECT_EQ(Items(*m), (std::vector<std::string>{"Linear", "Smooth"}));
-    EXPECT_EQ(m->ItemCount(), 2);
-    EXPECT_EQ(m->Item(1), "Smooth");
-    EXPECT_EQ(m->Item(2), "");
+    EXPECT_EQ(std::make_tuple(m->ItemCount(), m->Item(1), m->Item(2)), std::make_tuple(2, "Smooth", ""));
     // Only the exact text ends the list; what follows it is never read.
     KParameter* c = list.AddCombo(&combo, 2, "Type", "Type"_id, 0, {"A", "[end]x", "[END]", "[end", "", "[end]", "Never"});
-    EXPECT_EQ(c->controlKind, kControlCombo);
-    EXPECT_EQ(combo, 2);
+    EXPECT_EQ(std::make_pair(c->controlKind, combo), std::make_pair(int32_t(kControlCombo), 2));
     EXPECT_EQ(Items(*c), (std::vector<std::string>{"A", "[end]x", "[END]", "[end", ""}));
     EXPECT_EQ(list.AddCombo(&empty, 0, "Empty", "Empt"_id, 0, {"[end]"})->items.head, nullptr);
     KParameter* ch = list.AddChannelSelect(&channel, 3, "Channel", "Chan"_id, kFlagNotify);
-    EXPECT_EQ(ch->controlKind, kControlMultiButton);
-    EXPECT_EQ(channel, 3);
+    EXPECT_EQ(std::make_pair(ch->controlKind, channel), std::make_pair(int32_t(kControlMultiButton), 3));
     EXPECT_EQ(Items(*ch), (std::vector<std::string>{"Red", "Green", "Blue", "Alpha", "Lumin."}));
 }
 

@@ -1,9 +1,4 @@
-#include <gtest/gtest.h>
 #include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstring>
-#include <memory>
 #include <type_traits>
 #include "support.h"
 

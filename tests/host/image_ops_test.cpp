@@ -1,7 +1,3 @@
-#include <gtest/gtest.h>
-#include <cstring>
-#include <memory>
-#include <vector>
 #include "support.h"
 
 using host::Image;

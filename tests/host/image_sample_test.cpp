@@ -1,7 +1,3 @@
-#include <gtest/gtest.h>
-#include <vector>
-#include <array>
-#include <memory>
 #include "support.h"
 
 using host::EdgeBlack, host::EdgeWrap, host::EdgeDuplicate;

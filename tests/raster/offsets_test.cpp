@@ -2,7 +2,6 @@
 // per-angle table that is filled lazily from several threads.
 #include <algorithm>
 #include <latch>
-#include <map>
 #include <thread>
 #include "raster/offsets.h"
 #include "support.h"

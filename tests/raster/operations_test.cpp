@@ -1,6 +1,5 @@
 // Whole-image operations in both depths: integer results are checked bit for
 // bit against hand-computed values of the scale rule.
-#include <gtest/gtest.h>
 #include "support.h"
 
 using namespace zvtest;

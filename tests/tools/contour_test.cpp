@@ -1,6 +1,5 @@
 // Contour: lines where a channel crosses its threshold and the levels around
 // it, and the locks with the rows they show.
-#include <vector>
 #include "support.h"
 
 using namespace zvtest;

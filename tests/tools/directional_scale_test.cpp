@@ -4,8 +4,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(DirectionalScale, ScalesOnlyAheadOfTheAxisAndMaskAndEdgesReachTheProcess)
 {
     Warp w("ZV_DirectionalScale");
@@ -33,5 +31,3 @@ TEST(DirectionalScale, ScalesOnlyAheadOfTheAxisAndMaskAndEdgesReachTheProcess)
         EXPECT_EQ(Raw(*t.Render(), 19, 0)[0], Raw(*plate, 8, 0)[0]);  // wrapped
     }
 }
-
-}  // namespace

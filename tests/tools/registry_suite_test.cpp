@@ -6,7 +6,6 @@
 // and none, and through a flow as their effect driven directly; number and
 // text tools give defined values at any time, through a flow as from their effect.
 #include <cctype>
-#include <cmath>
 #include <set>
 #include "bridge/catalogue.h"
 #include "bridge/value_kinds.h"

@@ -5,8 +5,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 constexpr float kBall45 = 0.85355339f;  // 0.5 + sin(45 degrees) / 2
 
 TEST(Remap, ProbeAndBallPositionsBothWays)
@@ -57,5 +55,3 @@ TEST(Remap, TheTwoMapsUndoEachOther)
             ExpectMaps(toBall, {{sphere.x, sphere.y, bx, by}}, 2e-4f);
         }
 }
-
-}  // namespace

@@ -7,8 +7,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(TextFormula, DigitsZerosSignsAndPrecision)
 {
     const struct { float n1; int32_t digits; bool zeros, space; int32_t precision; const char* want; } rows[] = {
@@ -75,5 +73,3 @@ TEST(TextFormula, ARandomNumberWrittenIntoASentence)
         EXPECT_EQ(TextOf(flow.Evaluate(formula, formula.op->MainOutput(), frame)), want) << frame;
     }
 }
-
-}  // namespace

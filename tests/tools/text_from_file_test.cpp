@@ -1,12 +1,9 @@
 // From file: a line per frame with hold and loop, a chosen line, lines with
 // start frames, the walk that joins an empty line to the next, "\n" escapes,
 // files read anew or missing, and the controls Source and Format show.
-#include "command_support.h"
 #include "support.h"
 
 using namespace zvtest;
-
-namespace {
 
 TEST(TextFromFile, EachLineChosenLineStartFramesAndEscapes)
 {
@@ -60,5 +57,3 @@ TEST(TextFromFile, ReadsTheFileAnewEachRenderAndIgnoresTheTextBox)
     f.Run(0.0f);
     EXPECT_EQ(f.Text(), "");
 }
-
-}  // namespace

@@ -4,8 +4,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(TextWrite, TruncatesWriteTimesLengthAndAHalfWithCursorAndPrefix)
 {
     Tool<> w("ZV_TextWrite");
@@ -46,5 +44,3 @@ TEST(TextWrite, TypesIntoAFormulaOverFrames)
         EXPECT_EQ(TextOf(flow.Evaluate(formula, formula.op->MainOutput(), frame)), want[frame]) << frame;
     }
 }
-
-}  // namespace

@@ -3,7 +3,6 @@
 // steps of settings with the points each must map.
 #pragma once
 #include <algorithm>
-#include <cmath>
 #include "support.h"
 
 namespace zvtest {
