@@ -6,11 +6,9 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <initializer_list>
 #include <map>
 #include <memory>
@@ -100,7 +98,7 @@ template <class P> std::vector<P> Pixels(const KImage& img)
 // outside the image.
 inline std::array<float, 4> Raw(const KImage& img, int32_t x, int32_t y)
 {
-    std::array<float, 4> r{0.0f, 0.0f, 0.0f, 0.0f};
+    std::array<float, 4> r{};
     if (x < 0 || y < 0 || x >= img.width || y >= img.height) return r;
     for (int c = 0; c < 4; ++c)
         r[c] = img.IsFloat() ? img.RowF(y)[4 * x + c] : static_cast<float>(img.RowW(y)[4 * x + c]);
@@ -311,12 +309,7 @@ inline void ExpectRowsEqualOneAtATime(Tool<KEffectColor>& t)
         return static_cast<float>((seed >> 8) & 0xFFFF) / 52000.0f - 0.1f;
     };
     while (pixels.size() < 403) pixels.push_back({next(), next(), next(), next()});
-    std::vector<KPixel> codes;
-    for (const KPixelF& f : pixels) {
-        KPixel p;
-        KToInt(f, p);
-        codes.push_back(p);
-    }
+    const std::vector<KPixel> codes = Pixels<KPixel>(*Row(pixels));
     for (int width : {32, 8, 4}) {
         KLimitLaneWidth(width);  // the AVX-512 and AVX2 builds where the processor has them
         const std::vector<KPixelF> row = t.Run(pixels);

@@ -7,52 +7,37 @@ using namespace zvtest;
 
 namespace {
 
-// Passes its image on and gives one value of every kind that leaves a tool,
-// a second image among them.
-class KEffectMaker : public KEffectColor {
+// Takes a value of every kind that enters a tool into a bound field, and
+// gives one of every kind that leaves a tool, a second image among them; its
+// image passes on.
+class KEffectRelay : public KEffectColor {
 public:
-    KEffectMaker()
+    KEffectRelay()
     {
-        outputList.AddNumberOutput(&number, "Number", 1, 0);
-        outputList.AddTextOutput(&text, "Words", 2, 0);
-        outputList.AddPointOutput(&point, "Where", 3, 0);
+        inputList.AddSlider(&in.number, 0.0f, "Number", "Numb"_id, 0, 0.0, 1.0);
+        inputList.AddTextEdit(&in.text, "", "Words", "Word"_id, 0, 1);
+        inputList.AddPoint(&in.point, {0.5f, 0.5f}, "Where", "Wher"_id, 0, 0);
+        inputList.AddImageInput(&other, "Other", "Othr"_id, 0);
+        outputList.AddNumberOutput(&out.number, "Number", 1, 0);
+        outputList.AddTextOutput(&out.text, "Words", 2, 0);
+        outputList.AddPointOutput(&out.point, "Where", 3, 0);
         outputList.AddImageOutput(&second, "Second", 4, 0);
     }
-    ~KEffectMaker() override { delete second; }
-    void ProcessColor(KPixelF& out, const KPixelF& in) override { out = in; }
-    void FinishRender() override
-    {
-        number = 0.1f;  // not a double: the value stays single precision on the way
-        text = "über, \"quoted\"";
-        point = {0.3f, -7.25f};
-        delete second;
-        second = Pattern(3, 2, false).release();
-    }
-    float number = 0.0f;
-    std::string text;
-    KPoint2 point;
-    KImage* second = nullptr;
-};
-
-// Takes each of them back into a bound field.
-class KEffectTaker : public KEffectColor {
-public:
-    KEffectTaker()
-    {
-        inputList.AddSlider(&number, 0.0f, "Number", "Numb"_id, 0, 0.0, 1.0);
-        inputList.AddTextEdit(&text, "", "Words", "Word"_id, 0, 1);
-        inputList.AddPoint(&point, {0.5f, 0.5f}, "Where", "Wher"_id, 0, 0);
-        inputList.AddImageInput(&other, "Other", "Othr"_id, 0);
-    }
-    void ProcessColor(KPixelF& out, const KPixelF& in) override { out = in; }
+    ~KEffectRelay() override { delete second; }
+    void ProcessColor(KPixelF& o, const KPixelF& i) override { o = i; }
     void FinishRender() override
     {
         seen = other ? Differ(*other, *Pattern(3, 2, false)) : "no image";
+        out = {0.1f, "über, \"quoted\"", {0.3f, -7.25f}};  // 0.1f, not a double: it stays single precision
+        delete second;
+        second = Pattern(3, 2, false).release();
     }
-    float number = 0.0f;
-    std::string text;
-    KPoint2 point;
-    KImage* other = nullptr;
+    struct Values {
+        float number = 0.0f;
+        std::string text;
+        KPoint2 point;
+    } in, out;
+    KImage *other = nullptr, *second = nullptr;
     std::string seen;
 };
 
@@ -95,8 +80,8 @@ public:
 TEST(BridgeValueKinds, EveryCarriedKindCrossesAFlowUnchanged)
 {
     Img plate = Pattern(3, 2, true);
-    ToolFlow f(Local<KEffectTaker>("Taker"));
-    auto& a = f.flow.Add("a", Local<KEffectMaker>("Maker"));
+    ToolFlow f(Local<KEffectRelay>("Relay"));
+    auto& a = f.flow.Add("a", Local<KEffectRelay>("Relay"));
     f.flow.SetValue(a, In(a, "Image"), host::MakeImage(plate->HostImage()));
     f.flow.Connect(f.node, f.In("Image"), a, a.op->FindOutput("Output"));
     const struct { const char* in; const char* out; host::DataType type; } wires[] = {
@@ -109,8 +94,8 @@ TEST(BridgeValueKinds, EveryCarriedKindCrossesAFlowUnchanged)
         f.flow.Connect(f.node, f.In(w.in), a, out);
     }
     Img main = f.Render(1.0);
-    auto& got = *static_cast<KEffectTaker*>(EffectOf(f.node.op.get()));
-    EXPECT_EQ(std::tie(got.number, got.text, got.point.x, got.point.y),
+    auto& got = *static_cast<KEffectRelay*>(EffectOf(f.node.op.get()));
+    EXPECT_EQ(std::tie(got.in.number, got.in.text, got.in.point.x, got.in.point.y),
               std::make_tuple(0.1f, std::string("über, \"quoted\""), 0.3f, -7.25f));
     EXPECT_EQ(got.seen, "");  // the second image arrived pixel for pixel
     EXPECT_EQ(Differ(*main, *plate), "");  // and the main image went through the chain untouched
@@ -121,8 +106,8 @@ TEST(BridgeValueKinds, AKindWithoutAnEntryIsRefusedByName)
     KEffectShapeTaker shapes;
     EXPECT_EQ(KValueKindProblem(shapes),
               "input \"Outline\" takes a shape, which no value kind carries into a tool yet");
-    KEffectMaker maker;
-    EXPECT_EQ(KValueKindProblem(maker), "");
+    KEffectRelay relay;
+    EXPECT_EQ(KValueKindProblem(relay), "");
 }
 
 TEST(BridgeValueKinds, APluginKindPlugsInWithOneEntry)

@@ -96,14 +96,9 @@ TEST(RasterPixel, SetPixelConvertsClipsIntegersAndIgnoresOutside)
 TEST(RasterImageGeometry, DepthAspectsFullSizeAndProxyScale)
 {
     Img i(KImage::Create(4, 3, false)), f(KImage::Create(4, 3, true, 2.0f, 1.0f));
-    EXPECT_FALSE(i->IsFloat());
-    EXPECT_TRUE(f->IsFloat());
-    EXPECT_GT(f->depth, 6);
-    EXPECT_LE(i->depth, 6);
-    EXPECT_TRUE(i->owned);
-    EXPECT_EQ(i->PixelAspect(), 1.0f);
-    EXPECT_EQ(f->PixelAspect(), 2.0f);
-    EXPECT_EQ(f->PictureAspect(), 2.0f * 4.0f / 3.0f);
+    EXPECT_EQ(std::make_tuple(i->IsFloat(), i->depth <= 6, i->owned, i->PixelAspect()), std::make_tuple(false, true, true, 1.0f));
+    EXPECT_EQ(std::make_tuple(f->IsFloat(), f->depth > 6, f->PixelAspect(), f->PictureAspect()),
+              std::make_tuple(true, true, 2.0f, 2.0f * 4.0f / 3.0f));
     EXPECT_EQ(Img(KImage::Create(1920, 1080, false))->PictureAspect(), 1920.0f / 1080.0f);
 
     Img img(KImage::Create(500, 281, false));
@@ -122,18 +117,12 @@ TEST(RasterImageDerived, CreateLikeKeepsFormatAndTakesNewSizeAndClonesAreIndepen
     Img src(KImage::Create(5, 4, true, 2.0f, 1.0f));
     src->SetPixel(1, 1, KPixelF{1, 1, 1, 1});
     Img same(src->CreateLike());
-    EXPECT_TRUE(same->IsFloat());
-    EXPECT_TRUE(same->owned);
-    EXPECT_NE(same->HostImage(), src->HostImage());
-    EXPECT_EQ(Differ(*same, *Img(KImage::Create(5, 4, true))), "");  // empty
+    EXPECT_TRUE(same->owned && same->HostImage() != src->HostImage());
+    EXPECT_EQ(Differ(*same, *Img(KImage::Create(5, 4, true))), "");  // empty, in floats
     // Sizes and aspects not above 0 are taken from the source.
-    const struct {
-        int32_t w, h;
-        float xa, ya;
-        int32_t wantW, wantH;
-        float wantXa, wantYa;
-    } rows[] = {{0, 0, 0, 0, 5, 4, 2, 1},     {7, 0, 0, 0, 7, 4, 2, 1},   {-2, 9, 0, 0, 5, 9, 2, 1},
-                {0, 0, 1, 3, 5, 4, 1, 3},     {0, 0, 0, -1, 5, 4, 2, 1}};
+    const struct { int32_t w, h; float xa, ya; int32_t wantW, wantH; float wantXa, wantYa; } rows[] = {
+        {0, 0, 0, 0, 5, 4, 2, 1}, {7, 0, 0, 0, 7, 4, 2, 1}, {-2, 9, 0, 0, 5, 9, 2, 1}, {0, 0, 1, 3, 5, 4, 1, 3},
+        {0, 0, 0, -1, 5, 4, 2, 1}};
     for (const auto& r : rows) {
         Img like(src->CreateLike(r.w, r.h, r.xa, r.ya));
         EXPECT_EQ(std::vector<float>({float(like->width), float(like->height), like->xAspect, like->yAspect}),
@@ -143,8 +132,7 @@ TEST(RasterImageDerived, CreateLikeKeepsFormatAndTakesNewSizeAndClonesAreIndepen
     // Clone and Copy are independent copies.
     for (bool isFloat : {false, true}) {
         Img src(Pattern(6, 5, isFloat)), copy(src->Clone()), alsoCopy(src->Copy());
-        EXPECT_TRUE(copy->owned);
-        EXPECT_NE(copy->HostImage(), src->HostImage());
+        EXPECT_TRUE(copy->owned && copy->HostImage() != src->HostImage());
         EXPECT_EQ(Differ(*copy, *src), "");
         EXPECT_EQ(Differ(*alsoCopy, *src), "");
         copy->SetPixel(0, 0, KPixel{1, 2, 3, 4});
@@ -155,16 +143,12 @@ TEST(RasterImageDerived, CreateLikeKeepsFormatAndTakesNewSizeAndClonesAreIndepen
 TEST(RasterImageDerived, VectorLikeAddsBothVectorChannelsOnceAndWrappersLeaveTheirImage)
 {
     Img src(KImage::Create(4, 3, false));
-    EXPECT_EQ(src->AuxCount(), 0);
-    EXPECT_EQ(src->AuxPlane(22), nullptr);
+    EXPECT_TRUE(src->AuxCount() == 0 && src->AuxPlane(22) == nullptr);
     Img vec(src->CreateVectorLike());
-    EXPECT_EQ(std::pair(vec->width, vec->height), std::pair(4, 3));
-    EXPECT_FALSE(vec->IsFloat());
+    EXPECT_EQ(std::make_tuple(vec->width, vec->height, vec->IsFloat()), std::make_tuple(4, 3, false));
     ASSERT_EQ(vec->AuxCount(), 2);
     EXPECT_EQ(std::pair(vec->AuxChannel(0), vec->AuxChannel(1)), std::pair(22, 23));
-    ASSERT_NE(vec->AuxPlane(22), nullptr);
-    ASSERT_NE(vec->AuxPlane(23), nullptr);
-    EXPECT_NE(vec->AuxPlane(22), vec->AuxPlane(23));
+    ASSERT_TRUE(vec->AuxPlane(22) && vec->AuxPlane(23) && vec->AuxPlane(22) != vec->AuxPlane(23));
     for (int i = 0; i < 12; ++i) EXPECT_EQ(vec->AuxPlane(23)[i], 0.0f);
     // Like of a vector image keeps the channels; a second vector-like does not double them.
     EXPECT_NE(Img(vec->CreateLike())->AuxPlane(23), nullptr);
