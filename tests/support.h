@@ -264,23 +264,6 @@ public:
         return Text();
     }
 
-    // The visibility messages of one change, as 0 and 1 in the order sent;
-    // each message's target must be the next of `targets`.
-    std::string Shown(uint32_t id, int32_t value, const std::vector<uint32_t>& targets)
-    {
-        KMessageValue v;
-        v.intValue = value;
-        const KMessageList list = effect->OnChange(id, v);
-        std::string shown;
-        size_t i = 0;
-        for (KMessage* m = list.First(); m; m = static_cast<KMessage*>(m->next), ++i) {
-            EXPECT_EQ(m->kind, kMessageVisible) << i;
-            EXPECT_EQ(m->target, i < targets.size() ? targets[i] : 0u) << i;
-            shown += m->value.intValue > 0 ? '1' : '0';
-        }
-        return shown;
-    }
-
     KEffectImage& Image() const
     {
         auto* image = dynamic_cast<KEffectImage*>(static_cast<KEffect*>(effect));
@@ -410,16 +393,16 @@ inline std::string TextOf(const host::Value& v)
 struct ShownRow {
     const char* set;
     double value;
-    const char* shown;
+    std::string shown;
 };
-inline void ExpectShown(const std::string& className, const std::vector<const char*>& ids,
+inline void ExpectShown(const std::string& className, const std::vector<std::string>& ids,
                         std::initializer_list<ShownRow> rows)
 {
     ToolFlow f(className);
     for (const ShownRow& r : rows) {
         if (r.set) f.Set(r.set, r.value);
         std::string shown;
-        for (const char* id : ids) shown += f.Visible(id) ? '1' : '0';
+        for (const std::string& id : ids) shown += f.Visible(id) ? '1' : '0';
         EXPECT_EQ(shown, r.shown) << (r.set ? r.set : "as created") << " " << r.value;
     }
 }

@@ -20,17 +20,15 @@ uint32_t TableId(int32_t i) { return "ColR"_id + 256u * static_cast<uint32_t>(i)
 
 TEST(Noise, BaseColorsAndCountLayOutTheControls)
 {
-    // Chan, NoiT, Size, SizX, SizY, Type, Coun, then the 64 table colours.
-    std::vector<uint32_t> order = {"Chan"_id, "NoiT"_id, "Size"_id, "SizX"_id, "SizY"_id, "Type"_id, "Coun"_id};
-    for (int32_t i = 0; i < 64; ++i) order.push_back(TableId(i));
-    Tool<KEffectPixel> t("ZV_Noise");
+    // Chan, NoiT, Size, SizX, SizY, Type, Coun, then the 64 table colours; the channel answers nothing.
+    std::vector<std::string> ids = {"Chan", "NoiT", "Size", "SizX", "SizY", "Type", "Coun"};
+    for (int32_t i = 1; i <= 64; ++i) ids.push_back("Color" + std::to_string(i) + "Red");
     const std::string none(64, '0'), five = std::string(5, '1') + std::string(59, '0');
-    const struct { uint32_t id; int32_t value; std::string shown; } rows[] = {
-        {"Base"_id, 1, "1100000" + none}, {"Base"_id, 0, "0011110" + none},
-        {"Type"_id, 1, "0011111111" + std::string(61, '0')}, {"Coun"_id, 5, "0011111" + five},
-        {"Base"_id, 1, "1100000" + none},  // the table goes with Position
-        {"Base"_id, 0, "0011111" + five}, {"Chan"_id, 2, ""}};
-    for (const auto& r : rows) EXPECT_EQ(t.Shown(r.id, r.value, order), r.shown) << r.value;
+    ExpectShown("ZV_Noise", ids,
+                {{"Base", 1, "1100000" + none}, {"Base", 0, "0011110" + none},
+                 {"Type", 1, "0011111111" + std::string(61, '0')}, {"Coun", 5, "0011111" + five},
+                 {"Base", 1, "1100000" + none},  // the table goes with Position
+                 {"Base", 0, "0011111" + five}, {"Chan", 2, "0011111" + five}});
 }
 
 TEST(Noise, CellsSeedByCellRowAndSeed)
