@@ -390,11 +390,7 @@ inline std::string TextOf(const host::Value& v)
 
 // Steps of changes through the host: after each, which of `ids` it shows, as
 // 1 and 0 in their order. A step without an input only looks.
-struct ShownRow {
-    const char* set;
-    double value;
-    std::string shown;
-};
+struct ShownRow { const char* set; double value; std::string shown; };
 inline void ExpectShown(const std::string& className, const std::vector<std::string>& ids,
                         std::initializer_list<ShownRow> rows)
 {

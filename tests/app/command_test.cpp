@@ -23,10 +23,7 @@ std::string Slurp(const fs::path& p)
     return s.str();
 }
 
-struct Result {
-    int code;
-    std::string out, err;
-};
+struct Result { int code; std::string out, err; };
 
 class CommandTest : public ::testing::Test {
 protected:

@@ -1,16 +1,13 @@
 // The flow engine on a tool of the test's own: chains longer than any call
 // stack, each tool evaluated once per frame, results freed once read.
-#include <gtest/gtest.h>
-#include <memory>
-#include <string>
-#include "host/flow.h"
-#include "host/registry.h"
+#include "support.h"
+
+using zvtest::NumberOf;
 
 namespace {
 
 // Out = A + B + 1; counts its runs and keeps sight of its last result.
-class Sum : public host::Operator {
-public:
+struct Sum : host::Operator {
     Sum()
     {
         host::InputAttrs number;
@@ -36,23 +33,19 @@ public:
     std::weak_ptr<const host::Parameter> last;
 };
 
+// Known to the flows, not to the registry.
 const host::Registration& SumTool()
 {
-    static const host::Registration* reg = [] {
+    static const host::Registration reg = [] {
         host::Registration r;
         r.creator = [] { return static_cast<host::Operator*>(new Sum); };
         r.className = r.name = "Test_Sum";
-        r.category = "Tests";
-        r.hostTool = true;
-        host::Registry::Get().Register(r);
-        return host::Registry::Get().FindClass("Test_Sum");
+        return r;
     }();
-    return *reg;
+    return reg;
 }
 
 Sum& Op(host::Flow::Node& n) { return static_cast<Sum&>(*n.op); }
-
-double NumberOf(const host::Value& v) { return dynamic_cast<const host::Number&>(*v).value; }
 
 TEST(Flow, AChainLongerThanTheCallStackEvaluates)
 {

@@ -7,8 +7,7 @@ using namespace zvtest;
 namespace {
 
 // Declares one parameter of most kinds and keeps what arrives.
-class KEffectProbe : public KEffectColor {
-public:
+struct KEffectProbe : KEffectColor {
     KEffectProbe()
     {
         inputList.AddSlider(&count, 0, "Count", "Cnt "_id, 0, -10, 10);
@@ -118,33 +117,17 @@ TEST(BridgeConstruction, ColourToolInputs)
     EXPECT_EQ(op.MainOutput()->id, "Output");
 }
 
+// A warp, a position effect with a colour and a source, never rendered: only
+// the inputs their families are built with count.
 class KEffectTurn : public KEffectWarp {
-public:
-    bool InverseMap(KPosition& out, const KPosition& in) override
-    {
-        out = {1.0f - in.x, in.y};
-        return true;
-    }
+    bool InverseMap(KPosition&, const KPosition&) override { return false; }
 };
-
-class KEffectSpot : public KEffectPosition {
-public:
+struct KEffectSpot : KEffectPosition {
     KEffectSpot() { inputList.AddColor(&tint, {1.0f, 0.5f, 0.25f, 1.0f}, "Tint", "TntR"_id, 0); }
-    void ProcessPosition(KPositionPixel& out, const KPositionPixel& in, const KPosition& p) override
-    {
-        out = in;
-        out.r = p.x * tint.r;
-    }
     KColor tint;
 };
-
 class KEffectDots : public KEffectPixel {
-public:
     bool HasFeature(int32_t code) override { return code == kFeatureSource; }
-    void ProcessPixelFloat(KPixelF& out, int32_t x, int32_t y, KImage*) override
-    {
-        out = {float(x & 1), float(y & 1), 0.0f, 1.0f};
-    }
 };
 
 TEST(BridgeConstruction, WarpPositionAndSourceInputs)
@@ -163,14 +146,12 @@ TEST(BridgeNotify, MessagesReachVisibilityLabelsAndValues)
 {
     Probe p;
     auto* op = p.node.op.get();
-    host::Input* count = op->FindInput("Count");
-    EXPECT_TRUE(count->attrs.visible);
+    ExpectInputs(*op, {{"Count", "visible yes"}});
     p.Set("Flag", 1.0);
-    EXPECT_FALSE(count->attrs.visible);
-    EXPECT_EQ(op->FindInput("Amount")->label, "Strength");
-    EXPECT_EQ(static_cast<const host::Number*>(count->ValueAt(0).get())->value, 7.0);
+    ExpectInputs(*op, {{"Count", "visible no"}, {"Amount", "label Strength"}});
+    EXPECT_EQ(NumberOf(op->FindInput("Count")->ValueAt(0)), 7.0);
     p.Set("Flag", 0.0);
-    EXPECT_TRUE(count->attrs.visible);
+    ExpectInputs(*op, {{"Count", "visible yes"}});
 
     auto labels = [op] { return op->FindInput("KCCR")->label + op->FindInput("KCCG")->label + op->FindInput("KCCB")->label; };
     p.Set("KCoS", 5.0);
@@ -179,13 +160,11 @@ TEST(BridgeNotify, MessagesReachVisibilityLabelsAndValues)
     EXPECT_EQ(labels(), "HSV");
 
     p.Set("KTra", 1.0);
-    EXPECT_TRUE(op->FindInput("KTrF")->attrs.visible);
-    EXPECT_TRUE(op->FindInput("KTrR")->attrs.visible);
+    ExpectInputs(*op, {{"KTrF", "visible yes"}, {"KTrR", "visible yes"}});
 }
 
 // Wants the frame before and a slot it does not need; averages what arrives.
-class KEffectEcho : public KEffectThreads {
-public:
+struct KEffectEcho : KEffectThreads {
     KEffectEcho()
     {
         AllocFrames(3);
@@ -205,16 +184,14 @@ public:
     int32_t GetJobCount(int32_t) override { return height; }
     void ProcessJob(int32_t, int32_t y, KImage* source, KImage* target) override
     {
-        for (int32_t x = 0; x < width; ++x) {
+        for (int32_t x = 0; x < width; ++x)
             target->SetPixel(x, y, KPixelF{At<KPixelF>(*frames[0], x, y).r, At<KPixelF>(*frames[1], x, y).r,
                                            frames[2] ? 1.0f : 0.0f, 1.0f});
-        }
     }
 };
 
 // Its colour is the request time in tenths: a time-varying upstream.
-class KEffectClock : public KEffectPixel {
-public:
+struct KEffectClock : KEffectPixel {
     bool HasFeature(int32_t code) override { return code == kFeatureSource; }
     void ProcessPixelFloat(KPixelF& out, int32_t, int32_t, KImage*) override
     {

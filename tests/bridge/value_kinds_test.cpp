@@ -10,8 +10,7 @@ namespace {
 // Takes a value of every kind that enters a tool into a bound field, and
 // gives one of every kind that leaves a tool, a second image among them; its
 // image passes on.
-class KEffectRelay : public KEffectColor {
-public:
+struct KEffectRelay : KEffectColor {
     KEffectRelay()
     {
         inputList.AddSlider(&in.number, 0.0f, "Number", "Numb"_id, 0, 0.0, 1.0);
@@ -32,17 +31,12 @@ public:
         delete second;
         second = Pattern(3, 2, false).release();
     }
-    struct Values {
-        float number = 0.0f;
-        std::string text;
-        KPoint2 point;
-    } in, out;
+    struct Values { float number = 0.0f; std::string text; KPoint2 point; } in, out;
     KImage *other = nullptr, *second = nullptr;
     std::string seen;
 };
 
-class KEffectShapeTaker : public KEffectColor {
-public:
+struct KEffectShapeTaker : KEffectColor {
     KEffectShapeTaker() { inputList.AddShapeInput(&shapes, "Outline", "Outl"_id, 0); }
     void ProcessColor(KPixelF& out, const KPixelF& in) override { out = in; }
     KShapeList* shapes = nullptr;
@@ -50,8 +44,7 @@ public:
 
 // A plug-in kind as a later value type adds it: its own host class, carrying
 // here only a token that stands for the value.
-class TokenValue : public host::Parameter {
-public:
+struct TokenValue : host::Parameter {
     explicit TokenValue(uintptr_t t) : token(t) {}
     host::DataType Type() const override { return host::DataType::Custom; }
     std::string TypeId() const override { return "Test.Token"; }
@@ -59,8 +52,7 @@ public:
     uintptr_t token;
 };
 
-class KEffectTokens : public KEffectColor {
-public:
+struct KEffectTokens : KEffectColor {
     KEffectTokens()
     {
         inputList.AddRegion3DInput(&in, "Token in", "TokI"_id, 0);

@@ -14,8 +14,7 @@ struct Calls {
 };
 
 // Rotates the colour channels and halves green; alpha passes.
-class KEffectRotate : public KEffectColor {
-public:
+struct KEffectRotate : KEffectColor {
     explicit KEffectRotate(Calls* c = nullptr, bool ok = true) : calls(c), startOk(ok) {}
     bool Start(KImage* in, KImage** out, void* extras) override
     {
@@ -45,8 +44,7 @@ class KEffectSame : public KEffectColor {
 };
 
 // Squares colour: shows pre-divide and post-multiply.
-class KEffectSquare : public KEffectColor {
-public:
+struct KEffectSquare : KEffectColor {
     void ProcessColor(KPixelF& out, const KPixelF& in) override
     {
         out = {in.r * in.r, in.g * in.g, in.b * in.b, in.a};
@@ -165,8 +163,7 @@ TEST(FrameworkProcessColor, CallOrderAndStartsThatDoNotRun)
 }
 
 // Writes its position into the colour: red x / 8, green y / 8.
-class KEffectCoords : public KEffectPixel {
-public:
+struct KEffectCoords : KEffectPixel {
     void ProcessPixelFloat(KPixelF& out, int32_t x, int32_t y, KImage* image) override
     {
         out = {x / 8.0f, y / 8.0f, 0.25f, 1.0f};
@@ -192,8 +189,7 @@ TEST(FrameworkProcessPixel, BothDepthsAndTheKeepRule)
 }
 
 // Writes its position: red px, green py.
-class KEffectWhere : public KEffectPosition {
-public:
+struct KEffectWhere : KEffectPosition {
     void ProcessPosition(KPositionPixel& out, const KPositionPixel& in, const KPosition& p) override
     {
         out = in;
@@ -243,8 +239,7 @@ TEST(FrameworkProcessPosition, IntegerPathPreDivideAndExtraChannels)
 
 // Two passes: pass 0 copies rows into scratch, pass 1 writes each target row
 // from the scratch rows below it, so it fails if the passes overlap.
-class KEffectTwoPass : public KEffectThreads {
-public:
+struct KEffectTwoPass : KEffectThreads {
     bool Start(KImage* in, KImage** out, void* extras) override
     {
         KEffectImage::Start(in, out, extras);
@@ -280,8 +275,7 @@ TEST(FrameworkProcessThreads, PassesAreSeparatedJobCountsAskedAndPostBlurThreade
         EXPECT_EQ(At<KPixelF>(*threaded, 10, 20).r, At<KPixelF>(*src, 10, 21).r);
     }
     // A serial run asks the job count of pass 0 for every pass.
-    class Counting : public KEffectThreads {
-    public:
+    struct Counting : KEffectThreads {
         int32_t GetPassCount() override { return 2; }
         int32_t GetJobCount(int32_t pass) override { return pass == 0 ? 1 : 5; }
         void ProcessJob(int32_t pass, int32_t, KImage*, KImage*) override { ++perPass[pass]; }
@@ -310,8 +304,7 @@ TEST(FrameworkProcessThreads, PassesAreSeparatedJobCountsAskedAndPostBlurThreade
 
 // Shifts the picture right by `shift` of its width; nothing left of 0. No
 // shift is the identity, everywhere.
-class KEffectShift : public KEffectWarp {
-public:
+struct KEffectShift : KEffectWarp {
     explicit KEffectShift(float by = 0.25f) : shift(by) {}
     bool InverseMap(KPosition& out, const KPosition& in) override
     {

@@ -39,9 +39,7 @@ public:
 };
 
 // An output point and the source point it must read.
-struct MapRow {
-    float x, y, ex, ey;
-};
+struct MapRow { float x, y, ex, ey; };
 
 // Every row within `tol`; a tolerance of 0 asks for the exact point.
 inline void ExpectMaps(const Warp& w, const std::vector<MapRow>& rows, float tol)
@@ -55,10 +53,7 @@ inline void ExpectMaps(const Warp& w, const std::vector<MapRow>& rows, float tol
 }
 
 // Each step's settings, a new Start, and the points it must map.
-struct Step {
-    std::vector<Setting> set;
-    std::vector<MapRow> maps;
-};
+struct Step { std::vector<Setting> set; std::vector<MapRow> maps; };
 inline void ExpectSteps(Warp& w, float tol, std::initializer_list<Step> steps)
 {
     int n = 0;
