@@ -3,6 +3,7 @@
 // view of its inputs.
 #pragma once
 #include <gtest/gtest.h>
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -114,6 +115,20 @@ inline std::string Differ(const KImage& a, const KImage& b)
         for (int32_t x = 0; x < a.width; ++x)
             if (Raw(a, x, y) != Raw(b, x, y)) return "pixel " + std::to_string(x) + "," + std::to_string(y);
     return "";
+}
+
+// Largest difference of any channel, in float units, between a's pixel x, y and
+// b's pixel x - dx, y - dy, over columns x0..x1-1 and rows y0..y1-1.
+inline float MaxDiff(const KImage& a, const KImage& b, int32_t x0, int32_t y0, int32_t x1, int32_t y1,
+                     int32_t dx = 0, int32_t dy = 0)
+{
+    float worst = 0.0f;
+    for (int32_t y = y0; y < y1; ++y)
+        for (int32_t x = x0; x < x1; ++x) {
+            const KPixelF p = At<KPixelF>(a, x, y), q = At<KPixelF>(b, x - dx, y - dy);
+            for (int c = 0; c < 4; ++c) worst = std::max(worst, std::fabs(p[c] - q[c]));
+        }
+    return worst;
 }
 
 inline KRenderSettings Settings(bool isFloat)
