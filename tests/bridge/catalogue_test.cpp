@@ -1,11 +1,8 @@
 // The tool catalogue: its shape by category, the uniqueness the registry relies
 // on, exact names and help texts, and lookup by class.
-#include <gtest/gtest.h>
-#include <map>
-#include <string>
 #include <utility>
-#include <vector>
 #include "bridge/catalogue.h"
+#include "support.h"
 
 TEST(BridgeCatalogue, CategoriesRunInOrderWithTheirCountsAndOneShortNameIsShared)
 {

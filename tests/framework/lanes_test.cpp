@@ -1,11 +1,7 @@
 // Pixels into channel lanes and back, at every width, against the one-pixel
 // conversions.
-#include <gtest/gtest.h>
-#include <cmath>
-#include <cstring>
 #include <limits>
-#include <vector>
-#include "framework/lanes.h"
+#include "support.h"
 
 #if defined(ZV_LANES)
 namespace {

@@ -1,9 +1,7 @@
 // The owning intrusive list, and the messages of OnChange.
-#include <gtest/gtest.h>
-#include <vector>
 #include "framework/list.h"
 #include "framework/message.h"
-#include "raster/image.h"
+#include "support.h"
 
 namespace {
 

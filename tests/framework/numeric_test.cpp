@@ -1,11 +1,9 @@
 // The shared generator, ramps, quadratic roots and the hue segment function.
-#include <gtest/gtest.h>
-#include <cmath>
 #include <limits>
 #include <thread>
-#include <vector>
 #include "framework/numeric.h"
 #include "framework/color_lanes.h"
+#include "support.h"
 
 namespace {
 

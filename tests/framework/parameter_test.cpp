@@ -1,12 +1,9 @@
 // Parameter declarations: the defaults they write into the bound field before
 // any render, limits kept as floats, item lists up to their exact marker,
 // group numbers and compound ids.
-#include <gtest/gtest.h>
-#include <cmath>
 #include <tuple>
-#include <string>
-#include <vector>
 #include "framework/parameter.h"
+#include "support.h"
 
 namespace {
 
