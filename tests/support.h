@@ -279,12 +279,7 @@ public:
         return Text();
     }
 
-    KEffectImage& Image() const
-    {
-        auto* image = dynamic_cast<KEffectImage*>(static_cast<KEffect*>(effect));
-        if (!image) throw std::runtime_error("not an image tool");
-        return *image;
-    }
+    KEffectImage& Image() const { return dynamic_cast<KEffectImage&>(*static_cast<KEffect*>(effect)); }  // or throws
 
     std::unique_ptr<host::Operator> op;
     E* effect = nullptr;
@@ -348,10 +343,7 @@ public:
     {
         for (const Setting& v : settings) std::isnan(v.y) ? Set(v.label, v.x) : SetPoint(v.label, v.x, v.y);
     }
-    void SetImage(const std::string& id, KImage* image)
-    {
-        flow.SetValue(node, In(id), host::MakeImage(image->HostImage()));
-    }
+    void SetImage(const std::string& id, KImage* image) { flow.SetValue(node, In(id), host::MakeImage(image->HostImage())); }
     bool Visible(const std::string& id) const { return In(id)->attrs.visible; }
 
     // The main output at `time`; null when there is no image.

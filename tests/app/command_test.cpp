@@ -292,7 +292,7 @@ TEST_F(CommandTest, FlowErrorsAreFoundBeforeAnyFrameRenders)
     EXPECT_EQ(Run("render flow.json").code, 0);
 }
 
-TEST_F(CommandTest, WithinTheLimitsWhatIsAskedIsMade)
+TEST_F(CommandTest, WithinTheLimitsWhatIsAskedIsMadeAndOldCodesStillWork)
 {
     for (const char* tool : {"Pattern", "Blobs"}) {
         ASSERT_EQ(Run(std::string("run ") + tool + " --size 7x2 -o p.png").code, 0) << tool;
@@ -312,6 +312,19 @@ TEST_F(CommandTest, WithinTheLimitsWhatIsAskedIsMade)
     // A text tool prints its line.
     dir.Write("lines.txt", "first\nsecond\nthird");
     EXPECT_EQ(Run("run FrFl Filename=lines.txt Format=2 Line=2").out, "third\n");
+    // The four-character codes of old flows and scripts reach the same controls.
+    ASSERT_EQ(Run("run Pattern --size 8x4 -o p.exr").code, 0);
+    const Result byCode = Run("run Transform Image=p.exr KFil=0 KCCA=0 Angl=10 -o a.png");
+    const Result byName = Run("run Transform Image=p.exr Filtering=0 Alpha=0 Axisangle=10 -o b.png");
+    ASSERT_EQ(byCode.code, 0) << byCode.err;
+    ASSERT_EQ(byName.code, 0) << byName.err;
+    EXPECT_EQ(Slurp(dir.path / "a.png"), Slurp(dir.path / "b.png"));
+    WriteFlow("[1, 1]", R"("p": {"tool": "Pattern", "inputs": {"Width": 8, "Height": 4}},
+        "i": {"tool": "Invert", "inputs": {"Image": {"from": "p"}, "KCCA": 0, "ZVMT": 0}},
+        "s": {"tool": "Saver", "file": "old.####.exr", "inputs": {"Image": {"from": "i"}}})");
+    const Result flow = Run("render flow.json");
+    EXPECT_EQ(flow.code, 0) << flow.err;
+    EXPECT_TRUE(fs::exists(dir.path / "old.0001.exr"));
 }
 
 TEST_F(CommandTest, AFailedFrameStopsTheRenderAndKeepsEarlierFrames)
@@ -345,23 +358,6 @@ TEST_F(CommandTest, AutoDepthKeepsTheBitsOfTheFileReadIn)
         EXPECT_EQ(Read(file)->FileBits(), bits) << file;
         EXPECT_EQ(Read(file)->IsFloat(), isFloat) << file;
     }
-}
-
-// The four-character codes of old flows and scripts reach the same controls.
-TEST_F(CommandTest, OldCodesWorkOnTheCommandLineAndInFlows)
-{
-    ASSERT_EQ(Run("run Pattern --size 8x4 -o p.exr").code, 0);
-    const Result byCode = Run("run Transform Image=p.exr KFil=0 KCCA=0 Angl=10 -o a.png");
-    const Result byName = Run("run Transform Image=p.exr Filtering=0 Alpha=0 Axisangle=10 -o b.png");
-    ASSERT_EQ(byCode.code, 0) << byCode.err;
-    ASSERT_EQ(byName.code, 0) << byName.err;
-    EXPECT_EQ(Slurp(dir.path / "a.png"), Slurp(dir.path / "b.png"));
-    WriteFlow("[1, 1]", R"("p": {"tool": "Pattern", "inputs": {"Width": 8, "Height": 4}},
-        "i": {"tool": "Invert", "inputs": {"Image": {"from": "p"}, "KCCA": 0, "ZVMT": 0}},
-        "s": {"tool": "Saver", "file": "old.####.exr", "inputs": {"Image": {"from": "i"}}})");
-    const Result flow = Run("render flow.json");
-    EXPECT_EQ(flow.code, 0) << flow.err;
-    EXPECT_TRUE(fs::exists(dir.path / "old.0001.exr"));
 }
 
 TEST(AppValues, AmbiguousShortNameListsTheCandidates)

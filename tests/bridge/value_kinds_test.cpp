@@ -104,21 +104,15 @@ TEST(BridgeValueKinds, AKindWithoutAnEntryIsRefusedByName)
 
 TEST(BridgeValueKinds, APluginKindPlugsInWithOneEntry)
 {
-    KValueKind token;
-    token.valueKind = kValueRegion3D;
-    token.dataType = host::DataType::Custom;
-    token.typeId = "Test.Token";
-    token.outputId = "Output";
-    token.read = [](const host::Parameter* v, void* field) {
-        auto* t = dynamic_cast<const TokenValue*>(v);
-        *static_cast<KRegion3D**>(field) = reinterpret_cast<KRegion3D*>(t ? t->token : 100);
-    };
-    token.write = [](const void* field) -> host::Value {
-        return std::make_shared<TokenValue>(reinterpret_cast<uintptr_t>(*static_cast<KRegion3D* const*>(field)));
-    };
-    token.name = "Token";
-    token.extensions = {".tok"};
-    KAddValueKind(token);
+    KAddValueKind({.valueKind = kValueRegion3D, .dataType = host::DataType::Custom, .typeId = "Test.Token", .outputId = "Output",
+                   .read = [](const host::Parameter* v, void* field) {
+                       auto* t = dynamic_cast<const TokenValue*>(v);
+                       *static_cast<KRegion3D**>(field) = reinterpret_cast<KRegion3D*>(t ? t->token : 100);
+                   },
+                   .write = [](const void* field) -> host::Value {
+                       return std::make_shared<TokenValue>(reinterpret_cast<uintptr_t>(*static_cast<KRegion3D* const*>(field)));
+                   },
+                   .name = "Token", .extensions = {".tok"}});
     // The host knows it by name, for info and for the files it writes.
     EXPECT_EQ(host::TypeName(host::DataType::Custom, "Test.Token"), "Token");
     EXPECT_EQ(host::FindParameterClass("Test.Token")->extensions, std::vector<std::string>{".tok"});

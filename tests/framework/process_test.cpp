@@ -45,10 +45,7 @@ class KEffectSame : public KEffectColor {
 
 // Squares colour: shows pre-divide and post-multiply.
 struct KEffectSquare : KEffectColor {
-    void ProcessColor(KPixelF& out, const KPixelF& in) override
-    {
-        out = {in.r * in.r, in.g * in.g, in.b * in.b, in.a};
-    }
+    void ProcessColor(KPixelF& out, const KPixelF& in) override { out = {in.r * in.r, in.g * in.g, in.b * in.b, in.a}; }
 };
 
 TEST(FrameworkProcessColor, MatchesPerPixelResultAtEverySizeAndDepth)
