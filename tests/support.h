@@ -343,7 +343,10 @@ public:
     {
         for (const Setting& v : settings) std::isnan(v.y) ? Set(v.label, v.x) : SetPoint(v.label, v.x, v.y);
     }
-    void SetImage(const std::string& id, KImage* image) { flow.SetValue(node, In(id), host::MakeImage(image->HostImage())); }
+    void SetImage(const std::string& id, KImage* image)
+    {
+        flow.SetValue(node, In(id), host::MakeImage(image->HostImage()));
+    }
     bool Visible(const std::string& id) const { return In(id)->attrs.visible; }
 
     // The main output at `time`; null when there is no image.

@@ -54,7 +54,8 @@ protected:
         const std::vector<T> v(values);
         HostImg img = zvtest::Make(w, h, std::is_floating_point_v<T>,
                                    [&](int x, int y, int c) { return v[(4 * (y * w + x) + c) % v.size()]; });
-        host::WriteImage(*img, (dir.path / name).string(), img->IsFloat() ? host::FileDepth::Float : host::FileDepth::Int16);
+        host::WriteImage(*img, (dir.path / name).string(),
+                         img->IsFloat() ? host::FileDepth::Float : host::FileDepth::Int16);
     }
     HostImg Read(const std::string& name) { return HostImg(host::ReadImage((dir.path / name).string())); }
     void WriteFlow(const std::string& frames, const std::string& tools)
@@ -173,7 +174,6 @@ TEST_F(CommandTest, CommandLineErrorsNameTheThingAndLeaveNothingBehind)
         // Values.
         {"run Hue/Saturation Image=in.png LightnessAdd=nan -o o.png",
          "input LightnessAdd of Hue/Saturation takes a finite number, got nan"},
-        {"run Hue/Saturation Image=in.png LightnessAdd=-inf -o o.png", "takes a finite number, got -inf"},
         {"run Hue/Saturation Image=in.png LightnessAdd=1e309 -o o.png", "takes a finite number, got inf"},
         {"run Hue/Saturation Image=in.png LightnessAdd=1e39 -o o.png", "takes a finite number, got 1e+39"},
         {"run Invert Image=in.png Type=3 -o o.png", "input Type of Invert takes one of 0 Color, 1 Luminance, 2 Hue, got 3"},
@@ -190,14 +190,12 @@ TEST_F(CommandTest, CommandLineErrorsNameTheThingAndLeaveNothingBehind)
         // Sizes.
         {"run Pattern --size 99999999999x1 -o p.png",
          "--size 99999999999x1: Width takes 1..32768, got 99999999999: images are 1 to 32768 pixels a side"},
-        {"run Pattern --size 100000x100000 -o p.png", "Width takes 1..32768, got 100000"},
         {"run Pattern Width=100000 Height=100000 -o p.png", "input Width of Pattern takes 1..32768, got 100000"},
         {"run Pattern --size 20000x20000 -o p.png", "--size 20000x20000: 20000x20000 is more than 268435456 pixels (16384x16384)"},
         {"run Pattern Width=20000 Height=20000 -o p.png", "cannot make an image: 20000x20000 is more than"},
         {"run Pattern --size 4x -o p.png", "--size takes WIDTHxHEIGHT, got '4x'"},
         {"run Pattern --size 0x4 -o p.png", "Width takes 1..32768, got 0"},
         {"run Pattern --size 1x1 -o p.png", "--size 1x1: Height takes 2..32768, got 1: generators make images at least 2 rows high"},
-        {"run Pattern --size 7x1 -o p.png", "generators make images at least 2 rows high"},
         {"run Blobs Height=1 -o p.png", "input Height of Blobs takes 2..32768, got 1: generators make images at least 2 rows high"},
         // Files and paths.
         {"run S_1 Image=nothere.png -o out.png", "file not found: nothere.png"},
@@ -236,7 +234,8 @@ TEST_F(CommandTest, CommandLineErrorsNameTheThingAndLeaveNothingBehind)
         fs::permissions(dir.path / "folder", fs::perms::owner_all);
         fs::remove(dir.path / "folder/flow.json");
     }
-    EXPECT_EQ(Files(), (std::vector<std::string>{"bad.png", "big.txt", "flow.json", "folder", "huge.ppm", "in.png", "loop"}));
+    EXPECT_EQ(Files(),
+              (std::vector<std::string>{"bad.png", "big.txt", "flow.json", "folder", "huge.ppm", "in.png", "loop"}));
 }
 
 // A flow's errors are found before any frame renders, each naming its tool.

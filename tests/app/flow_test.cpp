@@ -79,8 +79,7 @@ TEST(Flow, AResultReadTwiceIsMadeOnceAndFreedOnceRead)
     flow.BeginFrame();
     EXPECT_EQ(NumberOf(flow.Evaluate(f, Op(f).out, 1.0)), 21.0);  // (4 + 1) + (4 + 11) + 1
     EXPECT_EQ(Op(c).runs, 1);
-    EXPECT_TRUE(Op(c).last.expired());
-    EXPECT_TRUE(Op(r1).last.expired());
+    EXPECT_TRUE(Op(c).last.expired() && Op(r1).last.expired());
     // What was asked for stays for the frame.
     EXPECT_EQ(NumberOf(flow.Evaluate(f, Op(f).out, 1.0)), 21.0);
     EXPECT_EQ(Op(f).runs, 1);

@@ -139,7 +139,8 @@ TEST(BridgeConstruction, WarpPositionAndSourceInputs)
                  {{"KSup", "present"}, {"PDPM", "present"}, {"KSuS", "absent"}, {"TintRed", "label Tint"},
                   {"TintGreen", "member 1"}, {"TintBlue", "default 0.25"}, {"TintAlpha", "group 11"}});
     ExpectInputs(*ToolFlow(Local<KEffectDots, ZV_SourceOperator>("Dots")).node.op,
-                 {{"Image", "absent"}, {"PDPM", "absent"}, {"KTra", "absent"}, {"Width", "present"}, {"Height", "default 1080"}});
+                 {{"Image", "absent"}, {"PDPM", "absent"}, {"KTra", "absent"}, {"Width", "present"},
+                  {"Height", "default 1080"}});
 }
 
 TEST(BridgeNotify, MessagesReachVisibilityLabelsAndValues)

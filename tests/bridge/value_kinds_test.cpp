@@ -104,13 +104,15 @@ TEST(BridgeValueKinds, AKindWithoutAnEntryIsRefusedByName)
 
 TEST(BridgeValueKinds, APluginKindPlugsInWithOneEntry)
 {
-    KAddValueKind({.valueKind = kValueRegion3D, .dataType = host::DataType::Custom, .typeId = "Test.Token", .outputId = "Output",
+    KAddValueKind({.valueKind = kValueRegion3D, .dataType = host::DataType::Custom, .typeId = "Test.Token",
+                   .outputId = "Output",
                    .read = [](const host::Parameter* v, void* field) {
                        auto* t = dynamic_cast<const TokenValue*>(v);
                        *static_cast<KRegion3D**>(field) = reinterpret_cast<KRegion3D*>(t ? t->token : 100);
                    },
                    .write = [](const void* field) -> host::Value {
-                       return std::make_shared<TokenValue>(reinterpret_cast<uintptr_t>(*static_cast<KRegion3D* const*>(field)));
+                       const auto* region = *static_cast<KRegion3D* const*>(field);
+                       return std::make_shared<TokenValue>(reinterpret_cast<uintptr_t>(region));
                    },
                    .name = "Token", .extensions = {".tok"}});
     // The host knows it by name, for info and for the files it writes.

@@ -142,7 +142,8 @@ TEST(FrameworkProcessColor, CallOrderAndStartsThatDoNotRun)
     KEffectRotate effect(&calls);
     Img src = Pattern(4, 3, false);
     RunEffect(effect, src.get(), Settings(false), true);
-    EXPECT_EQ(std::vector<int>({calls.start, calls.jobs, calls.stop, calls.jobsAfterStop}), std::vector<int>({1, 12, 1, 0}));
+    EXPECT_EQ(std::vector<int>({calls.start, calls.jobs, calls.stop, calls.jobsAfterStop}),
+              std::vector<int>({1, 12, 1, 0}));
 
     // All switches off: a copy without Start or Stop. A failed Start: a copy, still stopped.
     for (bool threaded : {false, true})

@@ -51,8 +51,9 @@ TEST(HostColorSpace, RoundTripsThroughEverySpaceAndBetweenSpaces)
     // Floats come back within 1e-5. Integer storage bounds the error: hue
     // steps spread over six sectors (3 codes at full chroma, 4 with HLS's
     // halved lightness), and XYZ to RGB turns one code of X, Y or Z into up to 3.
-    const struct { ColorSpace cs; int codes; } cases[] = {{host::CS_HLS, 4}, {host::CS_YUV, 2}, {host::CS_YIQ, 2}, {host::CS_CMY, 0},
-                          {host::CS_HSV, 3}, {host::CS_XYZ, 3}, {host::CS_LAB, 4}};
+    const struct { ColorSpace cs; int codes; } cases[] = {{host::CS_HLS, 4}, {host::CS_YUV, 2}, {host::CS_YIQ, 2},
+                                                          {host::CS_CMY, 0}, {host::CS_HSV, 3}, {host::CS_XYZ, 3},
+                                                          {host::CS_LAB, 4}};
     for (bool isFloat : {true, false}) {
         const HostImg ref = Colours(isFloat);
         for (const auto& k : cases) {

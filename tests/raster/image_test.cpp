@@ -96,7 +96,8 @@ TEST(RasterPixel, SetPixelConvertsClipsIntegersAndIgnoresOutside)
 TEST(RasterImageGeometry, DepthAspectsFullSizeAndProxyScale)
 {
     Img i(KImage::Create(4, 3, false)), f(KImage::Create(4, 3, true, 2.0f, 1.0f));
-    EXPECT_EQ(std::make_tuple(i->IsFloat(), i->depth <= 6, i->owned, i->PixelAspect()), std::make_tuple(false, true, true, 1.0f));
+    EXPECT_EQ(std::make_tuple(i->IsFloat(), i->depth <= 6, i->owned, i->PixelAspect()),
+              std::make_tuple(false, true, true, 1.0f));
     EXPECT_EQ(std::make_tuple(f->IsFloat(), f->depth > 6, f->PixelAspect(), f->PictureAspect()),
               std::make_tuple(true, true, 2.0f, 2.0f * 4.0f / 3.0f));
     EXPECT_EQ(Img(KImage::Create(1920, 1080, false))->PictureAspect(), 1920.0f / 1080.0f);

@@ -148,8 +148,7 @@ TEST(RasterOffsetsStroke, EachStepSumsToFullWeightAndFollowsTheSlope)
             std::map<int32_t, double> centre;
             for (int32_t i = 0; i < list->count; ++i) {
                 const KOffsetsEntry& e = list->entries[i];
-                EXPECT_GT(e.weight, 0);
-                EXPECT_FALSE(e.negative);
+                EXPECT_TRUE(e.weight > 0 && !e.negative);
                 const int32_t along = alongX ? e.x : e.y, across = alongX ? e.y : e.x;
                 centre[along] += (across + 0.5) * e.weight / 65535.0;
             }
@@ -189,7 +188,6 @@ TEST(RasterOffsetsTable, BuildsOnceKeepsTheListAndThickUsesTheWiderStroke)
 
     const KOffsetsList* first = table.Get(0, 3.0f);
     ASSERT_NE(first, nullptr);
-    EXPECT_EQ(first->count, 4);
     // Later calls return the stored list, whatever length they pass.
     EXPECT_EQ(table.Get(0, 50.0f), first);
     EXPECT_EQ(std::make_tuple(first->count, table.lists[0], table.lists[1]), std::make_tuple(4, first, nullptr));
@@ -199,12 +197,10 @@ TEST(RasterOffsetsTable, BuildsOnceKeepsTheListAndThickUsesTheWiderStroke)
     ASSERT_NE(quarter, nullptr);
     ASSERT_EQ(quarter->count, 3);
     EXPECT_EQ(std::make_pair(quarter->entries[2].x, quarter->entries[2].y), std::make_pair(0, -2));
-    EXPECT_EQ(table.Get(-1, 3.0f), nullptr);
-    EXPECT_EQ(table.Get(8, 3.0f), nullptr);
+    EXPECT_TRUE(table.Get(-1, 3.0f) == nullptr && table.Get(8, 3.0f) == nullptr);
     KOffsetsTable thin(4, 1.0f, false, true), thick(4, 1.0f, false, false);
     EXPECT_TRUE(thick.thick);
-    const KOffsetsList* a = thin.Get(1, 4.0f);
-    const KOffsetsList* b = thick.Get(1, 4.0f);
+    const KOffsetsList *a = thin.Get(1, 4.0f), *b = thick.Get(1, 4.0f);
     EXPECT_GT(b->count, a->count);
     for (const auto& [along, sum] : StepSums(*b, false)) EXPECT_EQ(sum, 65535) << along;
 }

@@ -67,7 +67,8 @@ TEST(Contour, LocksCopyTheFirstChannelAndWidthAndShowTheirRows)
     Contour t;
     t.HalfPixel(16);
     Img ramp = Ramp(16, false), down = Ramp(16, false, true);
-    t.Apply({{"Threshold", 0.25}, {"Levels", 20.0}, {"Lock threshold for all channels", 1}, {"Lock levels for all channels", 1}});
+    t.Apply({{"Threshold", 0.25}, {"Levels", 20.0}, {"Lock threshold for all channels", 1},
+             {"Lock levels for all channels", 1}});
     EXPECT_EQ(t.Lines(ramp, 1), t.Lines(ramp, 0));
     EXPECT_NE(t.Lines(ramp, 1), (Positions{1, 7, 13}));
     t.Apply({{"Lock threshold for all channels", 0}, {"Lock levels for all channels", 0}, {"Width Vertical", 0}});

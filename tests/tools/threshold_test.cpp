@@ -55,9 +55,12 @@ TEST(Threshold, SelectorLuminanceLocksAndTheirRows)
     // The host told the tool its locks at creation: only the first row shows.
     ExpectShown("ZV_Threshold", {"ThresholdGreen", "ThresholdBlue", "ThresholdAlpha", "Softness", "SoftnessGreen",
                                  "RepeatGreen", "PingpongGreen", "RepeatBlue", "RepeatAlpha", "PingpongAlpha"},
-                {{nullptr, 0, "0001000000"}, {"Lockthresholdforallcolorchannels", 0, "1111000000"},
-                 {"LockSoftnessforallcolorchannels", 0, "1111100000"}, {"LockSoftnessforallcolorchannels", 1, "1111000000"},
-                 {"LockRepeatforallcolorchannels", 0, "1111011111"}, {"Lockthresholdforallcolorchannels", 1, "0001011111"}});
+                {{nullptr, 0, "0001000000"},
+                 {"Lockthresholdforallcolorchannels", 0, "1111000000"},
+                 {"LockSoftnessforallcolorchannels", 0, "1111100000"},
+                 {"LockSoftnessforallcolorchannels", 1, "1111000000"},
+                 {"LockRepeatforallcolorchannels", 0, "1111011111"},
+                 {"Lockthresholdforallcolorchannels", 1, "0001011111"}});
 }
 
 // Each source, both ramp shapes, a hard step and unlocked rows.
