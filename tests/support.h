@@ -131,12 +131,8 @@ inline float MaxDiff(const KImage& a, const KImage& b, int32_t x0, int32_t y0, i
     return worst;
 }
 
-inline KRenderSettings Settings(bool isFloat)
-{
-    KRenderSettings s;
-    s.depth = isFloat ? 2 : 1;
-    return s;
-}
+constexpr int32_t Depth(bool isFloat) { return isFloat ? 2 : 1; }
+inline KRenderSettings Settings(bool isFloat) { return {.depth = Depth(isFloat)}; }
 
 // Runs an effect of an image family over `source` into a new image like it;
 // a source effect (no source) makes `target` from itself.
@@ -462,12 +458,8 @@ using HostImg = std::unique_ptr<host::Image, Recycle>;
 
 inline HostImg Blank(int w, int h, bool isFloat, std::vector<int> aux = {})
 {
-    host::ImageSpec spec;
-    spec.width = w;
-    spec.height = h;
-    spec.depth = isFloat ? host::DepthFloat32 : host::DepthInt16;
-    spec.aux = std::move(aux);
-    return HostImg(host::Image::New(spec));
+    return HostImg(host::Image::New(
+        {.width = w, .height = h, .depth = isFloat ? host::DepthFloat32 : host::DepthInt16, .aux = std::move(aux)}));
 }
 
 // A w x h image with channel c of pixel x, y set to fn(x, y, c).

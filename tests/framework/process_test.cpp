@@ -86,8 +86,7 @@ TEST(FrameworkProcessColor, SwitchedOffChannelsKeepTheInputAndPreDivideWrapsTheE
     KRenderSettings s;
     for (bool isFloat : {false, true}) {
         Img src = Pattern(5, 3, isFloat);
-        s = Settings(isFloat);
-        s.green = s.alpha = false;
+        s = {.depth = Depth(isFloat), .green = false, .alpha = false};
         KEffectRotate effect;
         Img out = RunEffect(effect, src.get(), s, true);
         for (int32_t y = 0; y < 3; ++y)
@@ -97,8 +96,7 @@ TEST(FrameworkProcessColor, SwitchedOffChannelsKeepTheInputAndPreDivideWrapsTheE
                 EXPECT_TRUE(!isFloat || (got.r == in.b && got.b == in.g * 0.5f)) << x << "," << y;
             }
     }
-    s = Settings(true);
-    s.preDivide = true;
+    s = {.depth = Depth(true), .preDivide = true};
     KEffectSquare square;
     Img f = Row<KPixelF>({{0.25f, 0.25f, 0.25f, 0.5f}});
     EXPECT_EQ(Channels(At<KPixelF>(*RunEffect(square, f.get(), s, false), 0, 0)),
@@ -106,8 +104,7 @@ TEST(FrameworkProcessColor, SwitchedOffChannelsKeepTheInputAndPreDivideWrapsTheE
     s.preDivide = false;
     EXPECT_EQ(At<KPixelF>(*RunEffect(square, f.get(), s, false), 0, 0).r, 0.0625f);
 
-    s = Settings(false);
-    s.preDivide = true;
+    s = {.depth = Depth(false), .preDivide = true};
     // 16384 -> 32768 divided; squared through floats -> 16384; times alpha -> 8192.
     EXPECT_EQ(Channels(At<KPixel>(*RunEffect(square, Row<KPixel>({{16384, 16384, 16384, 32768}}).get(), s, false), 0, 0)),
               Channels(KPixel{8192, 8192, 8192, 32768}));
@@ -118,9 +115,7 @@ TEST(FrameworkProcessColor, SuperSamplingAveragesAndTakesSwitchedOffChannelsFrom
     // Alpha 1 only at (1, 0): the last of the 2x2 samples of pixel (0, 0) sits
     // at (0.25, 0.25), where bilinear alpha is 0.25 * 0.75.
     Img src = Made(2, 2, true, [](int32_t x, int32_t y) { return KPixelF{0, 0, 0, x == 1 && y == 0 ? 1.0f : 0.0f}; });
-    KRenderSettings s = Settings(true);
-    s.superSampling = 2;
-    s.alpha = false;
+    KRenderSettings s = {.depth = Depth(true), .alpha = false, .superSampling = 2};
     KEffectRotate effect;
     Img out = RunEffect(effect, src.get(), s, true);
     EXPECT_FLOAT_EQ(At<KPixelF>(*out, 0, 0).a, 0.1875f);
@@ -128,8 +123,7 @@ TEST(FrameworkProcessColor, SuperSamplingAveragesAndTakesSwitchedOffChannelsFrom
 
     for (bool isFloat : {false, true}) {
         Img row = isFloat ? Row<KPixelF>({{}, {1.0f, 1.0f, 1.0f, 1.0f}}) : Row<KPixel>({{}, {65535, 65535, 65535, 65535}});
-        s = Settings(isFloat);
-        s.superSampling = 2;
+        s = {.depth = Depth(isFloat), .superSampling = 2};
         KEffectSame same;
         // Samples at x -0.25 (clamped to 0) and 0.25: 0 and 0.25, twice each.
         EXPECT_NEAR(At<KPixelF>(*RunEffect(same, row.get(), s, false), 0, 0).r, 0.125f, isFloat ? 1e-6f : 2e-5f);
@@ -173,8 +167,7 @@ TEST(FrameworkProcessPixel, BothDepthsAndTheKeepRule)
     for (bool isFloat : {false, true})
         for (auto [w, h] : kSizes) {
             Img src = Pattern(w, h, isFloat);
-            KRenderSettings s = Settings(isFloat);
-            s.blue = false;
+            KRenderSettings s = {.depth = Depth(isFloat), .blue = false};
             KEffectCoords effect;
             Img out = RunEffect(effect, src.get(), s, true);
             for (int32_t y = 0; y < h; y += 7)
@@ -205,8 +198,7 @@ TEST(FrameworkProcessPosition, PositionsInUnitsOfWidthAndTheOffCentreSuperSample
     EXPECT_FLOAT_EQ(p.g, 1.0f / (2.0f * 4.0f));
 
     Img square(KImage::Create(4, 4, true));
-    KRenderSettings s = Settings(true);
-    s.superSampling = 2;
+    KRenderSettings s = {.depth = Depth(true), .superSampling = 2};
     Img out = RunEffect(effect, square.get(), s, false);
     // fx = 0.5 / 4; start (0 - 0.5 * fx) / 4; samples start and start + fx.
     EXPECT_FLOAT_EQ(At<KPixelF>(*out, 0, 0).r, 0.046875f);
@@ -218,9 +210,7 @@ TEST(FrameworkProcessPosition, IntegerPathPreDivideAndExtraChannels)
     Img src(KImage::Wrap(Blank(3, 2, false, {host::ChanZ}).release(), true));
     src->SetPixel(1, 1, KPixel{10000, 20000, 30000, 32768});
     src->AuxPlane(host::ChanZ)[4] = 7.5f;
-    KRenderSettings s = Settings(false);
-    s.preDivide = true;
-    s.green = false;
+    KRenderSettings s = {.depth = Depth(false), .green = false, .preDivide = true};
     class Keep : public KEffectPosition {
         void ProcessPositionInt(KPositionPixelInt& out, const KPositionPixelInt& in, const KPosition&) override
         {
@@ -291,8 +281,7 @@ TEST(FrameworkProcessThreads, PassesAreSeparatedJobCountsAskedAndPostBlurThreade
     };
     Img dot(KImage::Create(9, 9, true));
     dot->SetPixel(4, 4, KPixelF{1.0f, 1.0f, 1.0f, 1.0f});
-    KRenderSettings s = Settings(true);
-    s.postBlur = 2.0f;
+    KRenderSettings s = {.depth = Depth(true), .postBlur = 2.0f};
     Flat a, b;
     EXPECT_EQ(Differ(*RunEffect(a, dot.get(), s, false), *dot), "");
     Img blurred = RunEffect(b, dot.get(), s, true);
@@ -318,9 +307,7 @@ TEST(FrameworkProcessInverse, IdentityKeepsThePictureWithEachFilter)
         for (auto [w, h] : kSizes)
             for (int32_t filter : {1, 2}) {
                 Img src = Pattern(w, h, isFloat);
-                KRenderSettings s = Settings(isFloat);
-                s.filter = filter;
-                s.edges = kEdgeDuplicate;
+                KRenderSettings s = {.depth = Depth(isFloat), .filter = filter, .edges = kEdgeDuplicate};
                 KEffectShift identity(0.0f);
                 EXPECT_LE(MaxDiff(*RunEffect(identity, src.get(), s, true), *src, 0, 0, w, h), 2e-5f)
                     << w << "x" << h << " filter " << filter;
@@ -330,8 +317,7 @@ TEST(FrameworkProcessInverse, IdentityKeepsThePictureWithEachFilter)
 TEST(FrameworkProcessInverse, FailedMappingGivesTheZeroPixelAndMaskKeepsOwnPosition)
 {
     Img src = Pattern(8, 4, false);
-    KRenderSettings s = Settings(false);
-    s.filter = 0;
+    KRenderSettings s = {.depth = Depth(false), .filter = 0};
     KEffectShift effect(3.0f / 7.0f);  // three pixels
     Img out = RunEffect(effect, src.get(), s, true);
     EXPECT_EQ(At<KPixel>(*out, 2, 1).a, 0u);
@@ -356,8 +342,7 @@ TEST(FrameworkProcessInverse, UnderSamplingOneIsExactFourIsCloseAndSeriallyCover
     };
     for (bool isFloat : {false, true}) {
         Img src = Pattern(257, 129, isFloat);
-        KRenderSettings s = Settings(isFloat);
-        s.edges = kEdgeWrap;
+        KRenderSettings s = {.depth = Depth(isFloat), .edges = kEdgeWrap};
         Affine a, b, c;
         Img exact = RunEffect(a, src.get(), s, true);
         s.underSample = 1;
@@ -368,8 +353,7 @@ TEST(FrameworkProcessInverse, UnderSamplingOneIsExactFourIsCloseAndSeriallyCover
     }
     // A serial under-sampled run covers only as many rows as the grid has.
     Img src = Pattern(16, 16, false);
-    KRenderSettings s = Settings(false);
-    s.underSample = 4;  // grid 6 x 6
+    KRenderSettings s = {.depth = Depth(false), .underSample = 4};  // grid 6 x 6
     KEffectShift a(0.0f), b(0.0f);
     Img serial = RunEffect(a, src.get(), s, false), threaded = RunEffect(b, src.get(), s, true);
     EXPECT_NEAR(double(At<KPixel>(*serial, 3, 5).r), double(At<KPixel>(*src, 3, 5).r), 1.0);
@@ -381,9 +365,7 @@ TEST(FrameworkProcess, SerialAndThreadedRunsAreIdentical)
 {
     for (bool isFloat : {false, true}) {
         Img src = Pattern(257, 129, isFloat);
-        KRenderSettings s = Settings(isFloat);
-        s.preDivide = true;
-        s.superSampling = 3;
+        KRenderSettings s = {.depth = Depth(isFloat), .preDivide = true, .superSampling = 3};
         KEffectRotate c1, c2;
         KEffectCoords p1, p2;
         KEffectWhere q1, q2;

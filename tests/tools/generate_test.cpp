@@ -79,9 +79,7 @@ TEST(Generate, TimeAlphaBaseAndScale)
     timing(2.0f, 0.5f, 0.25f);
     Img before = g.Of(17);
     timing(1.0f, 0.0f, 1.25f);
-    KRenderSettings later = Settings(true);
-    later.time = 12.0f;
-    EXPECT_EQ(Differ(*RunEffect(*g.effect, g.source.get(), later, false), *before), "");
+    EXPECT_EQ(Differ(*RunEffect(*g.effect, g.source.get(), {.time = 12.0f, .depth = 2}, false), *before), "");
     // Post-multiplied: alpha is the source's and scales the colour; else alpha is 1.
     g.Field<bool>("PMBA"_id) = false;
     const KPixelF m = At<KPixelF>(*before, 5, 1), s = At<KPixelF>(*g.Of(17), 5, 1);

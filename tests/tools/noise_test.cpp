@@ -47,9 +47,7 @@ TEST(Noise, CellsSeedByCellRowAndSeed)
     EXPECT_EQ(At<KPixelF>(*out, 3, 3).g, Draw(16, 1));
     EXPECT_NE(At<KPixelF>(*out, 2, 3).g, Draw(16, 1));
     // "Selected": an index drawn below Number of colors picks a table colour.
-    t.SetInt("Size", 0);
-    t.SetInt("Size X", 0);  // a size of 0 works as 1
-    t.Apply({{"Size Y", 1}, {"Colors", 1}});
+    t.Apply({{"Size", 0}, {"Size X", 0}, {"Size Y", 1}, {"Colors", 1}});  // a size of 0 works as 1
     for (int32_t i = 0; i < 3; ++i) t.Field<KColor>(TableId(i)) = {0.1f * i, 0.2f, 0.3f, 0.5f * i};
     out = t.Run(source.get());
     for (int32_t y = 0; y < 6; ++y)
