@@ -49,11 +49,8 @@ TEST(FrameworkParameter, NumbersWriteTheirDefaultAndKeepFloatLimits)
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.p->name);
-        EXPECT_EQ(r.p->valueKind, r.value);
-        EXPECT_EQ(r.p->controlKind, r.control);
-        EXPECT_EQ(r.p->defaultValue, r.def);
-        EXPECT_EQ(FieldValue(*r.p), r.def);
-        EXPECT_EQ(r.p->group, -1);
+        EXPECT_EQ(std::make_tuple(r.p->valueKind, r.p->controlKind, r.p->defaultValue, FieldValue(*r.p), r.p->group),
+                  std::make_tuple(r.value, r.control, r.def, r.def, -1));
         if (!std::isnan(r.lo)) {
             EXPECT_EQ(std::make_pair(r.p->minimum, r.p->maximum), std::make_pair(r.lo, r.hi));
         }
