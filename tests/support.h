@@ -42,11 +42,8 @@ inline const host::Registration& Registered(const std::string& className)
 // A deterministic pattern with every channel distinct and alpha varying.
 inline KPixel PatternPixel(int32_t x, int32_t y)
 {
-    uint32_t r = (x * 977u + y * 131u) % 65536u;
-    uint32_t g = (x * 313u + y * 1709u + 1000u) % 65536u;
-    uint32_t b = (x * 59u * y + 40000u) % 65536u;
-    uint32_t a = 65535u - (x * 29u + y * 257u) % 40000u;
-    return {r, g, b, a};
+    return {(x * 977u + y * 131u) % 65536u, (x * 313u + y * 1709u + 1000u) % 65536u, (x * 59u * y + 40000u) % 65536u,
+            65535u - (x * 29u + y * 257u) % 40000u};
 }
 
 // A pixel's four channels, so that whole pixels compare and print at once.

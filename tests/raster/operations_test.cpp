@@ -24,21 +24,19 @@ TEST(RasterMergeOver, OpaqueCoversZeroLeavesAloneAndHalfTransparentAdds)
         merged->MergeOver(*Made(5, 4, isFloat, [](int32_t, int32_t) { return KPixel{65535, 65535, 65535, 65535}; }));
         ExpectEvery(*merged, KPixelF{1, 1, 1, 1});
     }
+    // `other` over `target`, both of one colour.
+    auto over = [](auto target, auto other) {
+        Img t = Solid(2, 2, target);
+        t->MergeOver(*Solid(2, 2, other));
+        return t;
+    };
     // k = 65535 - 32768 = 32767; each component is other + round(this * k / 65535).
-    Img target = Solid(2, 1, KPixel{40000, 30000, 65535, 65535});
-    target->MergeOver(*Solid(2, 1, KPixel{10000, 20000, 0, 32768}));
-    ExpectEvery(*target, KPixel{30000, 35000, 32767, 65535});
-    // A pixel that is not pre-multiplied overflows and is limited to 65535.
-    Img t2 = Solid(1, 1, KPixel{10000, 500, 65535, 0});
-    t2->MergeOver(*Solid(1, 1, KPixel{60000, 0, 100, 0}));
-    ExpectEvery(*t2, KPixel{65535, 500, 65535, 0});
-    // Floats are not clipped.
-    Img f = Solid(2, 2, KPixelF{0.5f, 1.0f, 1.0f, 1.0f});
-    f->MergeOver(*Solid(2, 2, KPixelF{0.25f, 0.5f, 0.0f, 0.5f}));
-    ExpectEvery(*f, KPixelF{0.5f, 1.0f, 0.5f, 1.0f});
-    Img f2 = Solid(1, 1, KPixelF{1.0f, 0.0f, 0.0f, 0.0f});
-    f2->MergeOver(*Solid(1, 1, KPixelF{1.0f, -0.5f, 0.0f, 0.0f}));
-    ExpectEvery(*f2, KPixelF{2.0f, -0.5f, 0.0f, 0.0f});
+    ExpectEvery(*over(KPixel{40000, 30000, 65535, 65535}, KPixel{10000, 20000, 0, 32768}),
+                KPixel{30000, 35000, 32767, 65535});
+    // A pixel that is not pre-multiplied overflows and is limited to 65535; floats are not clipped.
+    ExpectEvery(*over(KPixel{10000, 500, 65535, 0}, KPixel{60000, 0, 100, 0}), KPixel{65535, 500, 65535, 0});
+    ExpectEvery(*over(KPixelF{0.5f, 1, 1, 1}, KPixelF{0.25f, 0.5f, 0, 0.5f}), KPixelF{0.5f, 1, 0.5f, 1});
+    ExpectEvery(*over(KPixelF{1, 0, 0, 0}, KPixelF{1, -0.5f, 0, 0}), KPixelF{2, -0.5f, 0, 0});
 }
 
 TEST(RasterFade, IntegerScaleRuleWithTheWeightInDoublePrecisionAndOneOrMoreLeavesAlone)
@@ -55,9 +53,12 @@ TEST(RasterFade, IntegerScaleRuleWithTheWeightInDoublePrecisionAndOneOrMoreLeave
     Img img = Row<KPixel>({{0, 1, 2, 3}, {1000, 40001, 65535, 65534}, {65535, 0, 0, 0}, {2, 2, 2, 2}});
     img->Fade(0.5f);
     for (int i = 0; i < 4; ++i) EXPECT_EQ(Channels(At<KPixel>(*img, i, 0)), Channels(want[i])) << i;
-    Img tenth = Solid(2, 2, KPixel{65535, 12345, 5, 65535});
-    tenth->Fade(0.1f);  // a = 6553
-    ExpectEvery(*tenth, KPixel{6553, 1234, 0, 6553});
+    auto faded = [](auto p, float amount) {
+        Img t = Solid(3, 2, p);
+        t->Fade(amount);
+        return t;
+    };
+    ExpectEvery(*faded(KPixel{65535, 12345, 5, 65535}, 0.1f), KPixel{6553, 1234, 0, 6553});  // a = 6553
     Img zero(Pattern(3, 3, false));
     zero->Fade(0.0f);
     ExpectEvery(*zero, KPixel{});
@@ -65,12 +66,8 @@ TEST(RasterFade, IntegerScaleRuleWithTheWeightInDoublePrecisionAndOneOrMoreLeave
     // rounded to single precision the product would reach 1.
     const float tiny = static_cast<float>(1.0 / 65535.5);
     ASSERT_EQ(static_cast<int>(static_cast<double>(tiny) * 65535.5), 0);
-    Img white = Solid(2, 1, KPixel{65535, 65535, 65535, 65535});
-    white->Fade(tiny);
-    ExpectEvery(*white, KPixel{});
-    Img f = Solid(3, 2, KPixelF{1.0f, 0.5f, 2.0f, -1.0f});
-    f->Fade(0.5f);  // floats multiply
-    ExpectEvery(*f, KPixelF{0.5f, 0.25f, 1.0f, -0.5f});
+    ExpectEvery(*faded(KPixel{65535, 65535, 65535, 65535}, tiny), KPixel{});
+    ExpectEvery(*faded(KPixelF{1.0f, 0.5f, 2.0f, -1.0f}, 0.5f), KPixelF{0.5f, 0.25f, 1.0f, -0.5f});  // floats multiply
 }
 
 TEST(RasterBlend, IntegerAndFloatWeights)
