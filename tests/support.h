@@ -3,15 +3,18 @@
 // view of its inputs.
 #pragma once
 #include <gtest/gtest.h>
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdint>
 #include <cstring>
-#include <functional>
+#include <filesystem>
+#include <fstream>
 #include <initializer_list>
+#include <map>
 #include <memory>
 #include <stdexcept>
+#include <unistd.h>
 #include <string>
 #include <vector>
 #include "bridge/operator.h"
@@ -39,11 +42,8 @@ inline const host::Registration& Registered(const std::string& className)
 // A deterministic pattern with every channel distinct and alpha varying.
 inline KPixel PatternPixel(int32_t x, int32_t y)
 {
-    uint32_t r = (x * 977u + y * 131u) % 65536u;
-    uint32_t g = (x * 313u + y * 1709u + 1000u) % 65536u;
-    uint32_t b = (x * 59u * y + 40000u) % 65536u;
-    uint32_t a = 65535u - (x * 29u + y * 257u) % 40000u;
-    return {r, g, b, a};
+    return {(x * 977u + y * 131u) % 65536u, (x * 313u + y * 1709u + 1000u) % 65536u, (x * 59u * y + 40000u) % 65536u,
+            65535u - (x * 29u + y * 257u) % 40000u};
 }
 
 // A pixel's four channels, so that whole pixels compare and print at once.
@@ -56,29 +56,26 @@ inline void ExpectNear(const KPixelF& got, const KPixelF& want, float tol, const
     for (int c = 0; c < 4; ++c) EXPECT_NEAR(got[c], want[c], tol) << what << " channel " << c;
 }
 
-inline Img Pattern(int32_t w, int32_t h, bool isFloat, float pixelAspect = 1.0f)
+// A w x h image in either depth whose pixel x, y is at(x, y).
+template <class F> Img Made(int32_t w, int32_t h, bool isFloat, F at, float pixelAspect = 1.0f)
 {
     Img img(KImage::Create(w, h, isFloat, pixelAspect, 1.0f));
     for (int32_t y = 0; y < h; ++y)
-        for (int32_t x = 0; x < w; ++x) img->SetPixel(x, y, PatternPixel(x, y));
+        for (int32_t x = 0; x < w; ++x) img->SetPixel(x, y, at(x, y));
     return img;
 }
-
-// Every pixel `p`, in the depth of its kind.
+inline Img Pattern(int32_t w, int32_t h, bool isFloat, float pixelAspect = 1.0f)
+{
+    return Made(w, h, isFloat, PatternPixel, pixelAspect);
+}
+// Every pixel `p`, or one row of the given pixels, in the depth of their kind.
 template <class P> Img Solid(int32_t w, int32_t h, const P& p)
 {
-    Img img(KImage::Create(w, h, kIsFloat<P>));
-    for (int32_t y = 0; y < h; ++y)
-        for (int32_t x = 0; x < w; ++x) img->SetPixel(x, y, p);
-    return img;
+    return Made(w, h, kIsFloat<P>, [&](int32_t, int32_t) { return p; });
 }
-
-// One row of the given pixels, and the first row's pixels read back.
 template <class P> Img Row(const std::vector<P>& pixels)
 {
-    Img img(KImage::Create(static_cast<int32_t>(pixels.size()), 1, kIsFloat<P>));
-    for (size_t x = 0; x < pixels.size(); ++x) img->SetPixel(static_cast<int32_t>(x), 0, pixels[x]);
-    return img;
+    return Made(int32_t(pixels.size()), 1, kIsFloat<P>, [&](int32_t x, int32_t) { return pixels[x]; });
 }
 
 template <class P> P At(const KImage& img, int32_t x, int32_t y)
@@ -99,7 +96,7 @@ template <class P> std::vector<P> Pixels(const KImage& img)
 // outside the image.
 inline std::array<float, 4> Raw(const KImage& img, int32_t x, int32_t y)
 {
-    std::array<float, 4> r{0.0f, 0.0f, 0.0f, 0.0f};
+    std::array<float, 4> r{};
     if (x < 0 || y < 0 || x >= img.width || y >= img.height) return r;
     for (int c = 0; c < 4; ++c)
         r[c] = img.IsFloat() ? img.RowF(y)[4 * x + c] : static_cast<float>(img.RowW(y)[4 * x + c]);
@@ -117,52 +114,61 @@ inline std::string Differ(const KImage& a, const KImage& b)
     return "";
 }
 
-inline void Threaded(int32_t jobs, const std::function<void(int32_t)>& job) { host::DoMultiProcess(jobs, job); }
-
-inline KRenderSettings Settings(bool isFloat)
+// Largest difference of any channel, in float units, between a's pixel x, y and
+// b's pixel x - dx, y - dy, over columns x0..x1-1 and rows y0..y1-1.
+inline float MaxDiff(const KImage& a, const KImage& b, int32_t x0, int32_t y0, int32_t x1, int32_t y1,
+                     int32_t dx = 0, int32_t dy = 0)
 {
-    KRenderSettings s;
-    s.depth = isFloat ? 2 : 1;
-    return s;
+    float worst = 0.0f;
+    for (int32_t y = y0; y < y1; ++y)
+        for (int32_t x = x0; x < x1; ++x) {
+            const KPixelF p = At<KPixelF>(a, x, y), q = At<KPixelF>(b, x - dx, y - dy);
+            for (int c = 0; c < 4; ++c) worst = std::max(worst, std::fabs(p[c] - q[c]));
+        }
+    return worst;
 }
 
-// Runs an effect of an image family over `source` into `target`; a source
-// effect (no source given) makes its target from itself.
-inline Img RunInto(KEffectImage& effect, KImage* source, Img target, const KRenderSettings& s, bool threaded)
+constexpr int32_t Depth(bool isFloat) { return isFloat ? 2 : 1; }
+inline KRenderSettings Settings(bool isFloat) { return {.depth = Depth(isFloat)}; }
+
+// Runs an effect of an image family over `source` into a new image like it;
+// a source effect (no source) makes `target` from itself.
+inline Img RunEffect(KEffectImage& effect, KImage* source, const KRenderSettings& s, bool threaded, Img target = nullptr)
 {
-    KImage* made = target.release();
+    KImage* made = source && !target ? source->CreateLike() : target.release();
     effect.settings = s;
     std::unique_ptr<KProcessImage> process(KCreateProcess(&effect, source ? source : made, &made, s));
-    if (threaded) KRunPasses(*process, Threaded);
+    if (threaded) KRunPasses(*process, host::DoMultiProcess);
     else process->Run();
     process.reset();
     return Img(made);
 }
-inline Img RunEffect(KEffectImage& effect, KImage* source, const KRenderSettings& s, bool threaded)
-{
-    return RunInto(effect, source, Img(source->CreateLike()), s, threaded);
-}
 
-// The effect inside a registered tool's operator, and the bridge beside it.
-inline KEffect* EffectOf(host::Operator* op)
-{
-    if (auto* t = dynamic_cast<ZV_ThreadedOperator*>(op)) return t->Effect();
-    if (auto* s = dynamic_cast<ZV_SourceOperator*>(op)) return s->Effect();
-    return nullptr;
-}
+// The bridge inside a registered tool's operator, and its effect.
 inline KTool* ToolOf(host::Operator* op)
 {
     if (auto* t = dynamic_cast<ZV_ThreadedOperator*>(op)) return &t->Tool();
     if (auto* s = dynamic_cast<ZV_SourceOperator*>(op)) return &s->Tool();
     return nullptr;
 }
+inline KEffect* EffectOf(host::Operator* op) { return ToolOf(op) ? ToolOf(op)->effect : nullptr; }
+
+// A tool of a test's own, known to flows but not to the registry.
+template <class Effect, class Base = ZV_ThreadedOperator> const host::Registration& Local(const char* name)
+{
+    static const host::Registration r = [name] {
+        host::Registration made;
+        made.className = made.name = name;
+        made.creator = [] { return static_cast<host::Operator*>(new Base(std::make_unique<Effect>())); };
+        return made;
+    }();
+    return r;
+}
 
 // A value by label: a number (an angle in degrees), or a point when y is given.
 struct Setting {
     template <class X, class Y = double>
-    Setting(const char* l, X vx, Y vy = NAN) : label(l), x(static_cast<double>(vx)), y(static_cast<double>(vy))
-    {
-    }
+    Setting(const char* l, X vx, Y vy = NAN) : label(l), x(static_cast<double>(vx)), y(static_cast<double>(vy)) {}
     const char* label;
     double x, y;
 };
@@ -218,10 +224,7 @@ public:
     void SetColor(const std::string& label, KColor c) { Field<KColor>(label, kValueColor) = c; }
     void Apply(const std::vector<Setting>& settings)
     {
-        for (const Setting& v : settings) {
-            if (std::isnan(v.y)) Set(v.label, v.x);
-            else SetPoint(v.label, static_cast<float>(v.x), static_cast<float>(v.y));
-        }
+        for (const Setting& v : settings) std::isnan(v.y) ? Set(v.label, v.x) : SetPoint(v.label, float(v.x), float(v.y));
     }
 
     // An image family: the source through the process into a new image.
@@ -230,11 +233,9 @@ public:
         return RunEffect(Image(), source, Settings(source->IsFloat()), threaded);
     }
     // A source: the zeroed target is its own source.
-    Img Make(int32_t w, int32_t h, bool isFloat, bool threaded = false, int32_t superSample = 1)
+    Img Make(int32_t w, int32_t h, bool isFloat, bool threaded = false)
     {
-        KRenderSettings s = Settings(isFloat);
-        s.superSampling = superSample;
-        return RunInto(Image(), nullptr, Img(KImage::Create(w, h, isFloat)), s, threaded);
+        return RunEffect(Image(), nullptr, Settings(isFloat), threaded, Img(KImage::Create(w, h, isFloat)));
     }
     // A row of pixels through the process, and one pixel alone.
     template <class P> std::vector<P> Run(const std::vector<P>& pixels, bool threaded = false)
@@ -249,20 +250,20 @@ public:
         effect->settings.time = time;
         effect->FinishRender();
     }
-    KOutput& Output(int32_t index = 0) const
+    void* Output(int32_t index = 0) const
     {
         KOutput* o = effect->outputs();
-        for (int32_t i = 0; i < index && o; ++i) o = o->Next();
-        if (!o) throw std::runtime_error("no output " + std::to_string(index));
-        return *o;
+        while (o && index--) o = o->Next();
+        if (!o) throw std::runtime_error("no such output");
+        return o->field;
     }
-    float Number(int32_t index = 0) const { return *static_cast<float*>(Output(index).field); }
+    float Number(int32_t index = 0) const { return *static_cast<float*>(Output(index)); }
     float At(float time)
     {
         Run(time);
         return Number();
     }
-    const std::string& Text() const { return *static_cast<std::string*>(Output(0).field); }
+    const std::string& Text() const { return *static_cast<std::string*>(Output()); }
     // The text output after setting the input labelled `label` to `text`.
     std::string Of(const std::string& label, const std::string& text, float time = 0.0f)
     {
@@ -271,29 +272,7 @@ public:
         return Text();
     }
 
-    // The visibility messages of one change, as 0 and 1 in the order sent;
-    // each message's target must be the next of `targets`.
-    std::string Shown(uint32_t id, int32_t value, const std::vector<uint32_t>& targets)
-    {
-        KMessageValue v;
-        v.intValue = value;
-        const KMessageList list = effect->OnChange(id, v);
-        std::string shown;
-        size_t i = 0;
-        for (KMessage* m = list.First(); m; m = static_cast<KMessage*>(m->next), ++i) {
-            EXPECT_EQ(m->kind, kMessageVisible) << i;
-            EXPECT_EQ(m->target, i < targets.size() ? targets[i] : 0u) << i;
-            shown += m->value.intValue > 0 ? '1' : '0';
-        }
-        return shown;
-    }
-
-    KEffectImage& Image() const
-    {
-        auto* image = dynamic_cast<KEffectImage*>(static_cast<KEffect*>(effect));
-        if (!image) throw std::runtime_error("not an image tool");
-        return *image;
-    }
+    KEffectImage& Image() const { return dynamic_cast<KEffectImage&>(*static_cast<KEffect*>(effect)); }  // or throws
 
     std::unique_ptr<host::Operator> op;
     E* effect = nullptr;
@@ -316,12 +295,7 @@ inline void ExpectRowsEqualOneAtATime(Tool<KEffectColor>& t)
         return static_cast<float>((seed >> 8) & 0xFFFF) / 52000.0f - 0.1f;
     };
     while (pixels.size() < 403) pixels.push_back({next(), next(), next(), next()});
-    std::vector<KPixel> codes;
-    for (const KPixelF& f : pixels) {
-        KPixel p;
-        KToInt(f, p);
-        codes.push_back(p);
-    }
+    const std::vector<KPixel> codes = Pixels<KPixel>(*Row(pixels));
     for (int width : {32, 8, 4}) {
         KLimitLaneWidth(width);  // the AVX-512 and AVX2 builds where the processor has them
         const std::vector<KPixelF> row = t.Run(pixels);
@@ -342,15 +316,12 @@ inline void ExpectRowsEqualOneAtATime(Tool<KEffectColor>& t)
 // handed over with ownership lives as long as the flow.
 class ToolFlow {
 public:
-    explicit ToolFlow(const std::string& className, KImage* image = nullptr)
-        : node(flow.Add("tool", Registered(className)))
+    explicit ToolFlow(const host::Registration& tool, KImage* image = nullptr) : node(flow.Add("tool", tool))
     {
         if (image) SetImage("Image", image);
     }
-    ToolFlow(const std::string& className, Img image) : ToolFlow(className, image.get())
-    {
-        kept = std::move(image);
-    }
+    explicit ToolFlow(const std::string& className, KImage* image = nullptr) : ToolFlow(Registered(className), image) {}
+    ToolFlow(const std::string& className, Img image) : ToolFlow(className, image.get()) { kept = std::move(image); }
 
     host::Input* In(const std::string& id) const
     {
@@ -380,7 +351,6 @@ public:
         if (!out || !out->image) return nullptr;
         return Img(Img(KImage::Wrap(out->image, false))->Clone());
     }
-    template <class P> std::vector<P> RenderRow(double time = 0.0) { return Pixels<P>(*Render(time)); }
 
     // Renders on one thread, on two, and serially; empty when all three agree.
     std::string ThreadsAgree()
@@ -423,83 +393,58 @@ inline std::string TextOf(const host::Value& v)
 
 // Steps of changes through the host: after each, which of `ids` it shows, as
 // 1 and 0 in their order. A step without an input only looks.
-struct ShownRow {
-    const char* set;
-    double value;
-    const char* shown;
-};
-inline void ExpectShown(const std::string& className, const std::vector<const char*>& ids,
+struct ShownRow { const char* set; double value; std::string shown; };
+inline void ExpectShown(const std::string& className, const std::vector<std::string>& ids,
                         std::initializer_list<ShownRow> rows)
 {
     ToolFlow f(className);
     for (const ShownRow& r : rows) {
         if (r.set) f.Set(r.set, r.value);
         std::string shown;
-        for (const char* id : ids) shown += f.Visible(id) ? '1' : '0';
+        for (const std::string& id : ids) shown += f.Visible(id) ? '1' : '0';
         EXPECT_EQ(shown, r.shown) << (r.set ? r.set : "as created") << " " << r.value;
     }
 }
 
-// A number as the shortest text that reads back to it; values that are
-// floats are written as floats, so 0.01f shows as 0.01.
-inline std::string Num(double v)
-{
-    char buf[32];
-    const float f = static_cast<float>(v);
-    auto r = static_cast<double>(f) == v
-                 ? std::to_chars(buf, buf + sizeof buf, f, std::chars_format::fixed)
-                 : std::to_chars(buf, buf + sizeof buf, v, std::chars_format::fixed);
-    return std::string(buf, r.ptr);
-}
-
 // The properties of a host input that `props` names, in its own form:
 // "key value" pairs joined by "; ", e.g. "control Screw; default 0; soft -1..1".
-// Keys: name, label, page, control, type, default, soft, hard, items, integer,
-// visible, group, member, link.
 // "present" and "absent" ask only whether there is such an input.
 inline std::string Describe(const host::Input* in, const std::string& props)
 {
     if (props == "absent" || props == "present" || !in) return in ? "present" : "absent";
     const host::InputAttrs& a = in->attrs;
-    auto opt = [](const std::optional<double>& v) { return v ? Num(*v) : std::string("-"); };
-    auto yes = [](bool b) { return std::string(b ? "yes" : "no"); };
+    // Numbers as the shortest text that reads back; float values as floats, so 0.01f shows as 0.01.
+    auto num = [](const std::optional<double>& v) {
+        if (!v) return std::string("-");
+        char buf[32];
+        const float f = static_cast<float>(*v);
+        auto r = double(f) == *v ? std::to_chars(buf, buf + 32, f, std::chars_format::fixed)
+                                 : std::to_chars(buf, buf + 32, *v, std::chars_format::fixed);
+        return std::string(buf, r.ptr);
+    };
+    std::string items;
+    for (size_t i = 0; i < a.items.size(); ++i) items.append(i ? "|" : "").append(a.items[i]);
+    const std::map<std::string, std::string> all = {
+        {"name", in->name}, {"label", in->label}, {"page", in->page}, {"control", host::ControlName(a.control)},
+        {"type", host::DataTypeName(a.dataType)}, {"default", num(a.defaultNumber)},
+        {"soft", num(a.softMin) + ".." + num(a.softMax)}, {"hard", num(a.hardMin) + ".." + num(a.hardMax)},
+        {"items", items}, {"integer", a.integer ? "yes" : "no"}, {"visible", a.visible ? "yes" : "no"},
+        {"group", std::to_string(a.group)}, {"member", std::to_string(a.member)}, {"link", std::to_string(a.linkNumber)},
+        {"alias", in->alias.empty() ? "-" : in->alias}};
     std::string out;
-    for (size_t start = 0; start < props.size();) {
-        size_t end = props.find("; ", start);
-        if (end == std::string::npos) end = props.size();
-        const std::string part = props.substr(start, end - start);
-        const std::string key = part.substr(0, part.find(' '));
-        std::string v;
-        if (key == "name") v = in->name;
-        else if (key == "label") v = in->label;
-        else if (key == "page") v = in->page;
-        else if (key == "control") v = host::ControlName(a.control);
-        else if (key == "type") v = host::DataTypeName(a.dataType);
-        else if (key == "default") v = opt(a.defaultNumber);
-        else if (key == "soft") v = opt(a.softMin) + ".." + opt(a.softMax);
-        else if (key == "hard") v = opt(a.hardMin) + ".." + opt(a.hardMax);
-        else if (key == "items")
-            for (size_t i = 0; i < a.items.size(); ++i) v.append(i ? "|" : "").append(a.items[i]);
-        else if (key == "integer") v = yes(a.integer);
-        else if (key == "visible") v = yes(a.visible);
-        else if (key == "group") v = std::to_string(a.group);
-        else if (key == "member") v = std::to_string(a.member);
-        else if (key == "link") v = std::to_string(a.linkNumber);
-        else v = "<unknown key>";
-        out.append(out.empty() ? "" : "; ").append(key).append(" ").append(v);
-        start = end + 2;
+    for (size_t start = 0, end = 0; end != std::string::npos; start = end + 2) {
+        end = props.find("; ", start);
+        const std::string part = props.substr(start, end - start), key = part.substr(0, part.find(' '));
+        const auto v = all.find(key);
+        out.append(out.empty() ? "" : "; ").append(key).append(" ").append(v == all.end() ? "<unknown key>" : v->second);
     }
     return out;
 }
 
-struct InputRow {
-    std::string id, props;
-};
-
-// Each row's input as the host shows it.
-inline void ExpectInputs(const host::Operator& op, std::initializer_list<InputRow> rows)
+// Each input, by id, as the host shows it.
+inline void ExpectInputs(const host::Operator& op, std::initializer_list<std::pair<const char*, std::string>> rows)
 {
-    for (const InputRow& r : rows) EXPECT_EQ(Describe(op.FindInput(r.id), r.props), r.props) << r.id;
+    for (const auto& [id, props] : rows) EXPECT_EQ(Describe(op.FindInput(id), props), props) << id;
 }
 
 // Host images that recycle themselves, blank or filled channel by channel.
@@ -510,12 +455,8 @@ using HostImg = std::unique_ptr<host::Image, Recycle>;
 
 inline HostImg Blank(int w, int h, bool isFloat, std::vector<int> aux = {})
 {
-    host::ImageSpec spec;
-    spec.width = w;
-    spec.height = h;
-    spec.depth = isFloat ? host::DepthFloat32 : host::DepthInt16;
-    spec.aux = std::move(aux);
-    return HostImg(host::Image::New(spec));
+    return HostImg(host::Image::New(
+        {.width = w, .height = h, .depth = isFloat ? host::DepthFloat32 : host::DepthInt16, .aux = std::move(aux)}));
 }
 
 // A w x h image with channel c of pixel x, y set to fn(x, y, c).
@@ -530,5 +471,24 @@ template <typename Fn> HostImg Make(int w, int h, bool isFloat, Fn fn, std::vect
             }
     return img;
 }
+
+// A folder of the running test's own, removed with it; tests may run side by side.
+struct TempDir {
+    TempDir()
+        : path(std::filesystem::temp_directory_path() /
+               ("zv." + std::to_string(getpid()) + "." + ::testing::UnitTest::GetInstance()->current_test_info()->name()))
+    {
+        std::filesystem::remove_all(path);
+        std::filesystem::create_directories(path);
+    }
+    ~TempDir() { std::filesystem::remove_all(path); }
+    // Writes `text` as it stands to a file of the folder; gives its full name.
+    std::string Write(const std::string& name, const std::string& text) const
+    {
+        std::ofstream(path / name, std::ios::binary) << text;
+        return (path / name).string();
+    }
+    std::filesystem::path path;
+};
 
 }  // namespace zvtest

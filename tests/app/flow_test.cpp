@@ -1,16 +1,13 @@
 // The flow engine on a tool of the test's own: chains longer than any call
 // stack, each tool evaluated once per frame, results freed once read.
-#include <gtest/gtest.h>
-#include <memory>
-#include <string>
-#include "host/flow.h"
-#include "host/registry.h"
+#include "support.h"
+
+using zvtest::NumberOf;
 
 namespace {
 
 // Out = A + B + 1; counts its runs and keeps sight of its last result.
-class Sum : public host::Operator {
-public:
+struct Sum : host::Operator {
     Sum()
     {
         host::InputAttrs number;
@@ -36,23 +33,19 @@ public:
     std::weak_ptr<const host::Parameter> last;
 };
 
+// Known to the flows, not to the registry.
 const host::Registration& SumTool()
 {
-    static const host::Registration* reg = [] {
+    static const host::Registration reg = [] {
         host::Registration r;
         r.creator = [] { return static_cast<host::Operator*>(new Sum); };
         r.className = r.name = "Test_Sum";
-        r.category = "Tests";
-        r.hostTool = true;
-        host::Registry::Get().Register(r);
-        return host::Registry::Get().FindClass("Test_Sum");
+        return r;
     }();
-    return *reg;
+    return reg;
 }
 
 Sum& Op(host::Flow::Node& n) { return static_cast<Sum&>(*n.op); }
-
-double NumberOf(const host::Value& v) { return dynamic_cast<const host::Number&>(*v).value; }
 
 TEST(Flow, AChainLongerThanTheCallStackEvaluates)
 {
@@ -86,8 +79,7 @@ TEST(Flow, AResultReadTwiceIsMadeOnceAndFreedOnceRead)
     flow.BeginFrame();
     EXPECT_EQ(NumberOf(flow.Evaluate(f, Op(f).out, 1.0)), 21.0);  // (4 + 1) + (4 + 11) + 1
     EXPECT_EQ(Op(c).runs, 1);
-    EXPECT_TRUE(Op(c).last.expired());
-    EXPECT_TRUE(Op(r1).last.expired());
+    EXPECT_TRUE(Op(c).last.expired() && Op(r1).last.expired());
     // What was asked for stays for the frame.
     EXPECT_EQ(NumberOf(flow.Evaluate(f, Op(f).out, 1.0)), 21.0);
     EXPECT_EQ(Op(f).runs, 1);

@@ -1,13 +1,8 @@
 // The tool catalogue: its shape by category, the uniqueness the registry relies
 // on, exact names and help texts, and lookup by class.
-#include <gtest/gtest.h>
-#include <map>
-#include <string>
 #include <utility>
-#include <vector>
 #include "bridge/catalogue.h"
-
-namespace {
+#include "support.h"
 
 TEST(BridgeCatalogue, CategoriesRunInOrderWithTheirCountsAndOneShortNameIsShared)
 {
@@ -67,10 +62,8 @@ TEST(BridgeCatalogue, EntriesAreExactAndFoundByClassOnly)
         const KCatalogueEntry* e = KCatalogueFind(r.className);
         ASSERT_NE(e, nullptr) << r.className;
         // Only the stated columns are checked.
-        EXPECT_EQ(r.name ? e->name : "", r.name ? r.name : "") << r.className;
-        EXPECT_EQ(r.shortName ? e->shortName : "", r.shortName ? r.shortName : "") << r.className;
-        EXPECT_EQ(r.category ? e->category : "", r.category ? r.category : "") << r.className;
-        EXPECT_EQ(r.help ? e->help : "", r.help ? r.help : "") << r.className;
+        for (auto [want, got] : {std::pair{r.name, e->name}, {r.shortName, e->shortName}, {r.category, e->category}, {r.help, e->help}})
+            EXPECT_EQ(want ? got : "", want ? want : "") << r.className;
     }
     EXPECT_EQ(KCatalogue().front().className, "ZV_NumberBeat");
     EXPECT_EQ(KCatalogue().back().className, "Sample_Brightness");
@@ -79,5 +72,3 @@ TEST(BridgeCatalogue, EntriesAreExactAndFoundByClassOnly)
         EXPECT_EQ(KCatalogueFind(name), nullptr) << name;
     EXPECT_EQ(KCatalogueFind(std::string("ZV_Flur"))->name, "Flur");
 }
-
-}  // namespace

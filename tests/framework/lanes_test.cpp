@@ -1,22 +1,18 @@
 // Pixels into channel lanes and back, at every width, against the one-pixel
 // conversions.
-#include <gtest/gtest.h>
-#include <cmath>
-#include <cstring>
 #include <limits>
-#include <vector>
-#include "framework/lanes.h"
+#include "support.h"
 
 #if defined(ZV_LANES)
 namespace {
 
-// Runs `pixels` through Load and Store at V's width, channel vectors in between
-// passed through `between`.
-template <class V, class P, class F>
-[[gnu::always_inline]] inline std::vector<P> Through(const std::vector<P>& pixels, F between)
+// Runs `pixels` through Load and Store at V's width, into pixels of kind Out,
+// channel vectors in between passed through `between`.
+template <class V, class Out, class In, class F = void (*)(V*)>
+[[gnu::always_inline]] inline std::vector<Out> Through(const std::vector<In>& pixels, F between = [](V*) {})
 {
     constexpr int n = kLaneCount<V>;
-    std::vector<P> out(pixels.size());
+    std::vector<Out> out(pixels.size());
     for (size_t i = 0; i + n <= pixels.size(); i += n) {
         V c[4];
         klanes::Load(pixels.data() + i, c);
@@ -26,47 +22,14 @@ template <class V, class P, class F>
     return out;
 }
 
-// Float values written straight to integer pixels through the lanes: four
-// consecutive values make one pixel's channels.
-template <class V>
-[[gnu::always_inline]] inline std::vector<KPixelW> StoreValues(const std::vector<float>& values)
-{
-    std::vector<KPixelF> pixels(values.size() / 4);
-    std::memcpy(&pixels[0].r, values.data(), pixels.size() * sizeof(KPixelF));
-    std::vector<KPixelW> codes(pixels.size());
-    constexpr int n = kLaneCount<V>;
-    for (size_t i = 0; i + n <= pixels.size(); i += n) {
-        V c[4];
-        klanes::Load(pixels.data() + i, c);
-        klanes::Store(codes.data() + i, c);
-    }
-    return codes;
-}
-
 // The wider builds, inlined into code built for AVX2 and AVX-512.
-ZV_AVX2 std::vector<KPixelW> StoreValues8(const std::vector<float>& values)
+template <class Out, class In> ZV_AVX2 std::vector<Out> Through8(const std::vector<In>& pixels)
 {
-    return StoreValues<KLanes8>(values);
+    return Through<KLanes8, Out>(pixels);
 }
-ZV_AVX2 std::vector<KPixelW> Words8(const std::vector<KPixelW>& pixels)
+template <class Out, class In> ZV_AVX512 ZV_LANE_KERNEL std::vector<Out> Through32(const std::vector<In>& pixels)
 {
-    return Through<KLanes8>(pixels, [](KLanes8*) {});
-}
-ZV_AVX2 std::vector<KPixelF> Floats8(const std::vector<KPixelF>& pixels)
-{
-    return Through<KLanes8>(pixels, [](KLanes8*) {});
-}
-ZV_AVX512 ZV_LANE_KERNEL std::vector<KPixelW> StoreValues32(const std::vector<float>& values)
-{
-    return StoreValues<KLanes32>(values);
-}
-ZV_AVX512 ZV_LANE_KERNEL std::vector<KPixelW> Words32(const std::vector<KPixelW>& pixels)
-{
-    return Through<KLanes32>(pixels, [](KLanes32*) {});
-}
-ZV_AVX512 ZV_LANE_KERNEL std::vector<KPixelF> Floats32(const std::vector<KPixelF>& pixels)
-{
-    return Through<KLanes32>(pixels, [](KLanes32*) {});
+    return Through<KLanes32, Out>(pixels);
 }
 
 }  // namespace
@@ -87,9 +50,11 @@ TEST(FrameworkLanes, IntegerStoreTruncatesAsThroughDouble)
         for (int step = 0; step < 8; ++step, v = std::nextafter(v, 2.0f)) values.push_back(v);
     }
     while (values.size() % 128) values.push_back(0.5f);
-    std::vector<std::vector<KPixelW>> runs = {StoreValues<KLanes4>(values)};
-    if (KLaneWidth() >= 8) runs.push_back(StoreValues8(values));
-    if (KLaneWidth() >= 32) runs.push_back(StoreValues32(values));
+    std::vector<KPixelF> pixels(values.size() / 4);  // four consecutive values make one pixel
+    std::memcpy(&pixels[0].r, values.data(), values.size() * sizeof(float));
+    std::vector<std::vector<KPixelW>> runs = {Through<KLanes4, KPixelW>(pixels)};
+    if (KLaneWidth() >= 8) runs.push_back(Through8<KPixelW>(pixels));
+    if (KLaneWidth() >= 32) runs.push_back(Through32<KPixelW>(pixels));
     for (const auto& codes : runs)
         for (size_t i = 0; i < values.size(); ++i)
             ASSERT_EQ((&codes[i / 4].r)[i % 4], KFloatToIntDouble(values[i])) << values[i];
@@ -113,18 +78,18 @@ TEST(FrameworkLanes, PixelsComeBackInPlace)
     const auto same = [](const auto& a, const auto& b) {
         return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof a[0]) == 0;
     };
-    EXPECT_TRUE(same(Through<KLanes4>(words, [](KLanes4*) {}), wordsBack));
-    EXPECT_TRUE(same(Through<KLanes4>(floats, [](KLanes4*) {}), floats));
+    EXPECT_TRUE(same(Through<KLanes4, KPixelW>(words), wordsBack));
+    EXPECT_TRUE(same(Through<KLanes4, KPixelF>(floats), floats));
     if (KLaneWidth() >= 8) {
-        EXPECT_TRUE(same(Words8(words), wordsBack));
-        EXPECT_TRUE(same(Floats8(floats), floats));
+        EXPECT_TRUE(same(Through8<KPixelW>(words), wordsBack));
+        EXPECT_TRUE(same(Through8<KPixelF>(floats), floats));
     }
     if (KLaneWidth() >= 32) {
-        EXPECT_TRUE(same(Words32(words), wordsBack));
-        EXPECT_TRUE(same(Floats32(floats), floats));
+        EXPECT_TRUE(same(Through32<KPixelW>(words), wordsBack));
+        EXPECT_TRUE(same(Through32<KPixelF>(floats), floats));
     }
     // Channels arrive in their own vectors: doubling red leaves the others.
-    const auto doubled = Through<KLanes4>(floats, [](KLanes4* c) { c[0] = c[0] * 2.0f; });
+    const auto doubled = Through<KLanes4, KPixelF>(floats, [](KLanes4* c) { c[0] = c[0] * 2.0f; });
     for (size_t i = 0; i < floats.size(); ++i) {
         EXPECT_EQ(doubled[i].r, floats[i].r * 2.0f);
         EXPECT_EQ(std::memcmp(&doubled[i].g, &floats[i].g, 3 * sizeof(float)), 0);

@@ -1,15 +1,12 @@
 // The owning intrusive list, and the messages of OnChange.
-#include <gtest/gtest.h>
-#include <vector>
 #include "framework/list.h"
 #include "framework/message.h"
-#include "raster/image.h"
+#include "support.h"
 
 namespace {
 
 // Counts its own deletion so that ownership can be observed.
-class Counted : public KListItem {
-public:
+struct Counted : KListItem {
     Counted(int tag, int* deleted) : tag(tag), deleted(deleted) {}
     ~Counted() override { ++*deleted; }
     int tag;
@@ -55,17 +52,13 @@ TEST(FrameworkMessage, FloatFormRoundsHalfUpTowardZeroAndTheOtherForms)
                                                {-0.4f, 0}, {-1.6f, -1}, {-2.0f, -1}, {1.0f, 1}};
     for (auto [v, i] : cases) {
         KMessage m(kMessageValue, 0x41424344u, v);
-        EXPECT_EQ(m.value.intValue, i) << v;
-        EXPECT_EQ(m.value.floatValue, v);
-        EXPECT_EQ(m.target, 0x41424344u);
+        EXPECT_EQ(std::make_tuple(m.value.intValue, m.value.floatValue, m.target), std::make_tuple(i, v, 0x41424344u)) << v;
     }
     KMessage point(kMessageValue, 7u, 0.25f, -3.5f);
     EXPECT_EQ(std::vector<float>({point.value.pointX, point.value.pointY, point.value.floatValue}),
               std::vector<float>({0.25f, -3.5f, 0.0f}));
     KMessage label(kMessageLabel, 9u, std::string("Size [px]"));
-    EXPECT_EQ(label.kind, 2);
-    EXPECT_EQ(label.value.text, "Size [px]");
-    EXPECT_EQ(label.value.intValue, 0);
+    EXPECT_EQ(std::make_tuple(label.kind, label.value.text, label.value.intValue), std::make_tuple(2, "Size [px]", 0));
     // A list keeps its order and owns the images its values hold; moved as
     // OnChange returns it, the items go over and none is left behind.
     KMessageList made;
@@ -73,8 +66,7 @@ TEST(FrameworkMessage, FloatFormRoundsHalfUpTowardZeroAndTheOtherForms)
     made.Add(kMessageValue, 2u, 0.5f)->value.image = KImage::Create(4, 3, false);
     made.Add(kMessageLabel, 3u, std::string("x"));
     KMessageList list = std::move(made);
-    EXPECT_EQ(made.count, 0);
-    EXPECT_EQ(made.First(), nullptr);
+    EXPECT_TRUE(made.count == 0 && made.First() == nullptr);
     ASSERT_EQ(list.count, 3);
     uint32_t target = 1;
     for (KMessage* m = list.First(); m; m = static_cast<KMessage*>(m->next)) EXPECT_EQ(m->target, target++);

@@ -1,11 +1,9 @@
 // The shared generator, ramps, quadratic roots and the hue segment function.
-#include <gtest/gtest.h>
-#include <cmath>
 #include <limits>
 #include <thread>
-#include <vector>
 #include "framework/numeric.h"
 #include "framework/color_lanes.h"
+#include "support.h"
 
 namespace {
 
@@ -113,67 +111,45 @@ TEST(FrameworkRamp, ShapesEndsStepsAndReversedRamps)
 
 TEST(FrameworkQuadratic, RootsInTheirOrderNoneLeaveTheOutputsAndAZeroLeadingTermDividesByZero)
 {
-    const struct { float a, b, c, r1, r2; } rows[] = {
-        {1, -3, 2, 2, 1},     // x^2 - 3x + 2: the + root first
-        {2, 4, 2, -1, -1},    // a double root
-        {-1, 0, 4, -2, 2},    // with a negative a the order turns
+    // Outputs start at 17 and -17; NaN stands for 0 * inf.
+    const struct { float a, b, c; bool found; float r1, r2; } rows[] = {
+        {1, -3, 2, true, 2, 1},            // x^2 - 3x + 2: the + root first
+        {2, 4, 2, true, -1, -1},           // a double root
+        {-1, 0, 4, true, -2, 2},           // with a negative a the order turns
+        {1, 0, 1, false, 17, -17},         // none: the outputs are left
+        {1, NAN, 1, false, 17, -17},
+        {0, 2, 5, true, NAN, -INFINITY},   // d = 4: 0 * inf and -4 * inf
+        {0, 0, 3, true, NAN, NAN},         // d = 0 with b = 0
+        {0, -2, 1, true, INFINITY, NAN},   // b negative: 2 * 2 * inf
     };
+    auto same = [](float x, float y) { return x == y || (std::isnan(x) && std::isnan(y)); };
     for (const auto& r : rows) {
-        float r1 = 0.0f, r2 = 0.0f;
-        EXPECT_TRUE(KQuadraticRoots(r.a, r.b, r.c, r1, r2));
-        EXPECT_EQ(std::pair(r1, r2), std::pair(r.r1, r.r2)) << r.a << " " << r.b << " " << r.c;
+        float r1 = 17.0f, r2 = -17.0f;
+        EXPECT_EQ(KQuadraticRoots(r.a, r.b, r.c, r1, r2), r.found) << r.a << " " << r.b << " " << r.c;
+        EXPECT_TRUE(same(r1, r.r1) && same(r2, r.r2)) << r.a << " " << r.b << " " << r.c << ": " << r1 << ", " << r2;
     }
-    float r1 = 17.0f, r2 = -17.0f;
-    EXPECT_FALSE(KQuadraticRoots(1.0f, 0.0f, 1.0f, r1, r2));
-    EXPECT_FALSE(KQuadraticRoots(1.0f, std::numeric_limits<float>::quiet_NaN(), 1.0f, r1, r2));
-    EXPECT_EQ(std::pair(r1, r2), std::pair(17.0f, -17.0f));
-    // d = 4: r1 = 0 * inf (NaN), r2 = -4 * inf.
-    EXPECT_TRUE(KQuadraticRoots(0.0f, 2.0f, 5.0f, r1, r2));
-    EXPECT_TRUE(std::isnan(r1));
-    EXPECT_EQ(r2, -INFINITY);
-    // d = 0 with b = 0: both are 0 * inf.
-    EXPECT_TRUE(KQuadraticRoots(0.0f, 0.0f, 3.0f, r1, r2));
-    EXPECT_TRUE(std::isnan(r1) && std::isnan(r2));
-    // b negative: r1 = 2 * 2 * inf.
-    EXPECT_TRUE(KQuadraticRoots(0.0f, -2.0f, 1.0f, r1, r2));
-    EXPECT_EQ(r1, INFINITY);
-    EXPECT_TRUE(std::isnan(r2));
 }
 
 TEST(FrameworkHlsToRgb, EachChannelOnItsSegmentAndItsBounds)
 {
     const float m1 = 0.25f, m2 = 0.75f;
-    struct Case {
-        float h;
-        float rgb[3];
-    };
-    const Case exact[] = {
+    const struct { float h, tolerance, rgb[3]; } cases[] = {
         // Blue sits at 1 - 1/3 rounded to a float just below two thirds: the
         // last sliver of the fall, one step above m1.
-        {0.0f, {m2, m1, 0x1.000008p-2f}},
+        {0.0f, 0, {m2, m1, 0x1.000008p-2f}},
         // One sixth in single precision lies above the double bound, and so
         // does two thirds; at one half the fall starts at m2.
-        {0.5f, {m1, m2, m2}},
-        {1.0f / 6.0f, {m2, m2, m1}},
-        {2.0f / 3.0f, {m1, m1, m2}},
-        {1.0f, {m2, m1, m1}},
+        {0.5f, 0, {m1, m2, m2}}, {1.0f / 6.0f, 0, {m2, m2, m1}}, {2.0f / 3.0f, 0, {m1, m1, m2}}, {1.0f, 0, {m2, m1, m1}},
+        {0.1f, 3e-7f, {m2, 0.55f, m1}},   // green rises
+        {0.3f, 3e-7f, {0.35f, m2, m1}},   // red falls
+        {0.6f, 3e-7f, {m1, 0.45f, m2}},   // green falls
+        {0.4f, 3e-7f, {m1, m2, 0.45f}},   // blue rises
+        {0.7f, 3e-7f, {0.35f, m1, m2}},   // red rises from its wrapped position, 0.0333
+        {0.95f, 3e-7f, {m2, m1, 0.4f}},   // blue falls
     };
-    const Case near[] = {
-        {0.1f, {m2, 0.55f, m1}},   // green rises
-        {0.3f, {0.35f, m2, m1}},   // red falls
-        {0.6f, {m1, 0.45f, m2}},   // green falls
-        {0.4f, {m1, m2, 0.45f}},   // blue rises
-        {0.7f, {0.35f, m1, m2}},   // red rises from its wrapped position, 0.0333
-        {0.95f, {m2, m1, 0.4f}},   // blue falls
-    };
-    for (const Case& c : exact) {
+    for (const auto& c : cases) {
         float out[3];
         KHlsToRgb(m1, m2, c.h, out);
-        for (int k = 0; k < 3; ++k) EXPECT_EQ(out[k], c.rgb[k]) << c.h << " channel " << k;
-    }
-    for (const Case& c : near) {
-        float out[3];
-        KHlsToRgb(m1, m2, c.h, out);
-        for (int k = 0; k < 3; ++k) EXPECT_FLOAT_EQ(out[k], c.rgb[k]) << c.h << " channel " << k;
+        for (int k = 0; k < 3; ++k) EXPECT_NEAR(out[k], c.rgb[k], c.tolerance) << c.h << " channel " << k;
     }
 }

@@ -1,11 +1,9 @@
 // Parameter declarations: the defaults they write into the bound field before
 // any render, limits kept as floats, item lists up to their exact marker,
 // group numbers and compound ids.
-#include <gtest/gtest.h>
-#include <cmath>
-#include <string>
-#include <vector>
+#include <tuple>
 #include "framework/parameter.h"
+#include "support.h"
 
 namespace {
 
@@ -51,11 +49,8 @@ TEST(FrameworkParameter, NumbersWriteTheirDefaultAndKeepFloatLimits)
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.p->name);
-        EXPECT_EQ(r.p->valueKind, r.value);
-        EXPECT_EQ(r.p->controlKind, r.control);
-        EXPECT_EQ(r.p->defaultValue, r.def);
-        EXPECT_EQ(FieldValue(*r.p), r.def);
-        EXPECT_EQ(r.p->group, -1);
+        EXPECT_EQ(std::make_tuple(r.p->valueKind, r.p->controlKind, r.p->defaultValue, FieldValue(*r.p), r.p->group),
+                  std::make_tuple(r.value, r.control, r.def, r.def, -1));
         if (!std::isnan(r.lo)) {
             EXPECT_EQ(std::make_pair(r.p->minimum, r.p->maximum), std::make_pair(r.lo, r.hi));
         }
@@ -84,18 +79,14 @@ TEST(FrameworkParameter, ItemListsEndAtTheExactMarker)
     int32_t mode = -1, combo = -1, empty = -1, channel = -1;
     KParameter* m = list.AddMultiButton(&mode, 1, "Mode", "Mode"_id, 0, {"Linear", "Smooth", "[end]"});
     EXPECT_EQ(Items(*m), (std::vector<std::string>{"Linear", "Smooth"}));
-    EXPECT_EQ(m->ItemCount(), 2);
-    EXPECT_EQ(m->Item(1), "Smooth");
-    EXPECT_EQ(m->Item(2), "");
+    EXPECT_EQ(std::make_tuple(m->ItemCount(), m->Item(1), m->Item(2)), std::make_tuple(2, "Smooth", ""));
     // Only the exact text ends the list; what follows it is never read.
     KParameter* c = list.AddCombo(&combo, 2, "Type", "Type"_id, 0, {"A", "[end]x", "[END]", "[end", "", "[end]", "Never"});
-    EXPECT_EQ(c->controlKind, kControlCombo);
-    EXPECT_EQ(combo, 2);
+    EXPECT_EQ(std::make_pair(c->controlKind, combo), std::make_pair(int32_t(kControlCombo), 2));
     EXPECT_EQ(Items(*c), (std::vector<std::string>{"A", "[end]x", "[END]", "[end", ""}));
     EXPECT_EQ(list.AddCombo(&empty, 0, "Empty", "Empt"_id, 0, {"[end]"})->items.head, nullptr);
     KParameter* ch = list.AddChannelSelect(&channel, 3, "Channel", "Chan"_id, kFlagNotify);
-    EXPECT_EQ(ch->controlKind, kControlMultiButton);
-    EXPECT_EQ(channel, 3);
+    EXPECT_EQ(std::make_pair(ch->controlKind, channel), std::make_pair(int32_t(kControlMultiButton), 3));
     EXPECT_EQ(Items(*ch), (std::vector<std::string>{"Red", "Green", "Blue", "Alpha", "Lumin."}));
 }
 

@@ -1,7 +1,3 @@
-#include <gtest/gtest.h>
-#include <cstring>
-#include <memory>
-#include <vector>
 #include "support.h"
 
 using host::Image;
@@ -22,14 +18,7 @@ bool SamePixels(const Image& a, const Image& b)
 }
 
 // Blur sizes in pixels.
-host::BlurSpec Blur(int filter, double x, double y)
-{
-    host::BlurSpec s;
-    s.filter = filter;
-    s.xSize = x / 720.0;
-    s.ySize = y / 720.0;
-    return s;
-}
+host::BlurSpec Blur(int filter, double x, double y) { return {.filter = filter, .xSize = x / 720.0, .ySize = y / 720.0}; }
 
 }  // namespace
 
@@ -143,8 +132,7 @@ TEST(HostTransform, IdentityRotationMoveAndScale)
     }
     // Rows run upward, so 90 degrees counter-clockwise on 3 x 3 sends output
     // x, y to source y, 2 - x: the first pixel lands at 2, 0.
-    host::TransformSpec turn;
-    turn.angle = 90.0;
+    const host::TransformSpec turn{.angle = 90.0};
     HostImg sq = Make(3, 3, false, [](int x, int y, int c) { return c ? 0 : 1 + x + 3 * y; });
     HostImg sqTurned(sq->TransformOf(turn));
     for (int y = 0; y < 3; ++y)
@@ -158,11 +146,8 @@ TEST(HostTransform, IdentityRotationMoveAndScale)
             EXPECT_EQ(At(*wideTurned, x, y, 0), x == 0 || x == 3 ? 0 : 1 + (y + 1) + 4 * (2 - x)) << x << "," << y;
 
     // The centre a pixel to the right moves the picture with it.
-    host::TransformSpec move;
-    move.centerX = 0.75;
     for (host::Edge e : {host::EdgeBlack, host::EdgeWrap, host::EdgeDuplicate}) {
-        move.edges = e;
-        HostImg out(wide->TransformOf(move));
+        HostImg out(wide->TransformOf({.centerX = 0.75, .edges = e}));
         for (int y = 0; y < 2; ++y) {
             EXPECT_EQ(At(*out, 0, y, 0), e == host::EdgeBlack ? 0 : e == host::EdgeWrap ? 4 + 4 * y : 1 + 4 * y);
             for (int x = 1; x < 4; ++x) EXPECT_EQ(At(*out, x, y, 0), x + 4 * y);
@@ -170,11 +155,7 @@ TEST(HostTransform, IdentityRotationMoveAndScale)
     }
     // Scale 2 about the left edge: output x takes source x / 2 - 0.25.
     HostImg f = Make(4, 1, true, [](int x, int, int c) { return c ? 0 : 10.0 * x; });
-    host::TransformSpec grow;
-    grow.sizeX = 2.0;
-    grow.centerX = grow.pivotX = 0.0;
-    grow.edges = host::EdgeDuplicate;
-    HostImg big(f->TransformOf(grow));
+    HostImg big(f->TransformOf({.centerX = 0.0, .pivotX = 0.0, .sizeX = 2.0, .edges = host::EdgeDuplicate}));
     const double stretched[4] = {0, 2.5, 7.5, 12.5};
     for (int x = 0; x < 4; ++x) EXPECT_NEAR(At(*big, x, 0, 0), stretched[x], 1e-4);
 }

@@ -1,7 +1,5 @@
-#include <gtest/gtest.h>
-#include <vector>
-#include <array>
-#include <memory>
+// Host image reads: bilinear pixels and area boxes under each edge mode, the
+// summed-area table against the direct path, rows against single reads.
 #include "support.h"
 
 using host::EdgeBlack, host::EdgeWrap, host::EdgeDuplicate;
@@ -59,22 +57,16 @@ TEST(HostSamplePixel, EdgesJustOutsideEachSide)
 {
     // 3 x 2 with red 1 2 3 / 4 5 6.
     HostImg img = Make(3, 2, false, [](int x, int y, int c) { return c ? 0 : 1 + x + 3 * y; });
-    struct Case {
-        int32_t x, y;
-        uint32_t black, wrap, duplicate;
-    };
-    const Case cases[] = {
+    const struct { int32_t x, y; uint32_t black, wrap, duplicate; } cases[] = {
         {-kOne, kOne, 0, 6, 4},         {3 * kOne, 0, 0, 1, 3},          // left, right
         {2 * kOne, -kOne, 0, 6, 3},     {kOne, 2 * kOne, 0, 2, 5},       // row -1, row 2
         {-kHalf, kOne, 2, 5, 4},                                         // half out: 4/2, (6+4)/2
         {-4 * kOne, -3 * kOne, 0, 6, 1}, {7 * kOne, 5 * kOne, 0, 5, 6},  // far out
         {2 * kOne, kOne, 6, 6, 6},                                       // last pixel, whole
     };
-    for (const Case& k : cases) {
-        EXPECT_EQ(Sample<U4>(*img, k.x, k.y, EdgeBlack)[0], k.black) << k.x << "," << k.y;
-        EXPECT_EQ(Sample<U4>(*img, k.x, k.y, EdgeWrap)[0], k.wrap) << k.x << "," << k.y;
-        EXPECT_EQ(Sample<U4>(*img, k.x, k.y, EdgeDuplicate)[0], k.duplicate) << k.x << "," << k.y;
-    }
+    for (const auto& k : cases)
+        for (auto [e, want] : {std::pair{EdgeBlack, k.black}, {EdgeWrap, k.wrap}, {EdgeDuplicate, k.duplicate}})
+            EXPECT_EQ(Sample<U4>(*img, k.x, k.y, e)[0], want) << k.x << "," << k.y << " edge " << e;
 }
 
 TEST(HostSampleArea, CheckerboardIsMidGrey)
@@ -110,11 +102,7 @@ TEST(HostSampleArea, BoxAndEdgeModes)
     EXPECT_FLOAT_EQ(d[0], 4.0f);  // its bounding box is the whole row
 
     HostImg img = Make(2, 1, true, [](int x, int, int c) { return c == 3 ? 1 : (c ? 0 : 1 + 2 * x); });
-    struct Case {
-        double x0, x1;
-        float black, wrap, duplicate;
-    };
-    const Case cases[] = {
+    const struct { double x0, x1; float black, wrap, duplicate; } cases[] = {
         {-1, 1, 0.5f, 2.0f, 1.0f},                  // a pixel beyond the left edge
         {2, 3.5, 0.0f, 2.5f / 1.5f, 3.0f},          // wholly beyond the right edge
         {0, 5, 4.0f / 5, 9.0f / 5, 13.0f / 5},      // 2.5 periods
@@ -123,11 +111,10 @@ TEST(HostSampleArea, BoxAndEdgeModes)
     };
     for (int sat = 0; sat < 2; ++sat) {
         if (sat) img->UseSAT();
-        for (const Case& k : cases) {
+        for (const auto& k : cases) {
             const double x0 = k.x0 - 0.5, x1 = k.x1 - 0.5;
-            EXPECT_FLOAT_EQ((Area<F4>(*img, x0, 0, x1, 0, EdgeBlack)[0]), k.black) << k.x0 << ".." << k.x1;
-            EXPECT_FLOAT_EQ((Area<F4>(*img, x0, 0, x1, 0, EdgeWrap)[0]), k.wrap) << k.x0 << ".." << k.x1;
-            EXPECT_FLOAT_EQ((Area<F4>(*img, x0, 0, x1, 0, EdgeDuplicate)[0]), k.duplicate) << k.x0 << ".." << k.x1;
+            for (auto [e, want] : {std::pair{EdgeBlack, k.black}, {EdgeWrap, k.wrap}, {EdgeDuplicate, k.duplicate}})
+                EXPECT_FLOAT_EQ((Area<F4>(*img, x0, 0, x1, 0, e)[0]), want) << k.x0 << ".." << k.x1 << " edge " << e;
         }
         // Half a row above the single row: it vanishes or repeats.
         EXPECT_EQ(Area<F4>(*img, -0.5, -0.5, 1.5, 1.0, EdgeBlack), (F4{2.0f / 1.5f, 0, 0, 1.0f / 1.5f}));
@@ -144,8 +131,7 @@ TEST(HostSampleArea, TableAndDirectPathsAgree)
         HostImg direct = Make(13, 9, isFloat, value);
         HostImg table(direct->CopyOfImage());
         table->UseSAT();
-        ASSERT_TRUE(table->HasSAT());
-        ASSERT_FALSE(direct->HasSAT());
+        ASSERT_TRUE(table->HasSAT() && !direct->HasSAT());
         for (int i = 0; i < 300; ++i) {
             int32_t q[8];
             for (int k = 0; k < 8; ++k) q[k] = static_cast<int32_t>(next() % (40u << 16)) - (14 << 16);
@@ -175,20 +161,14 @@ TEST(HostSamplePixel, RowReadsEqualSingleReads)
             img->SamplePixels(xy.data(), n, e, f.data());
             img->SamplePixels(xy.data(), n, e, w.data());
             for (int i = 0; i < n; ++i) {
-                float one[4];
-                uint32_t wone[4];
-                img->SamplePixel(xy[2 * i], xy[2 * i + 1], e, one);
-                img->SamplePixel(xy[2 * i], xy[2 * i + 1], e, wone);
-                for (int c = 0; c < 4; ++c) {
-                    ASSERT_EQ(f[4 * i + c], one[c]) << "edge " << e << " read " << i;
-                    ASSERT_EQ(w[4 * i + c], wone[c]) << "edge " << e << " read " << i;
-                }
+                const F4 one = Sample<F4>(*img, xy[2 * i], xy[2 * i + 1], e);
+                const U4 wone = Sample<U4>(*img, xy[2 * i], xy[2 * i + 1], e);
+                ASSERT_TRUE(std::equal(one.begin(), one.end(), &f[4 * i])) << "edge " << e << " read " << i;
+                ASSERT_TRUE(std::equal(wone.begin(), wone.end(), &w[4 * i])) << "edge " << e << " read " << i;
             }
         }
     }
 }
-
-namespace {
 
 // Plates large enough for the mapped allocation start black, hold what is
 // written to their last byte, and copy whole.
@@ -205,5 +185,3 @@ TEST(HostImageMemory, LargePlatesStartBlackAndCopyWhole)
     EXPECT_EQ(copy->RowF(h - 1)[4 * w - 1], 0.75f);
     EXPECT_EQ(copy->RowF(0)[0], 0.0f);
 }
-
-}  // namespace

@@ -1,11 +1,6 @@
 // KImage: edge modes of the pixel read, conversions between the pixel forms,
 // geometry, derived images and copies across depths.
-#include <gtest/gtest.h>
-#include <cmath>
-#include <cstdlib>
 #include <limits>
-#include "host/image.h"
-#include "raster/image.h"
 #include "support.h"
 
 using namespace zvtest;
@@ -26,14 +21,7 @@ class RasterImageDepth : public ::testing::TestWithParam<bool> {};
 
 TEST_P(RasterImageDepth, GetPixelEdgeModes)
 {
-    Img img(KImage::Create(3, 2, GetParam()));
-    for (int32_t y = 0; y < 2; ++y)
-        for (int32_t x = 0; x < 3; ++x) {
-            KPixelF f;
-            KToFloat(Tagged(x, y), f);
-            if (GetParam()) img->SetPixel(x, y, f);
-            else img->SetPixel(x, y, Tagged(x, y));
-        }
+    Img img = Made(3, 2, GetParam(), Tagged);
     // Where each read comes from; fromX -1 stands for the zero pixel.
     const struct { int32_t x, y, edges, fromX, fromY; } rows[] = {
         // Black: the zero pixel outside; an unknown mode reads like it.
@@ -108,14 +96,10 @@ TEST(RasterPixel, SetPixelConvertsClipsIntegersAndIgnoresOutside)
 TEST(RasterImageGeometry, DepthAspectsFullSizeAndProxyScale)
 {
     Img i(KImage::Create(4, 3, false)), f(KImage::Create(4, 3, true, 2.0f, 1.0f));
-    EXPECT_FALSE(i->IsFloat());
-    EXPECT_TRUE(f->IsFloat());
-    EXPECT_GT(f->depth, 6);
-    EXPECT_LE(i->depth, 6);
-    EXPECT_TRUE(i->owned);
-    EXPECT_EQ(i->PixelAspect(), 1.0f);
-    EXPECT_EQ(f->PixelAspect(), 2.0f);
-    EXPECT_EQ(f->PictureAspect(), 2.0f * 4.0f / 3.0f);
+    EXPECT_EQ(std::make_tuple(i->IsFloat(), i->depth <= 6, i->owned, i->PixelAspect()),
+              std::make_tuple(false, true, true, 1.0f));
+    EXPECT_EQ(std::make_tuple(f->IsFloat(), f->depth > 6, f->PixelAspect(), f->PictureAspect()),
+              std::make_tuple(true, true, 2.0f, 2.0f * 4.0f / 3.0f));
     EXPECT_EQ(Img(KImage::Create(1920, 1080, false))->PictureAspect(), 1920.0f / 1080.0f);
 
     Img img(KImage::Create(500, 281, false));
@@ -134,18 +118,12 @@ TEST(RasterImageDerived, CreateLikeKeepsFormatAndTakesNewSizeAndClonesAreIndepen
     Img src(KImage::Create(5, 4, true, 2.0f, 1.0f));
     src->SetPixel(1, 1, KPixelF{1, 1, 1, 1});
     Img same(src->CreateLike());
-    EXPECT_TRUE(same->IsFloat());
-    EXPECT_TRUE(same->owned);
-    EXPECT_NE(same->HostImage(), src->HostImage());
-    EXPECT_EQ(Differ(*same, *Img(KImage::Create(5, 4, true))), "");  // empty
+    EXPECT_TRUE(same->owned && same->HostImage() != src->HostImage());
+    EXPECT_EQ(Differ(*same, *Img(KImage::Create(5, 4, true))), "");  // empty, in floats
     // Sizes and aspects not above 0 are taken from the source.
-    const struct {
-        int32_t w, h;
-        float xa, ya;
-        int32_t wantW, wantH;
-        float wantXa, wantYa;
-    } rows[] = {{0, 0, 0, 0, 5, 4, 2, 1},     {7, 0, 0, 0, 7, 4, 2, 1},   {-2, 9, 0, 0, 5, 9, 2, 1},
-                {0, 0, 1, 3, 5, 4, 1, 3},     {0, 0, 0, -1, 5, 4, 2, 1}};
+    const struct { int32_t w, h; float xa, ya; int32_t wantW, wantH; float wantXa, wantYa; } rows[] = {
+        {0, 0, 0, 0, 5, 4, 2, 1}, {7, 0, 0, 0, 7, 4, 2, 1}, {-2, 9, 0, 0, 5, 9, 2, 1}, {0, 0, 1, 3, 5, 4, 1, 3},
+        {0, 0, 0, -1, 5, 4, 2, 1}};
     for (const auto& r : rows) {
         Img like(src->CreateLike(r.w, r.h, r.xa, r.ya));
         EXPECT_EQ(std::vector<float>({float(like->width), float(like->height), like->xAspect, like->yAspect}),
@@ -155,8 +133,7 @@ TEST(RasterImageDerived, CreateLikeKeepsFormatAndTakesNewSizeAndClonesAreIndepen
     // Clone and Copy are independent copies.
     for (bool isFloat : {false, true}) {
         Img src(Pattern(6, 5, isFloat)), copy(src->Clone()), alsoCopy(src->Copy());
-        EXPECT_TRUE(copy->owned);
-        EXPECT_NE(copy->HostImage(), src->HostImage());
+        EXPECT_TRUE(copy->owned && copy->HostImage() != src->HostImage());
         EXPECT_EQ(Differ(*copy, *src), "");
         EXPECT_EQ(Differ(*alsoCopy, *src), "");
         copy->SetPixel(0, 0, KPixel{1, 2, 3, 4});
@@ -167,16 +144,12 @@ TEST(RasterImageDerived, CreateLikeKeepsFormatAndTakesNewSizeAndClonesAreIndepen
 TEST(RasterImageDerived, VectorLikeAddsBothVectorChannelsOnceAndWrappersLeaveTheirImage)
 {
     Img src(KImage::Create(4, 3, false));
-    EXPECT_EQ(src->AuxCount(), 0);
-    EXPECT_EQ(src->AuxPlane(22), nullptr);
+    EXPECT_TRUE(src->AuxCount() == 0 && src->AuxPlane(22) == nullptr);
     Img vec(src->CreateVectorLike());
-    EXPECT_EQ(std::pair(vec->width, vec->height), std::pair(4, 3));
-    EXPECT_FALSE(vec->IsFloat());
+    EXPECT_EQ(std::make_tuple(vec->width, vec->height, vec->IsFloat()), std::make_tuple(4, 3, false));
     ASSERT_EQ(vec->AuxCount(), 2);
     EXPECT_EQ(std::pair(vec->AuxChannel(0), vec->AuxChannel(1)), std::pair(22, 23));
-    ASSERT_NE(vec->AuxPlane(22), nullptr);
-    ASSERT_NE(vec->AuxPlane(23), nullptr);
-    EXPECT_NE(vec->AuxPlane(22), vec->AuxPlane(23));
+    ASSERT_TRUE(vec->AuxPlane(22) && vec->AuxPlane(23) && vec->AuxPlane(22) != vec->AuxPlane(23));
     for (int i = 0; i < 12; ++i) EXPECT_EQ(vec->AuxPlane(23)[i], 0.0f);
     // Like of a vector image keeps the channels; a second vector-like does not double them.
     EXPECT_NE(Img(vec->CreateLike())->AuxPlane(23), nullptr);
@@ -204,22 +177,16 @@ TEST(RasterImageDerived, VectorLikeAddsBothVectorChannelsOnceAndWrappersLeaveThe
 
 TEST(RasterImageCopy, CopyFromWithinAndAcrossDepthsAndOneRow)
 {
-    Img ints(Pattern(5, 3, false)), floats(KImage::Create(5, 3, true));
+    Img ints(Pattern(5, 3, false)), floats(KImage::Create(5, 3, true)), back(KImage::Create(5, 3, false));
     floats->CopyFrom(*ints);
-    for (int32_t i = 0; i < 5 * 4; ++i)
-        for (int32_t y = 0; y < 3; ++y)
-            ASSERT_EQ(floats->RowF(y)[i], float(ints->RowW(y)[i]) * 1.5259022e-05f);
-    // Back to integers by the float-to-integer rule: values above 1 and below 0
-    // clip; the others come back within one step.
+    EXPECT_EQ(Differ(*floats, *Pattern(5, 3, true)), "");  // each code times 1.5259022e-05
+    // Back to integers by the float-to-integer rule: within one step; values
+    // above 1 and below 0 clip.
+    back->CopyFrom(*floats);
+    EXPECT_LE(MaxDiff(*back, *ints, 0, 0, 5, 3), 1.6e-5f);
     floats->SetPixel(2, 1, KPixelF{1.25f, -0.5f, 0.5f, 0.25f});
-    Img back(KImage::Create(5, 3, false));
     back->CopyFrom(*floats);
     EXPECT_EQ(Channels(At<KPixel>(*back, 2, 1)), Channels(KPixel{65535, 0, 32767, 16383}));
-    for (int32_t y = 0; y < 3; ++y)
-        for (int32_t i = 0; i < 5 * 4; ++i)
-            if (y != 1 || i / 4 != 2) {
-                ASSERT_LE(std::abs(int32_t(back->RowW(y)[i]) - int32_t(ints->RowW(y)[i])), 1);
-            }
     for (KImage* source : {ints.get(), floats.get()}) {
         Img same(KImage::Create(5, 3, source->IsFloat()));
         same->CopyFrom(*source);
@@ -231,11 +198,8 @@ TEST(RasterImageCopy, CopyFromWithinAndAcrossDepthsAndOneRow)
         dst->CopyRowFrom(*src, 1);
         dst->CopyRowFrom(*src, -1);  // outside: nothing
         dst->CopyRowFrom(*src, 3);
-        for (int32_t y = 0; y < 3; ++y)
-            for (int32_t x = 0; x < 4; ++x) {
-                const KPixel got = At<KPixel>(*dst, x, y), want = At<KPixel>(*src, x, y);
-                for (int c = 0; c < 4; ++c)
-                    EXPECT_LE(std::abs(int32_t(got[c]) - int32_t(y == 1 ? want[c] : 0)), y == 1 ? 1 : 0);
-            }
+        EXPECT_LE(MaxDiff(*dst, *src, 0, 1, 4, 2), 1.6e-5f);  // within a step across depths
+        const Img zero(KImage::Create(4, 3, targetFloat));
+        EXPECT_EQ(MaxDiff(*dst, *zero, 0, 0, 4, 1) + MaxDiff(*dst, *zero, 0, 2, 4, 3), 0.0f);  // rows 0 and 2 untouched
     }
 }

@@ -1,6 +1,5 @@
 // Whole-image operations in both depths: integer results are checked bit for
 // bit against hand-computed values of the scale rule.
-#include <gtest/gtest.h>
 #include "support.h"
 
 using namespace zvtest;
@@ -22,29 +21,22 @@ TEST(RasterMergeOver, OpaqueCoversZeroLeavesAloneAndHalfTransparentAdds)
         Img pattern(Pattern(5, 4, isFloat)), merged(pattern->Clone());
         merged->MergeOver(*Img(KImage::Create(5, 4, isFloat)));
         EXPECT_EQ(Differ(*merged, *pattern), "") << isFloat;
-        if (isFloat) {
-            merged->MergeOver(*Solid(5, 4, KPixelF{1, 1, 1, 1}));
-            ExpectEvery(*merged, KPixelF{1, 1, 1, 1});
-        } else {
-            merged->MergeOver(*Solid(5, 4, KPixel{65535, 65535, 65535, 65535}));
-            ExpectEvery(*merged, KPixel{65535, 65535, 65535, 65535});
-        }
+        merged->MergeOver(*Made(5, 4, isFloat, [](int32_t, int32_t) { return KPixel{65535, 65535, 65535, 65535}; }));
+        ExpectEvery(*merged, KPixelF{1, 1, 1, 1});
     }
+    // `other` over `target`, both of one colour.
+    auto over = [](auto target, auto other) {
+        Img t = Solid(2, 2, target);
+        t->MergeOver(*Solid(2, 2, other));
+        return t;
+    };
     // k = 65535 - 32768 = 32767; each component is other + round(this * k / 65535).
-    Img target = Solid(2, 1, KPixel{40000, 30000, 65535, 65535});
-    target->MergeOver(*Solid(2, 1, KPixel{10000, 20000, 0, 32768}));
-    ExpectEvery(*target, KPixel{30000, 35000, 32767, 65535});
-    // A pixel that is not pre-multiplied overflows and is limited to 65535.
-    Img t2 = Solid(1, 1, KPixel{10000, 500, 65535, 0});
-    t2->MergeOver(*Solid(1, 1, KPixel{60000, 0, 100, 0}));
-    ExpectEvery(*t2, KPixel{65535, 500, 65535, 0});
-    // Floats are not clipped.
-    Img f = Solid(2, 2, KPixelF{0.5f, 1.0f, 1.0f, 1.0f});
-    f->MergeOver(*Solid(2, 2, KPixelF{0.25f, 0.5f, 0.0f, 0.5f}));
-    ExpectEvery(*f, KPixelF{0.5f, 1.0f, 0.5f, 1.0f});
-    Img f2 = Solid(1, 1, KPixelF{1.0f, 0.0f, 0.0f, 0.0f});
-    f2->MergeOver(*Solid(1, 1, KPixelF{1.0f, -0.5f, 0.0f, 0.0f}));
-    ExpectEvery(*f2, KPixelF{2.0f, -0.5f, 0.0f, 0.0f});
+    ExpectEvery(*over(KPixel{40000, 30000, 65535, 65535}, KPixel{10000, 20000, 0, 32768}),
+                KPixel{30000, 35000, 32767, 65535});
+    // A pixel that is not pre-multiplied overflows and is limited to 65535; floats are not clipped.
+    ExpectEvery(*over(KPixel{10000, 500, 65535, 0}, KPixel{60000, 0, 100, 0}), KPixel{65535, 500, 65535, 0});
+    ExpectEvery(*over(KPixelF{0.5f, 1, 1, 1}, KPixelF{0.25f, 0.5f, 0, 0.5f}), KPixelF{0.5f, 1, 0.5f, 1});
+    ExpectEvery(*over(KPixelF{1, 0, 0, 0}, KPixelF{1, -0.5f, 0, 0}), KPixelF{2, -0.5f, 0, 0});
 }
 
 TEST(RasterFade, IntegerScaleRuleWithTheWeightInDoublePrecisionAndOneOrMoreLeavesAlone)
@@ -57,15 +49,16 @@ TEST(RasterFade, IntegerScaleRuleWithTheWeightInDoublePrecisionAndOneOrMoreLeave
         }
     }
     // a = (int)(0.5 * 65535.5) = 32767.
-    const KPixel in[4] = {{0, 1, 2, 3}, {1000, 40001, 65535, 65534}, {65535, 0, 0, 0}, {2, 2, 2, 2}};
     const KPixel want[4] = {{0, 0, 1, 1}, {500, 20000, 32767, 32767}, {32767, 0, 0, 0}, {1, 1, 1, 1}};
-    Img img(KImage::Create(4, 1, false));
-    for (int i = 0; i < 4; ++i) img->SetPixel(i, 0, in[i]);
+    Img img = Row<KPixel>({{0, 1, 2, 3}, {1000, 40001, 65535, 65534}, {65535, 0, 0, 0}, {2, 2, 2, 2}});
     img->Fade(0.5f);
     for (int i = 0; i < 4; ++i) EXPECT_EQ(Channels(At<KPixel>(*img, i, 0)), Channels(want[i])) << i;
-    Img tenth = Solid(2, 2, KPixel{65535, 12345, 5, 65535});
-    tenth->Fade(0.1f);  // a = 6553
-    ExpectEvery(*tenth, KPixel{6553, 1234, 0, 6553});
+    auto faded = [](auto p, float amount) {
+        Img t = Solid(3, 2, p);
+        t->Fade(amount);
+        return t;
+    };
+    ExpectEvery(*faded(KPixel{65535, 12345, 5, 65535}, 0.1f), KPixel{6553, 1234, 0, 6553});  // a = 6553
     Img zero(Pattern(3, 3, false));
     zero->Fade(0.0f);
     ExpectEvery(*zero, KPixel{});
@@ -73,21 +66,15 @@ TEST(RasterFade, IntegerScaleRuleWithTheWeightInDoublePrecisionAndOneOrMoreLeave
     // rounded to single precision the product would reach 1.
     const float tiny = static_cast<float>(1.0 / 65535.5);
     ASSERT_EQ(static_cast<int>(static_cast<double>(tiny) * 65535.5), 0);
-    Img white = Solid(2, 1, KPixel{65535, 65535, 65535, 65535});
-    white->Fade(tiny);
-    ExpectEvery(*white, KPixel{});
-    Img f = Solid(3, 2, KPixelF{1.0f, 0.5f, 2.0f, -1.0f});
-    f->Fade(0.5f);  // floats multiply
-    ExpectEvery(*f, KPixelF{0.5f, 0.25f, 1.0f, -0.5f});
+    ExpectEvery(*faded(KPixel{65535, 65535, 65535, 65535}, tiny), KPixel{});
+    ExpectEvery(*faded(KPixelF{1.0f, 0.5f, 2.0f, -1.0f}, 0.5f), KPixelF{0.5f, 0.25f, 1.0f, -0.5f});  // floats multiply
 }
 
 TEST(RasterBlend, IntegerAndFloatWeights)
 {
     // a = (int)(0.25 * 65535.5) = 16383, the other weight 49152.
-    Img target(KImage::Create(2, 1, false)), other(KImage::Create(2, 1, false));
-    target->SetPixel(0, 0, KPixel{0, 65535, 20000, 3});
-    other->SetPixel(0, 0, KPixel{65535, 0, 40000, 1000});
-    target->Blend(*other, 0.25f);
+    Img target = Row<KPixel>({{0, 65535, 20000, 3}, {}});
+    target->Blend(*Row<KPixel>({{65535, 0, 40000, 1000}, {}}), 0.25f);
     EXPECT_EQ(Channels(At<KPixel>(*target, 0, 0)), Channels(KPixel{16383, 49152, 25000, 252}));
     EXPECT_EQ(Channels(At<KPixel>(*target, 1, 0)), Channels(KPixel{}));
 
@@ -189,41 +176,29 @@ TEST(RasterClearAndCopyOffset, ZeroesColourAndAuxiliaryChannelsAndShiftsAcrossDe
     for (bool isFloat : {false, true}) {
         Img src(Pattern(4, 3, isFloat)), dst(Pattern(4, 3, isFloat));  // the old content must not survive
         dst->CopyOffset(*src, 1, -1);
-        for (int32_t y = 0; y < 3; ++y)
-            for (int32_t x = 0; x < 4; ++x)  // zero outside
-                EXPECT_EQ(Channels(At<KPixelF>(*dst, x, y)), Channels(At<KPixelF>(*src, x - 1, y + 1))) << x << "," << y;
+        EXPECT_EQ(MaxDiff(*dst, *src, 0, 0, 4, 3, 1, -1), 0.0f) << isFloat;  // zero where nothing lands
     }
     Img img(Pattern(5, 4, false)), orig(img->Clone()), floats(KImage::Create(5, 4, true));
     img->CopyOffset(*img, -2, 1);
     floats->CopyOffset(*orig, 0, 0);
-    for (int32_t y = 0; y < 4; ++y)
-        for (int32_t x = 0; x < 5; ++x) {
-            EXPECT_EQ(Channels(At<KPixel>(*img, x, y)), Channels(At<KPixel>(*orig, x + 2, y - 1)));
-            KPixelF want;
-            KToFloat(At<KPixel>(*orig, x, y), want);
-            ASSERT_EQ(Channels(At<KPixelF>(*floats, x, y)), Channels(want));
-        }
+    EXPECT_EQ(MaxDiff(*img, *orig, 0, 0, 5, 4, -2, 1), 0.0f);
+    EXPECT_EQ(Differ(*floats, *Pattern(5, 4, true)), "");
 }
 
 TEST(RasterFillAndMask, FillKeepsAlphaAndMasksTakeTheMaskAlphaOrItsInverse)
 {
-    Img img(KImage::Create(3, 1, false));
-    for (uint32_t x : {0u, 1u, 2u}) img->SetPixel(x, 0, KPixel{1, 2, 3, x == 0 ? 32768u : x == 1 ? 65535u : 0u});
+    Img img = Row<KPixel>({{1, 2, 3, 32768}, {1, 2, 3, 65535}, {1, 2, 3, 0}});
     img->FillKeepAlpha(KPixelF{1.0f, 0.5f, 0.0f, 0.3f});  // 65535, 32767, 0
     const KPixel want[3] = {{32768, 16384, 0, 32768}, {65535, 32767, 0, 65535}, {0, 0, 0, 0}};
     for (int i = 0; i < 3; ++i) EXPECT_EQ(Channels(At<KPixel>(*img, i, 0)), Channels(want[i])) << i;
 
-    Img f(KImage::Create(2, 1, true));
-    f->SetPixel(0, 0, KPixelF{9, 9, 9, 0.5f});
-    f->SetPixel(1, 0, KPixelF{9, 9, 9, 2.0f});
+    Img f = Row<KPixelF>({{9, 9, 9, 0.5f}, {9, 9, 9, 2.0f}});
     f->FillKeepAlpha(KPixelF{1.0f, 0.5f, 2.0f, 0.0f});
     EXPECT_EQ(Channels(At<KPixelF>(*f, 0, 0)), Channels(KPixelF{0.5f, 0.25f, 1.0f, 0.5f}));
     EXPECT_EQ(Channels(At<KPixelF>(*f, 1, 0)), Channels(KPixelF{2.0f, 1.0f, 4.0f, 2.0f}));
     img = Solid(3, 2, KPixel{40000, 20000, 65535, 65535});
     Img inverse(img->Clone());
-    Img mask(KImage::Create(2, 1, false));  // smaller: outside it the mask is 0
-    mask->SetPixel(0, 0, KPixel{0, 0, 0, 32768});
-    mask->SetPixel(1, 0, KPixel{65535, 65535, 65535, 65535});
+    Img mask = Row<KPixel>({{0, 0, 0, 32768}, {65535, 65535, 65535, 65535}});  // smaller: outside it the mask is 0
     img->MaskByAlpha(*mask);
     inverse->MaskByInverseAlpha(*mask);
     const KPixel full{40000, 20000, 65535, 65535};

@@ -1,6 +1,5 @@
 // Contour: lines where a channel crosses its threshold and the levels around
 // it, and the locks with the rows they show.
-#include <vector>
 #include "support.h"
 
 using namespace zvtest;
@@ -67,22 +66,19 @@ TEST(Contour, LocksCopyTheFirstChannelAndWidthAndShowTheirRows)
 {
     Contour t;
     t.HalfPixel(16);
-    t.Apply({{"Threshold", 0.25}, {"Levels", 20.0}});
     Img ramp = Ramp(16, false), down = Ramp(16, false, true);
-    t.Apply({{"Lock threshold for all channels", 1}, {"Lock levels for all channels", 1}});
+    t.Apply({{"Threshold", 0.25}, {"Levels", 20.0}, {"Lock threshold for all channels", 1},
+             {"Lock levels for all channels", 1}});
     EXPECT_EQ(t.Lines(ramp, 1), t.Lines(ramp, 0));
     EXPECT_NE(t.Lines(ramp, 1), (Positions{1, 7, 13}));
     t.Apply({{"Lock threshold for all channels", 0}, {"Lock levels for all channels", 0}, {"Width Vertical", 0}});
     EXPECT_EQ(t.Lines(down, 1, true), Positions{});
     t.Apply({{"Lock horizontal and vertical width", 1}});
     EXPECT_EQ(t.Lines(down, 1, true), (Positions{1, 7, 13}));
-
     ExpectShown("ZV_Contour", {"WidthVertical", "Threshold", "ThresholdGreen", "ThresholdBlue", "ThresholdAlpha",
                                "LevelsGreen", "LevelsBlue", "LevelsAlpha"},
-                {{"Lockhorizontalandverticalwidth", 1, "01111111"},
-                 {"Lockthresholdforallchannels", 1, "01000111"},
-                 {"Locklevelsforallchannels", 1, "01000000"},
-                 {"Lockthresholdforallchannels", 0, "01111000"}});
+                {{"Lockhorizontalandverticalwidth", 1, "01111111"}, {"Lockthresholdforallchannels", 1, "01000111"},
+                 {"Locklevelsforallchannels", 1, "01000000"}, {"Lockthresholdforallchannels", 0, "01111000"}});
 }
 
 }  // namespace

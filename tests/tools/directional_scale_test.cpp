@@ -4,8 +4,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(DirectionalScale, ScalesOnlyAheadOfTheAxisAndMaskAndEdgesReachTheProcess)
 {
     Warp w("ZV_DirectionalScale");
@@ -19,13 +17,11 @@ TEST(DirectionalScale, ScalesOnlyAheadOfTheAxisAndMaskAndEdgesReachTheProcess)
          {{c, c, c, c}, {0.5f, 0.5f + 0.4f * s, 0.5f + 0.05f * s, 0.5f + 0.15f * s}}},
     });
     for (bool isFloat : {false, true}) {
-        Img plate = Pattern(20, 10, isFloat), mask(KImage::Create(20, 10, isFloat));
-        for (int32_t x = 0; x < 20; ++x) mask->SetPixel(x, 0, KPixelF{0.0f, 0.0f, 0.0f, 1.0f});
+        Img plate = Pattern(20, 10, isFloat);
+        Img mask = Made(20, 10, isFloat, [](int32_t, int32_t y) { return KPixelF{0, 0, 0, y == 0 ? 1.0f : 0.0f}; });
         ToolFlow t("ZV_DirectionalScale", plate.get());
         t.SetImage("KMaW", mask.get());
-        t.Set("Scaleall", 1);
-        t.Set("Sizealongaxis", 0.5);  // column 19 reads column 28
-        t.Set("KFil", 0);
+        t.Apply({{"Scaleall", 1}, {"Sizealongaxis", 0.5}, {"KFil", 0}});  // column 19 reads column 28
         Img out = t.Render();
         EXPECT_EQ(MaxDiff(*out, *plate, 0, 1, 20, 10), 0.0f);  // masked out: their own pixels
         EXPECT_EQ(Raw(*out, 19, 0)[3], 0.0f);                  // black outside
@@ -33,5 +29,3 @@ TEST(DirectionalScale, ScalesOnlyAheadOfTheAxisAndMaskAndEdgesReachTheProcess)
         EXPECT_EQ(Raw(*t.Render(), 19, 0)[0], Raw(*plate, 8, 0)[0]);  // wrapped
     }
 }
-
-}  // namespace

@@ -4,8 +4,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(HueSaturation, NeutralCopiesGreysStayGreyHueTurnsColorizeAndLightness)
 {
     Tool<KEffectColor> t("ZV_HueSaturation");
@@ -49,5 +47,3 @@ TEST(HueSaturation, LanesEqualOneAtATime)
         ExpectRowsEqualOneAtATime(t);
     }
 }
-
-}  // namespace

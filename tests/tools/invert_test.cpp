@@ -3,8 +3,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(Invert, TypesClipAndTruncateInIntegersAndDoNotClipInFloats)
 {
     // Color: 65535 - c. Luminance: m = sum / 3 truncated, c + 65535 - 2m.
@@ -24,5 +22,3 @@ TEST(Invert, TypesClipAndTruncateInIntegersAndDoNotClipInFloats)
         ExpectNear(t.Run(KPixelF{0.25f, 0.5f, 1.5f, 0.25f}), wantF[type], type ? 1e-6f : 0.0f, std::to_string(type));
     }
 }
-
-}  // namespace

@@ -5,8 +5,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(Kaleidoscope, FoldsEveryTriangleOntoTheFirstWithoutSeams)
 {
     Warp w("ZV_Kaleidoscope");
@@ -54,5 +52,3 @@ TEST(Kaleidoscope, FancyWrapsAnglesIntoWedgesAndRadiiIntoRings)
     polar({{"Ping-Pong along angle", 1}, {"Ping-Pong along radius", 1}},
           {{100, 0.1f, 80, 0.1f}, {10, 0.3f, 10, 0.2f}, {10, 0.55f, 10, 0.05f}});
 }
-
-}  // namespace

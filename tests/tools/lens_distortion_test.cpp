@@ -4,8 +4,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(LensDistortion, DistortsAndRestoresByThePolynomialWithCornersPinnedOnRequest)
 {
     Warp w("ZV_LensDistortion");
@@ -23,5 +21,3 @@ TEST(LensDistortion, DistortsAndRestoresByThePolynomialWithCornersPinnedOnReques
     ExpectSteps(p, 2e-6f, {{{{"Pin corners (only if center is centered)", 1}, {"Kappa 1", -0.3}, {"Kappa 2", 0.8}, {"Scale", 1.7}},
                             {{0, 0, 0, 0}, {1, 0, 1, 0}, {0, 1, 0, 1}, {1, 1, 1, 1}, {0.75f, 0.5f, 0.5f + 0.25f * f, 0.5f}}}});
 }
-
-}  // namespace

@@ -3,8 +3,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(Mirror, ReflectsAcrossTheLineThroughBothPoints)
 {
     Warp w("ZV_Mirror");
@@ -17,5 +15,3 @@ TEST(Mirror, ReflectsAcrossTheLineThroughBothPoints)
         {{{"Mirror all", 0}, {"Mirror Left", 0.75, 0.4}, {"Mirror Right", 0.25, 0.4}}, {{0.3f, 0.5f, 0.3f, 0.5f}, {0.3f, 0.1f, 0.3f, 0.7f}}},
     });
 }
-
-}  // namespace

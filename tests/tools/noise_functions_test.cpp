@@ -5,8 +5,6 @@
 #include <cmath>
 #include "tools/image/noise_functions.h"
 
-namespace {
-
 TEST(NoiseFunctions, EdgesOfTheBasicsAndTheRangesOfSimplexAndVoronoi)
 {
     EXPECT_EQ(KNoiseFract(-0.25f), 0.75f);  // floor goes toward minus infinity
@@ -43,5 +41,3 @@ TEST(NoiseFunctions, TurbulenceOctavesPeriodAndDrift)
     EXPECT_EQ(KPeriodicTurbulence({3.0f, 9.0f}, 0.25f, 8.0f, 2, 3, {16, 16}),
               KPeriodicTurbulence({3.0f, 9.0f}, 0.0f, 8.0f, 2, 3, {16, 16}));
 }
-
-}  // namespace

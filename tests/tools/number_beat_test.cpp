@@ -5,8 +5,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(NumberBeat, SettingsAndTheValuesTheyGive)
 {
     using Settings = std::vector<std::pair<const char*, double>>;
@@ -64,5 +62,3 @@ TEST(NumberBeat, InterpolationChangesNothingAndTheRateTypeShowsItsControls)
     ExpectShown("ZV_NumberBeat", {"Frequency", "BeatsperMinute", "FramesperSecond"},
                 {{nullptr, 0, "100"}, {"Ratetype", 1, "011"}, {"Ratetype", 0, "100"}});
 }
-
-}  // namespace

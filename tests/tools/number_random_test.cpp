@@ -1,12 +1,9 @@
 // Random: the three ways of going from one time hash to the next, every
 // frame's own hash, scrubbing, and what a new value every frame hides.
-#include <cmath>
 #include "framework/numeric.h"
 #include "support.h"
 
 using namespace zvtest;
-
-namespace {
 
 TEST(NumberRandom, EveryFrameIsTheHashOfTheTime)
 {
@@ -53,5 +50,3 @@ TEST(NumberRandom, ScrubbingGivesTheSameValuesAndEveryFrameHidesThePeriod)
     ExpectShown("ZV_NumberRandom", {"Newvalueeveryframes", "Interpolation"},
                 {{nullptr, 0, "11"}, {"Newvalueforeveryfieldframe", 1, "00"}, {"Newvalueforeveryfieldframe", 0, "11"}});
 }
-
-}  // namespace

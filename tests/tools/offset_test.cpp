@@ -4,8 +4,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(Offset, ChannelsScaleBetweenTheBlackAndWhiteOffsets)
 {
     Warp w("ZV_Offset");
@@ -35,5 +33,3 @@ TEST(Offset, MovesThePictureByTheMap)
         EXPECT_LT(MaxDiff(*t.Render(), *plate, 2, 0, 9, 5, 2, 0), 2e-5f) << isFloat;
     }
 }
-
-}  // namespace

@@ -3,8 +3,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(Radial, MovesEveryPointByTheOffsetAlongItsRadius)
 {
     Warp w("ZV_Radial");
@@ -17,5 +15,3 @@ TEST(Radial, MovesEveryPointByTheOffsetAlongItsRadius)
         {{{"Radial Offset", -0.2}}, {{0.4f, 0.3f, 0.4f, 0.1f}}},  // a negative offset gathers the picture in
     });
 }
-
-}  // namespace

@@ -1,11 +1,14 @@
 // What holds for every registered tool, checked once over the registry, so a
-// tool is covered from the moment it registers: declared defaults read back
-// from the host within their ranges; image tools render odd sizes down to one
-// pixel in both depths, finite, alike on one thread, two and none, and through
-// a flow as their effect driven directly; number and text tools give defined
-// values at any time, through a flow as from their effect.
-#include <cmath>
+// tool is covered from the moment it registers: its catalogue entry, every
+// value kind carried, input names of its own made from the labels, declared
+// defaults read back from the host within their ranges; image tools render
+// odd sizes down to one pixel in both depths, finite, alike on one thread, two
+// and none, and through a flow as their effect driven directly; number and
+// text tools give defined values at any time, through a flow as from their effect.
+#include <cctype>
 #include <set>
+#include "bridge/catalogue.h"
+#include "bridge/value_kinds.h"
 #include "support.h"
 
 using namespace zvtest;
@@ -28,16 +31,40 @@ std::vector<std::string> Classes(bool images)
 std::string Named(const testing::TestParamInfo<std::string>& info) { return info.param; }
 
 // Declared defaults a tool keeps outside its limits.
-const std::set<std::pair<std::string, std::string>> kDefaultsBeyondTheirLimits = {
-    {"ZV_Generate", "Detail"},
-};
+const std::set<std::pair<std::string, std::string>> kDefaultsBeyondTheirLimits = {{"ZV_Generate", "Detail"}};
 
-// Every host input tied to a declaration starts from the declared default,
-// which the fresh effect's field holds too, within the hard limits, the
-// slider's range and the item list.
-void ExpectDefaultsReadBack(const std::string& className)
+// The registration matches the catalogue; every value kind has an entry.
+// Every control has a name of its own, made from its label and never a
+// counter a user cannot predict, and its old four-character code reaches
+// exactly it. Every host input tied to a declaration starts from the declared
+// default, which the fresh effect's field holds too, within the hard limits,
+// the slider's range and the item list.
+void ExpectWellDeclared(const std::string& className)
 {
-    std::unique_ptr<host::Operator> op(host::CreateOperator(Registered(className)));
+    const host::Registration& r = Registered(className);
+    const KCatalogueEntry* e = KCatalogueFind(className);
+    ASSERT_NE(e, nullptr) << className << " is not in the catalogue";
+    EXPECT_EQ(std::tie(r.name, r.shortName, r.category, r.help, r.registryType),
+              std::make_tuple(e->name, e->shortName, e->category, e->help, 3));
+    std::unique_ptr<host::Operator> op(host::CreateOperator(r));
+    EXPECT_EQ(KValueKindProblem(*EffectOf(op.get())), "");
+    std::set<std::string> names;
+    for (auto& in : op->Inputs()) {
+        SCOPED_TRACE(in->name);
+        EXPECT_TRUE(names.insert(in->id).second) << "two controls named " << in->id;
+        ASSERT_FALSE(in->id.empty());
+        for (char c : in->id) EXPECT_TRUE(std::isalnum(static_cast<unsigned char>(c)) || c == '_');
+        const std::string label = KHostId(in->name), rest = in->id.substr(std::min(label.size(), in->id.size()));
+        if (!label.empty()) {
+            EXPECT_EQ(in->id.rfind(label, 0), 0u) << in->id;
+            EXPECT_FALSE(!rest.empty() && std::isdigit(static_cast<unsigned char>(rest[0])) &&
+                         !std::isdigit(static_cast<unsigned char>(label.back())))
+                << in->id;
+        }
+        if (!in->alias.empty()) {
+            EXPECT_EQ(op->FindInput(in->alias), in.get()) << in->alias;
+        }
+    }
     for (KInput* k = ToolOf(op.get())->inputs.First(); k; k = k->Next()) {
         const KParameter& p = *k->parameter;
         const host::InputAttrs& a = k->hostInput->attrs;
@@ -152,7 +179,7 @@ class ValueTool : public testing::TestWithParam<std::string> {};
 // effect's own; then threads.
 TEST_P(ImageTool, DefaultsSizesDepthsAndThreads)
 {
-    ExpectDefaultsReadBack(GetParam());
+    ExpectWellDeclared(GetParam());
     for (bool isFloat : {false, true}) {
         for (auto [w, h] : {std::pair{1, 1}, {1, 2}, {3, 1}, {7, 5}, {33, 17}}) {
             SCOPED_TRACE(testing::Message() << w << "x" << h << (isFloat ? " float" : " int16"));
@@ -173,7 +200,7 @@ TEST_P(ImageTool, DefaultsSizesDepthsAndThreads)
 
 TEST_P(ValueTool, DefaultsAndValuesAtAnyTime)
 {
-    ExpectDefaultsReadBack(GetParam());
+    ExpectWellDeclared(GetParam());
     ToolFlow f(GetParam());
     Tool<> direct(GetParam());
     for (double t : {0.0, 1.0, 7.5, -3.0, 1000.0}) {
@@ -194,8 +221,8 @@ TEST_P(ValueTool, DefaultsAndValuesAtAnyTime)
 }
 
 // Declarations whose words or limits a tidy rewrite would lose: spellings
-// and names kept as the user sees them, ids cut at "(", odd pages, and
-// limits hard at one end only.
+// and names kept as the user sees them, ids cut at "(", odd pages, limits
+// hard at one end only, and the codes of old flows as aliases.
 TEST(RegisteredTools, InputsKeepTheirOddities)
 {
     const struct { const char *tool, *id, *props; } rows[] = {
@@ -213,6 +240,16 @@ TEST(RegisteredTools, InputsKeepTheirOddities)
         {"ZV_NumberBeat", "CombinevalueconnecttoanotherBeatorso", "label Combine value, connect to another Beat or so)"},
         {"ZV_TextFromFile", "Format", "items Each line a frame|Startframe and text|Line on frame..."},
         {"ZV_Shuffle", "Amount", "control Screw; integer no"},
+        // Labels that differ only in parentheses; a seed without a code of its own.
+        {"ZV_TextFormula", "Leadingzeros", "name Leading zero's (number values)"},
+        {"ZV_TextFormula", "Leadingzerospointvalues", "name Leading zero's (point values)"},
+        {"ZV_Shuffle", "RandomSeed", "alias -"},
+        // Standard controls: readable names, their old codes as aliases.
+        {"ZV_Transform", "Red", "alias KCCR"}, {"ZV_Transform", "Alpha", "alias KCCA"},
+        {"ZV_Transform", "Undersampleresolution", "alias KUnd"}, {"ZV_Transform", "Filtering", "alias KFil"},
+        {"ZV_Transform", "Edges", "alias KEdg"}, {"ZV_Transform", "WarpMask", "alias KMaW"},
+        {"ZV_Transform", "Domultithreading", "alias ZVMT"}, {"ZV_Transform", "Trails", "alias KTra"},
+        {"ZV_Transform", "Axisangle", "alias Angl"},
     };
     for (const auto& r : rows) {
         std::unique_ptr<host::Operator> op(host::CreateOperator(Registered(r.tool)));

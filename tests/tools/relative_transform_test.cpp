@@ -4,8 +4,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(RelativeTransform, SizesAndTurnsAboutThePivotInTheBoxOrTheWeightedCentre)
 {
     Warp w("ZV_RelativeTransform");
@@ -38,5 +36,3 @@ TEST(RelativeTransform, SizesAndTurnsAboutThePivotInTheBoxOrTheWeightedCentre)
     n.Field<KRange2>("GrwS"_id) = {0.0f, 1.0f};
     EXPECT_TRUE(n.Start());
 }
-
-}  // namespace

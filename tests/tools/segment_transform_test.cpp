@@ -4,8 +4,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(SegmentTransform, CellsScaleAndTurnAboutTheirMiddlesOnAGridOrRadially)
 {
     Warp w("ZV_SegmentTransform");
@@ -32,5 +30,3 @@ TEST(SegmentTransform, CellsScaleAndTurnAboutTheirMiddlesOnAGridOrRadially)
          {{0.5f + 0.2f * std::cos(1.2f), 0.5f + 0.2f * std::sin(1.2f), 0.5f + 0.2f * std::cos(a), 0.5f + 0.2f * std::sin(a)}}},
     });
 }
-
-}  // namespace

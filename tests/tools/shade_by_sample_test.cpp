@@ -1,6 +1,5 @@
 // Shade By Sample: normals address a shading map as a sphere or a spherical
 // map, turned by the rotation; without map or normals the image is copied.
-#include <cmath>
 #include "support.h"
 
 using namespace zvtest;

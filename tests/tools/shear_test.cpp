@@ -5,8 +5,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(Shear, AheadOfThePivotSlantsBehindStays)
 {
     Warp w("ZV_Shear");
@@ -25,5 +23,3 @@ TEST(Shear, AheadOfThePivotSlantsBehindStays)
         {{{"Center", 0.1, 0}}, {{0.55f, 0.7f, 0.45f, 0.7f}, {0.7f, 0.7f, 0.6f, 0.8f}}},  // both halves move, and the line
     });
 }
-
-}  // namespace

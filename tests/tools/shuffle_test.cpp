@@ -2,7 +2,6 @@
 // slide moving the blank to a neighbour (across the border too), one swap
 // exchanging two cells, and the cells staying a permutation that follows the seed.
 #include <set>
-#include <vector>
 #include "warp_support.h"
 
 using namespace zvtest;

@@ -4,8 +4,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(Color, TypesOnEveryComponentUnclippedInFloatsClippedInIntegers)
 {
     Tool<KEffectColor> t("ZV_Color");
@@ -38,5 +36,3 @@ TEST(Color, TypesOnEveryComponentUnclippedInFloatsClippedInIntegers)
         EXPECT_EQ(Channels(t.Run(r.in)), Channels(r.want)) << "type " << r.type;
     }
 }
-
-}  // namespace

@@ -4,8 +4,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(Spherize, ProfilesOnAPointHalfwayOutAndTheShapesInsides)
 {
     // 0.25 right of the middle of a sphere of size 1: u = 0.5, twice through
@@ -34,5 +32,3 @@ TEST(Spherize, ProfilesOnAPointHalfwayOutAndTheShapesInsides)
     w.Apply({{"Lock horizontal/vertical", 0}, {"Deformation vertical", -0.5}});
     EXPECT_TRUE(w.Start());
 }
-
-}  // namespace

@@ -4,8 +4,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(Stretch, BeforeInsideAndAfterTheSegment)
 {
     Warp w("ZV_Stretch");
@@ -24,5 +22,3 @@ TEST(Stretch, BeforeInsideAndAfterTheSegment)
          {{0.2f, 0.5f, 0.25f, 0.5f}, {0.85f, 0.3f, 0.75f, 0.3f}, {0.525f, 0.5f, 0.5f, 0.5f}, {0.95f, 0.5f, 0.85f, 0.5f}}},
     });
 }
-
-}  // namespace

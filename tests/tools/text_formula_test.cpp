@@ -7,8 +7,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(TextFormula, DigitsZerosSignsAndPrecision)
 {
     const struct { float n1; int32_t digits; bool zeros, space; int32_t precision; const char* want; } rows[] = {
@@ -21,9 +19,8 @@ TEST(TextFormula, DigitsZerosSignsAndPrecision)
     };
     Tool<> f("ZV_TextFormula");
     for (const auto& r : rows) {
-        f.SetFloat("n1", r.n1);
-        f.Apply({{"Minimum number value digits before dot", r.digits}, {"Leading zero's (number values)", r.zeros}});
-        f.Apply({{"Add space if not negative (number values)", r.space}, {"Precision number values", r.precision}});
+        f.Apply({{"n1", r.n1}, {"Minimum number value digits before dot", r.digits}, {"Leading zero's (number values)", r.zeros},
+                 {"Add space if not negative (number values)", r.space}, {"Precision number values", r.precision}});
         EXPECT_EQ(f.Of("Text", "n1"), r.want) << r.n1 << " digits " << r.digits;
     }
     // Points: zeros take the sign off and put it in front, but the pad is a
@@ -75,5 +72,3 @@ TEST(TextFormula, ARandomNumberWrittenIntoASentence)
         EXPECT_EQ(TextOf(flow.Evaluate(formula, formula.op->MainOutput(), frame)), want) << frame;
     }
 }
-
-}  // namespace

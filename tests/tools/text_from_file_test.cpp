@@ -1,14 +1,9 @@
 // From file: a line per frame with hold and loop, a chosen line, lines with
 // start frames, the walk that joins an empty line to the next, "\n" escapes,
-// files read anew or missing, the controls Source and Format show, and the
-// command on an existing and a missing file.
-#include <filesystem>
-#include "command_support.h"
+// files read anew or missing, and the controls Source and Format show.
 #include "support.h"
 
 using namespace zvtest;
-
-namespace {
 
 TEST(TextFromFile, EachLineChosenLineStartFramesAndEscapes)
 {
@@ -61,11 +56,4 @@ TEST(TextFromFile, ReadsTheFileAnewEachRenderAndIgnoresTheTextBox)
     std::filesystem::remove(dir.path / "there.txt");
     f.Run(0.0f);
     EXPECT_EQ(f.Text(), "");
-    // The command prints the line, or names the missing file and its input.
-    EXPECT_EQ(dir.Run("run FrFl Filename=lines.txt Format=2 Line=2").out, "third\n");
-    const CommandResult r = dir.Run("run FrFl Filename=absent.txt");
-    EXPECT_EQ(r.code, 2);
-    EXPECT_NE(r.err.find("absent.txt (input Filename"), std::string::npos) << r.err;
 }
-
-}  // namespace

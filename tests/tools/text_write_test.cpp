@@ -4,21 +4,14 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(TextWrite, TruncatesWriteTimesLengthAndAHalfWithCursorAndPrefix)
 {
     Tool<> w("ZV_TextWrite");
-    const struct { float write; const char* want; } rows[] = {
-        {1.0f, "abcdefghij_"},  // 10.5 truncates to 10
-        {0.95f, "abcdefghi_"},  // 9.975
-        {0.09f, "_"},           // 0.945
-        {2.0f, "abcdefghij_"},  // beyond the slider's ends: never more than the text, never less than nothing
-        {-1.0f, "_"},
-    };
-    for (const auto& r : rows) {
-        w.SetFloat("Write", r.write);
-        EXPECT_EQ(w.Of("Text", "abcdefghij"), r.want) << r.write;
+    // 10.5 truncates to 10, 9.975, 0.945; beyond the slider's ends never more than the text, never less than nothing.
+    for (auto [write, want] : {std::pair{1.0f, "abcdefghij_"}, {0.95f, "abcdefghi_"}, {0.09f, "_"}, {2.0f, "abcdefghij_"},
+                               {-1.0f, "_"}}) {
+        w.SetFloat("Write", write);
+        EXPECT_EQ(w.Of("Text", "abcdefghij"), want) << write;
     }
     w.Apply({{"Write", 0.5}, {"Cursor show", 0}});
     EXPECT_EQ(w.Of("Text", "typing"), "typ");
@@ -46,5 +39,3 @@ TEST(TextWrite, TypesIntoAFormulaOverFrames)
         EXPECT_EQ(TextOf(flow.Evaluate(formula, formula.op->MainOutput(), frame)), want[frame]) << frame;
     }
 }
-
-}  // namespace

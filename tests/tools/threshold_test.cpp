@@ -4,8 +4,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(Threshold, StepRampRepeatAndPingPongInBothDepths)
 {
     Tool<KEffectColor> t("ZV_Threshold");
@@ -77,5 +75,3 @@ TEST(Threshold, LanesEqualOneAtATime)
         ExpectRowsEqualOneAtATime(t);
     }
 }
-
-}  // namespace

@@ -5,8 +5,6 @@
 
 using namespace zvtest;
 
-namespace {
-
 TEST(Transform, HandComputedPoints)
 {
     Warp w("ZV_Transform");
@@ -58,5 +56,3 @@ TEST(Transform, CenterMovesWholePixelsUnderEachEdgeModeFilterAndUnderSampling)
     h.Set("KUnd", 4);  // an affine map interpolates exactly over an under-sampled grid: within a code
     EXPECT_LE(MaxDiff(*h.Render(), *exact, 0, 0, 17, 17), 1.01f / 65535.0f);
 }
-
-}  // namespace

@@ -2,8 +2,6 @@
 // written through its declarations, Start on an image, then InverseMap), and
 // steps of settings with the points each must map.
 #pragma once
-#include <algorithm>
-#include <cmath>
 #include "support.h"
 
 namespace zvtest {
@@ -40,9 +38,7 @@ public:
 };
 
 // An output point and the source point it must read.
-struct MapRow {
-    float x, y, ex, ey;
-};
+struct MapRow { float x, y, ex, ey; };
 
 // Every row within `tol`; a tolerance of 0 asks for the exact point.
 inline void ExpectMaps(const Warp& w, const std::vector<MapRow>& rows, float tol)
@@ -56,10 +52,7 @@ inline void ExpectMaps(const Warp& w, const std::vector<MapRow>& rows, float tol
 }
 
 // Each step's settings, a new Start, and the points it must map.
-struct Step {
-    std::vector<Setting> set;
-    std::vector<MapRow> maps;
-};
+struct Step { std::vector<Setting> set; std::vector<MapRow> maps; };
 inline void ExpectSteps(Warp& w, float tol, std::initializer_list<Step> steps)
 {
     int n = 0;
@@ -69,20 +62,6 @@ inline void ExpectSteps(Warp& w, float tol, std::initializer_list<Step> steps)
         SCOPED_TRACE("step " + std::to_string(n++));
         ExpectMaps(w, s.maps, tol);
     }
-}
-
-// Largest difference of any channel, in float units, between a's pixel x, y and
-// b's pixel x - dx, y - dy, over columns x0..x1-1 and rows y0..y1-1.
-inline float MaxDiff(const KImage& a, const KImage& b, int32_t x0, int32_t y0, int32_t x1, int32_t y1,
-                     int32_t dx = 0, int32_t dy = 0)
-{
-    float worst = 0.0f;
-    for (int32_t y = y0; y < y1; ++y)
-        for (int32_t x = x0; x < x1; ++x) {
-            const KPixelF p = At<KPixelF>(a, x, y), q = At<KPixelF>(b, x - dx, y - dy);
-            for (int c = 0; c < 4; ++c) worst = std::max(worst, std::fabs(p[c] - q[c]));
-        }
-    return worst;
 }
 
 }  // namespace zvtest
