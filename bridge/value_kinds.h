@@ -37,9 +37,18 @@ struct KValueKind {
 const KValueKind* KFindValueKind(int32_t valueKind);
 
 // Adds the entry of a kind (or replaces the one for the same ValueKind) and
-// tells the host of its class. Kinds of the plug-in's own classes call this
-// from a static initialiser beside their value type.
+// tells the host of its class.
 bool KAddValueKind(KValueKind kind);
+
+// A kind of the plug-in's own, registered beside its value type with
+// ZV_VALUE_KIND(MakeKind), where `KValueKind MakeKind()` fills the entry.
+// Kinds register before any tool, whatever the link order: each tool's
+// registration checks that its kinds are carried.
+struct KValueKindRegistration {
+    explicit KValueKindRegistration(KValueKind (*make)()) { KAddValueKind(make()); }
+};
+#define ZV_VALUE_KIND(make) \
+    __attribute__((init_priority(1000))) const KValueKindRegistration make##Registered(make)
 
 // Whether a declared input of this kind is a number, point or text that the
 // request's conversion rules read, rather than a carried value.

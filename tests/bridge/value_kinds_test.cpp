@@ -1,6 +1,7 @@
 // Values between tools: every kind an entry carries goes from one tool to the
 // next in a flow unchanged, and a kind without an entry stops registration.
 #include "bridge/value_kinds.h"
+#include "data/table.h"
 #include "support.h"
 
 using namespace zvtest;
@@ -138,4 +139,40 @@ TEST(BridgeValueKinds, APluginKindPlugsInWithOneEntry)
     host::Value v = flow.Evaluate(*previous, tokenOut(*previous), 1.0);
     ASSERT_NE(dynamic_cast<const TokenValue*>(v.get()), nullptr);
     EXPECT_EQ(v->ToText(), "103");
+}
+
+// Each adds a channel to what arrives; nothing connected arrives as an empty table.
+struct KEffectTableStep : KEffectData {
+    KEffectTableStep()
+    {
+        inputList.AddDataInput(&in, "Data", "Data"_id, 0);
+        outputList.AddDataOutput(&out, "Output", "PDta"_id, 0);
+    }
+    ~KEffectTableStep() override { delete out; }
+    void FinishRender() override
+    {
+        delete out;
+        out = in->Clone().release();
+        out->Add(KDataChannel::Create("step", kDataVector3, static_cast<int32_t>(in->ChannelCount()) + 1));
+        if (in->ChannelCount()) in->Channel(0)->name = "changed";  // its own copy: upstream keeps its name
+    }
+    KDataTable* in = nullptr;
+    KDataTable* out = nullptr;
+};
+
+TEST(BridgeValueKinds, TablesTravelAsCopiesNamedData)
+{
+    const host::Registration& reg = Local<KEffectTableStep>("Step");
+    host::Flow flow;
+    auto& a = flow.Add("a", reg);
+    auto& b = flow.Add("b", reg);
+    EXPECT_EQ(host::TypeName(a.op->FindOutput("Output")->dataType, a.op->FindOutput("Output")->typeId), "Data");
+    flow.Connect(b, b.op->FindInput("Data"), a, a.op->FindOutput("Output"));
+    flow.BeginFrame();
+    host::Value v = flow.Evaluate(b, b.op->FindOutput("Output"), 1.0);
+    ASSERT_NE(v, nullptr);
+    EXPECT_EQ(v->ToText(), "step [1]     float32 [3]      Vector3\nstep [2]     float32 [3]      Vector3\n");
+    // b wrote into its own copy of a's table: a's result is untouched.
+    host::Value first = flow.Evaluate(a, a.op->FindOutput("Output"), 1.0);
+    EXPECT_EQ(first->ToText(), "step [1]     float32 [3]      Vector3\n");
 }

@@ -1,0 +1,57 @@
+// Tables travel between tools in a host value of the plug-in's own class. A
+// tool reads its own copy and hands over a copy of its result, so no table is
+// shared between tools.
+#include <memory>
+#include "bridge/value_kinds.h"
+#include "data/table.h"
+
+namespace {
+
+class KDataParameter : public host::Parameter {
+public:
+    explicit KDataParameter(std::unique_ptr<KDataTable> t) : table(std::move(t)) {}
+    host::DataType Type() const override { return host::DataType::Custom; }
+    std::string TypeId() const override { return "TorvenMarsh.ZV_DataParameter"; }
+    std::string ToText() const override { return table ? table->Dump() : "- no data -"; }
+    std::unique_ptr<KDataTable> table;
+};
+
+void Release(void* field)
+{
+    auto** table = static_cast<KDataTable**>(field);
+    delete *table;
+    *table = nullptr;
+}
+
+// With nothing connected the tool gets an empty table, never null.
+void Read(const host::Parameter* value, void* field)
+{
+    Release(field);
+    auto* data = dynamic_cast<const KDataParameter*>(value);
+    *static_cast<KDataTable**>(field) =
+        data && data->table ? data->table->Clone().release() : new KDataTable;
+}
+
+host::Value Write(const void* field)
+{
+    const KDataTable* table = *static_cast<KDataTable* const*>(field);
+    return std::make_shared<KDataParameter>(table ? table->Clone() : nullptr);
+}
+
+KValueKind DataKind()
+{
+    KValueKind data;
+    data.valueKind = kValueData;
+    data.dataType = host::DataType::Custom;
+    data.typeId = "TorvenMarsh.ZV_DataParameter";
+    data.outputId = "Output";
+    data.read = Read;
+    data.write = Write;
+    data.release = Release;
+    data.name = "Data";
+    return data;
+}
+
+}  // namespace
+
+ZV_VALUE_KIND(DataKind);
