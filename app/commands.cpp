@@ -305,7 +305,7 @@ int RunCommand(const RunOptions& o)
         host::Value v = flow.Evaluate(node, main, o.time);
         if (!v) throw BadInput(reg.name + " made no value to write to " + o.output);
         const host::ParameterClass& kind = *host::FindParameterClass(main->typeId);
-        WriteWhole(o.output, [&](const std::string& temp) { kind.write(*v, temp); });
+        WriteWhole(o.output, [&](const std::string& temp) { kind.write(*v, temp, ext); });
         return 0;
     }
     const auto& outs = node.op->Outputs();
@@ -314,7 +314,9 @@ int RunCommand(const RunOptions& o)
     for (auto& out : outs) {
         host::Value v = flow.Evaluate(node, out.get(), o.time);
         const std::string t = v ? v->ToText() : "";
-        text += outs.size() == 1 ? t + "\n" : out->id + " = " + t + "\n";
+        // A table's dump already ends its lines.
+        const std::string line = !t.empty() && t.back() == '\n' ? t : t + "\n";
+        text += outs.size() == 1 ? line : out->id + " = " + line;
         // Numbers keep the short form they print in.
         auto* n = dynamic_cast<const host::Number*>(v.get());
         values[out->id] = !n ? json(t) : std::isfinite(n->value) ? json::parse(t) : json(nullptr);

@@ -30,7 +30,7 @@ struct KValueKind {
     // files the command line writes a value to.
     std::string name;
     std::vector<std::string> extensions;
-    void (*writeFile)(const host::Parameter& value, const std::string& path) = nullptr;
+    void (*writeFile)(const host::Parameter& value, const std::string& path, const std::string& extension) = nullptr;
 };
 
 // The entry of a value kind, or null when no entry carries it.

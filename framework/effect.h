@@ -148,10 +148,6 @@ class KEffectText : public KEffect {
 public:
     int32_t GetFamily() override { return kFamilyText; }
 };
-class KEffectData : public KEffect {
-public:
-    int32_t GetFamily() override { return kFamilyData; }
-};
 class KEffectShape : public KEffect {
 public:
     int32_t GetFamily() override { return kFamilyShape; }

@@ -87,8 +87,9 @@ struct ParameterClass {
     std::string typeId;
     std::string name;
     std::vector<std::string> extensions;  // lower case, with the dot: ".svg"
-    // Writes the value to `path`, whole, or throws naming what went wrong.
-    std::function<void(const Parameter& value, const std::string& path)> write;
+    // Writes the value to `path` in the format of `extension` (one of the
+    // above; the path itself may be a temporary name), or throws naming what went wrong.
+    std::function<void(const Parameter& value, const std::string& path, const std::string& extension)> write;
 };
 void RegisterParameterClass(const ParameterClass& info);
 const ParameterClass* FindParameterClass(const std::string& typeId);

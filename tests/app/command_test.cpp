@@ -308,6 +308,14 @@ TEST_F(CommandTest, WithinTheLimitsWhatIsAskedIsMadeAndOldCodesStillWork)
     EXPECT_EQ(Slurp(dir.path / "v.txt"), printed.out);
     ASSERT_EQ(Run("run Random Seed=7 --time 12 -o v.json").code, 0);
     EXPECT_EQ(Slurp(dir.path / "v.json"), "{\n  \"Number\": " + printed.out.substr(0, printed.out.size() - 1) + "\n}\n");
+    // A table prints its dump, or goes to CSV (a column per component) or JSON.
+    const std::string table = "run dChC Count=2 ChannelIntegerEnable0=1 ChannelVector2Enable0=1";
+    EXPECT_EQ(Run(table).out, "index [2]     int32 [1]      Integer\nposition [2]     float32 [2]      Vector2\n");
+    ASSERT_EQ(Run(table + " -o t.csv").code, 0);
+    EXPECT_EQ(Slurp(dir.path / "t.csv"), "index,position.x,position.y\n0,0,0\n0,0,0\n");
+    ASSERT_EQ(Run(table + " -o t.json").code, 0);
+    EXPECT_NE(Slurp(dir.path / "t.json").find(R"({"name": "position", "type": "Vector2", "count": 2, "values": [0, 0, 0, 0]})"),
+              std::string::npos);
     // A text tool prints its line.
     dir.Write("lines.txt", "first\nsecond\nthird");
     EXPECT_EQ(Run("run FrFl Filename=lines.txt Format=2 Line=2").out, "third\n");

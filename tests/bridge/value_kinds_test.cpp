@@ -1,7 +1,7 @@
 // Values between tools: every kind an entry carries goes from one tool to the
 // next in a flow unchanged, and a kind without an entry stops registration.
 #include "bridge/value_kinds.h"
-#include "data/table.h"
+#include "data/effect_data.h"
 #include "support.h"
 
 using namespace zvtest;
@@ -143,21 +143,14 @@ TEST(BridgeValueKinds, APluginKindPlugsInWithOneEntry)
 
 // Each adds a channel to what arrives; nothing connected arrives as an empty table.
 struct KEffectTableStep : KEffectData {
-    KEffectTableStep()
+    KEffectTableStep() { AddDataInput(); }
+    std::unique_ptr<KDataTable> Compute() override
     {
-        inputList.AddDataInput(&in, "Data", "Data"_id, 0);
-        outputList.AddDataOutput(&out, "Output", "PDta"_id, 0);
+        auto out = input->Clone();
+        out->Add(KDataChannel::Create("step", kDataVector3, static_cast<int32_t>(input->ChannelCount()) + 1));
+        if (input->ChannelCount()) input->Channel(0)->name = "changed";  // its own copy: upstream keeps its name
+        return out;
     }
-    ~KEffectTableStep() override { delete out; }
-    void FinishRender() override
-    {
-        delete out;
-        out = in->Clone().release();
-        out->Add(KDataChannel::Create("step", kDataVector3, static_cast<int32_t>(in->ChannelCount()) + 1));
-        if (in->ChannelCount()) in->Channel(0)->name = "changed";  // its own copy: upstream keeps its name
-    }
-    KDataTable* in = nullptr;
-    KDataTable* out = nullptr;
 };
 
 TEST(BridgeValueKinds, TablesTravelAsCopiesNamedData)

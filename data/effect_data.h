@@ -1,0 +1,24 @@
+// The base of the data tools: each reads at most one table and makes a new
+// one, which the base keeps as the output "Output" until the next render.
+#pragma once
+#include <memory>
+#include "data/table.h"
+#include "framework/effect.h"
+
+class KEffectData : public KEffect {
+public:
+    KEffectData();
+    int32_t GetFamily() override { return kFamilyData; }
+    // The tool's table, made from its fields; never null.
+    virtual std::unique_ptr<KDataTable> Compute() = 0;
+    void FinishRender() override;
+
+protected:
+    // Declares the input "Data": the upstream table, the tool's own copy.
+    void AddDataInput() { inputList.AddDataInput(&input, "Data", 1, kFlagMain); }
+    KDataTable* input = nullptr;  // filled by the transfer, freed after the render
+
+private:
+    KDataTable* output = nullptr;  // the declared output's field
+    std::unique_ptr<KDataTable> made;
+};
