@@ -1,9 +1,19 @@
 // The base of the data tools: each reads at most one table and makes a new
 // one, which the base keeps as the output "Output" until the next render.
 #pragma once
+#include <functional>
 #include <memory>
+#include <string>
 #include "data/table.h"
 #include "framework/effect.h"
+
+// The frame of the per-channel tools: a new table of the input's channels in
+// order, where each channel the pattern names goes through `rule`, which gets
+// a clone to change (a null result drops it), and the others come through
+// cloned. No input gives an empty table.
+using KChannelRule = std::function<std::unique_ptr<KDataChannel>(std::unique_ptr<KDataChannel>)>;
+std::unique_ptr<KDataTable> KEachChannel(const KDataTable* input, const std::string& pattern,
+                                         const KChannelRule& rule);
 
 class KEffectData : public KEffect {
 public:
