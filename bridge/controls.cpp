@@ -79,7 +79,8 @@ void Page(KControlBuild& b) { b.tool.op->AddControlPage(b.p->name); }
 
 void BeginNest(KControlBuild& b)
 {
-    host::Input* head = b.tool.op->BeginControlNest(b.p->name, KHostId(b.p->name));
+    // A group's head is no value: its name leaves the label's to the control inside.
+    host::Input* head = b.tool.op->BeginControlNest(b.p->name, KHostId(b.p->name) + "Group");
     head->attrs.visible = b.a.visible;
     b.Tie(head);
 }

@@ -185,11 +185,11 @@ public:
         if (!effect) throw std::runtime_error("not of the expected family: " + className);
     }
 
-    // The control with this label; pages are passed over.
+    // The control with this label; pages and group heads are passed over.
     KParameter& Param(const std::string& label) const
     {
         for (KParameter* p = effect->inputs(); p; p = p->Next())
-            if (p->name == label && p->controlKind != kControlPage) return *p;
+            if (p->name == label && p->controlKind != kControlPage && p->controlKind != kControlBeginNest) return *p;
         throw std::runtime_error("no parameter " + label);
     }
     template <class T> T& Field(const std::string& label, int32_t kind) const

@@ -54,3 +54,42 @@ TEST(DataRemap, FirstComponentsFromTheSourceRangeToTheDestination)
     tool.SetText("Channel Name (in/out)", "w");
     EXPECT_EQ(Computed(tool, in)->Channel(2)->floats, (std::vector<float>{0.0f, 1.0f}));  // (x - 0) * 0.5 + 0.5
 }
+
+TEST(DataSetConstant, ModesByTypeIntegersInIntegerArithmetic)
+{
+    KDataTable in = Crowd();
+    in.Add(KDataChannel::Create("on", kDataBool, 2));
+    in.Channel(3)->ints = {1, 1};
+    Tool<KEffectData> tool("ZV_DataSetConstant");
+    tool.Set("Integer", 4);
+    tool.Set("Float", 0.5f);
+    tool.SetPoint("Vector2", 2.0f, -1.0f);
+    const struct { int mode; std::vector<int32_t> ids; std::vector<float> v, w; } rows[] = {
+        {0, {4, 4}, {2.0f, -1.0f, 2.0f, -1.0f}, {0.5f, 0.5f}},
+        {1, {7, 13}, {2.2f, 4.0f, 2.6f, 6.0f}, {-0.5f, 1.5f}},
+        {2, {12, 36}, {0.4f, -5.0f, 1.2f, -7.0f}, {-0.5f, 0.5f}},
+    };
+    for (const auto& r : rows) {
+        tool.Set("Type", r.mode);
+        auto out = Computed(tool, in);
+        EXPECT_EQ(out->Channel(0)->ints, r.ids) << r.mode;
+        EXPECT_EQ(out->Channel(1)->floats, r.v) << r.mode;
+        EXPECT_EQ(out->Channel(2)->floats, r.w) << r.mode;
+        EXPECT_EQ(out->Channel(3)->ints, (std::vector<int32_t>{0, 0})) << r.mode;  // Bool: always false
+    }
+}
+
+TEST(DataMerge, FirstTableThenTheChannelsOfTheOthersInOrder)
+{
+    KDataTable a = Crowd(), c;
+    c.Add(KDataChannel::Create("extra", kDataColor, 5));
+    Tool<KEffectData> tool("ZV_DataMerge");
+    tool.Field<KDataTable*>("Data 1 (in)", kValueData) = &a;
+    tool.Field<KDataTable*>("Data 3 (in)", kValueData) = &c;
+    const auto out = tool.effect->Compute();
+    tool.Field<KDataTable*>("Data 1 (in)", kValueData) = nullptr;
+    tool.Field<KDataTable*>("Data 3 (in)", kValueData) = nullptr;
+    EXPECT_EQ(out->Dump(), a.Dump() + c.Dump());
+    EXPECT_EQ(out->minimumCount, 2);
+    EXPECT_EQ(out->maximumCount, 5);
+}
