@@ -5,12 +5,7 @@
 
 class KEffectDataDelete : public KEffectData {
 public:
-    KEffectDataDelete()
-    {
-        AddDataInput();
-        inputList.AddLabel("Data Delete", 0, 0);
-        inputList.AddTextEdit(&pattern, "#channel", "Channel Name (in/out)", "CNam"_id, 0, 1);
-    }
+    KEffectDataDelete() { DeclareChannelTool("Data Delete", &pattern, "#channel"); }
 
     std::unique_ptr<KDataTable> Compute() override
     {

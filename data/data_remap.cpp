@@ -8,9 +8,7 @@ class KEffectDataRemap : public KEffectData {
 public:
     KEffectDataRemap()
     {
-        AddDataInput();
-        inputList.AddLabel("Data Remap", 0, 0);
-        inputList.AddTextEdit(&pattern, "*", "Channel Name (in/out)", "CNam"_id, 0, 1);
+        DeclareChannelTool("Data Remap", &pattern, "*");
         inputList.AddMultiButton(&fromMinimum, 0, "Source Minumum", "SMin"_id, kFlagNotify,
                                  {"Value", "Minumum", "[end]"});
         inputList.AddSlider(&sourceMin, 0.0f, "Source Minimum Value", "SMiV"_id, 0, 0.0, 1.0);

@@ -8,9 +8,7 @@ class KEffectDataSetConstant : public KEffectData {
 public:
     KEffectDataSetConstant()
     {
-        AddDataInput();
-        inputList.AddLabel("Data Set Constant", 0, 0);
-        inputList.AddTextEdit(&pattern, "*", "Channel Name (in/out)", "CNam"_id, 0, 1);
+        DeclareChannelTool("Data Set Constant", &pattern, "*");
         inputList.AddMultiButton(&mode, 0, "Type", "Type"_id, 0, {"Replace", "Add", "Multiply", "[end]"});
         inputList.BeginNest("Integer", 0, 0);
         inputList.AddSlider(&integer, 0, "Integer", "Inti"_id, 0, 1, 100);

@@ -26,6 +26,14 @@ public:
 protected:
     // Declares the input "Data": the upstream table, the tool's own copy.
     void AddDataInput() { inputList.AddDataInput(&input, "Data", 1, kFlagMain); }
+    // How every per-channel tool begins: "Data", its heading, and the pattern
+    // "Channel Name (in/out)" into `pattern`.
+    void DeclareChannelTool(const char* heading, std::string* pattern, const char* defaultPattern)
+    {
+        AddDataInput();
+        inputList.AddLabel(heading, 0, 0);
+        inputList.AddTextEdit(pattern, defaultPattern, "Channel Name (in/out)", "CNam"_id, 0, 1);
+    }
     KDataTable* input = nullptr;  // filled by the transfer, freed after the render
 
 private:
