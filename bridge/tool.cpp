@@ -14,12 +14,6 @@ double NumberOf(const host::Parameter* v)
     return 0.0;
 }
 
-host::Image* ImageOf(const host::Parameter* v)
-{
-    if (auto* i = dynamic_cast<const host::ImageValue*>(v)) return i->image;
-    return nullptr;
-}
-
 int32_t Round(double v) { return static_cast<int32_t>(v + 0.5); }
 
 // Integers round half away from zero, through single precision.
@@ -240,12 +234,12 @@ void KTool::PrepareRender(host::Operator* o, host::Request& request, float proxy
     auto* imageEffect = dynamic_cast<KEffectImage*>(effect);
     if (imageInput) {
         delete sourceImage;
-        sourceImage = KImage::Wrap(ImageOf(request.GetInputData(imageInput, 0).get()), false);
+        sourceImage = KWrapImage(request.GetInputData(imageInput, 0).get());
         const int32_t frames = effect->GetFrameTimes(0, static_cast<float>(request.Time()), nullptr);
         if (frames > 1 && imageEffect && static_cast<int32_t>(imageEffect->frames.size()) >= frames)
             for (int32_t i = 0; i < frames; ++i)
                 imageEffect->frames[i].reset(
-                    KImage::Wrap(ImageOf(request.GetInputData(imageInput, i).get()), false));
+                    KWrapImage(request.GetInputData(imageInput, i).get()));
         settings.depth = sourceImage && sourceImage->IsFloat() ? 2 : 1;
     }
     settings.time = static_cast<float>(request.Time());
@@ -274,7 +268,7 @@ void KTool::PrepareRender(host::Operator* o, host::Request& request, float proxy
     if (multiThreadInput) settings.multiThread = number(multiThreadInput) > 0.5;
     delete warpMask;
     warpMask = warpMaskInput
-                   ? KImage::Wrap(ImageOf(request.GetInputData(warpMaskInput, 0).get()), false)
+                   ? KWrapImage(request.GetInputData(warpMaskInput, 0).get())
                    : nullptr;
     settings.warpMask = warpMask;
     settings.prepared = true;
@@ -486,7 +480,7 @@ void KTool::NotifyChanged(host::Input* input, const host::Parameter* value, doub
         if (k->hostInput != input || !(k->parameter->flags & kFlagNotify)) continue;
         KMessageValue mv;
         if (k->parameter->valueKind == kValueImage) {
-            mv.image = KImage::Wrap(ImageOf(value), false);
+            mv.image = KWrapImage(value);
         } else {
             mv.floatValue = static_cast<float>(v);
             mv.intValue = static_cast<int32_t>(mv.floatValue + 0.5f);

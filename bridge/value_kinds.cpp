@@ -8,19 +8,13 @@
 
 namespace {
 
-host::Image* ImageOf(const host::Parameter* v)
-{
-    if (auto* i = dynamic_cast<const host::ImageValue*>(v)) return i->image;
-    return nullptr;
-}
-
 // Images: the field holds a wrapper of the host image, which it does not own;
 // an image leaving a tool takes a use of the host image.
 void ReadImage(const host::Parameter* v, void* field)
 {
     auto** image = static_cast<KImage**>(field);
     delete *image;
-    *image = KImage::Wrap(ImageOf(v), false);
+    *image = KWrapImage(v);
 }
 host::Value WriteImage(const void* field)
 {
@@ -110,6 +104,12 @@ const char* KindName(int32_t kind)
 }
 
 }  // namespace
+
+KImage* KWrapImage(const host::Parameter* value)
+{
+    auto* i = dynamic_cast<const host::ImageValue*>(value);
+    return KImage::Wrap(i ? i->image : nullptr, false);
+}
 
 const KValueKind* KFindValueKind(int32_t valueKind)
 {

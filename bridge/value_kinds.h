@@ -33,6 +33,9 @@ struct KValueKind {
     void (*writeFile)(const host::Parameter& value, const std::string& path, const std::string& extension) = nullptr;
 };
 
+// A wrapper, not owning, of the image a value carries; null for no image.
+KImage* KWrapImage(const host::Parameter* value);
+
 // The entry of a value kind, or null when no entry carries it.
 const KValueKind* KFindValueKind(int32_t valueKind);
 
