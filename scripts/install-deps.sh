@@ -4,8 +4,13 @@ set -eu
 
 # openimageio-tools: Debian's OpenImageIO CMake package exports its command-line
 # tools as imported targets, and configuring fails when they are not installed.
+# Shapes: polyclipping (boolean, offset), pugixml (SVG), potrace (tracing),
+# GLU (tessellation). Benchmarks stand beside cairo, the potrace command,
+# NumPy and OpenCV.
 PACKAGES="g++ cmake make pkg-config ccache libtbb-dev libgtest-dev libbenchmark-dev
-    libopenimageio-dev openimageio-tools nlohmann-json3-dev libcli11-dev"
+    libopenimageio-dev openimageio-tools nlohmann-json3-dev libcli11-dev
+    libpolyclipping-dev libpugixml-dev libpotrace-dev libglu1-mesa-dev
+    libcairo2-dev potrace python3-numpy libopencv-imgproc-dev"
 
 missing=""
 for p in $PACKAGES; do
