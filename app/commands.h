@@ -16,6 +16,8 @@ struct RunOptions {
     double time = 0.0;
     std::string size;   // WxH
     std::string depth;  // int16 or float
+    std::string frames;   // A or A-B: a sequence of outputs in place of --time
+    std::string cacheMb;  // the frame cache's budget; empty: the flow's default
 };
 int RunCommand(const RunOptions& options);
 
@@ -23,6 +25,7 @@ struct RenderOptions {
     std::string flow;
     std::string frames;   // A or A-B
     std::string threads;  // empty: one per core
+    std::string cacheMb;
 };
 int RenderCommand(const RenderOptions& options);
 
