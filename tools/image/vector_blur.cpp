@@ -115,7 +115,12 @@ private:
         const float angle = v2 == 0.0f ? 0.0f : v1 == 0.0f ? 1.5707964f : std::atan(v2 / v1);
         const float length = std::sqrt(v1 * v1 + v2 * v2) * lengthScale;
         const float W = static_cast<float>(width);
-        float w = 1.0f / (W * length + 1.0f);
+        KOffsetsTable::BuildStraightInto(stroke, 3.1415927f - angle, length * 0.5f * W, pixelAspect, false);
+        // The pixel's weight spreads over the whole stroke and adds up to one,
+        // whatever the stroke's slant: a picture moving as one stays opaque.
+        float cover = 0.0f;
+        for (size_t i = 1; i < stroke.size(); ++i) cover += static_cast<float>(stroke[i].weight) * 1.5259022e-05f;
+        float w = 1.0f / (1.0f + 2.0f * cover);
         const bool divide = normalize && premultiplied;
         float c[4];
         if (source->IsFloat()) {
@@ -137,7 +142,6 @@ private:
                 w *= static_cast<float>(p[3]) * 1.5259022e-05f;
             }
         }
-        KOffsetsTable::BuildStraightInto(stroke, 3.1415927f - angle, length * 0.5f * W, pixelAspect, false);
         if (source->IsFloat()) {
             float v[4];
             for (int k = 0; k < 4; ++k) v[k] = c[k] * w;
