@@ -82,7 +82,8 @@ const std::vector<AuxName>& AuxNames()
     return names;
 }
 
-// The host channel a file's channel name stands for, or -1.
+}  // namespace
+
 int AuxChannelOf(const std::string& name)
 {
     const std::string lower = Lower(name);
@@ -98,6 +99,8 @@ std::string AuxNameOf(int channel)
         if (a.channel == channel) return a.names[0];
     return {};
 }
+
+namespace {
 
 std::string Padded(int frame, int width)
 {

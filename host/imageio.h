@@ -20,6 +20,12 @@ std::string FramePath(const std::string& pattern, int frame);
 // listing its folder; none when no file matches.
 std::optional<std::pair<int, int>> SequenceRange(const std::string& pattern);
 
+// Extra planes in multi-channel files (EXR): the host channel that a file's
+// channel name stands for, or -1 (common names, any case: vel.x, motion.x,
+// N.x, Z, ...); and the name a channel is written under, or empty.
+int AuxChannelOf(const std::string& name);
+std::string AuxNameOf(int channel);
+
 // Reads a file: 8- and 16-bit files as 16-bit integer images, half and float
 // files as float images, each noting the file's bits per channel. Row 0 is the bottom of the picture, as everywhere in
 // the host; files keep their top row first. Throws BadInput naming the file
