@@ -59,7 +59,7 @@ public:
         const KImage* first = nullptr;
         for (const KImage* f : used) if (f && !first) first = f;
         for (auto& f : used) if (!f) f = first;
-        factor = static_cast<float>(Sign() * (offsetWhite - offsetBlack)) * 7.629511e-06f;
+        span = Sign() * (offsetWhite - offsetBlack);
         return true;
     }
 
@@ -68,7 +68,8 @@ public:
         for (int32_t x = 0; x < width; ++x) {
             KPixel m;
             map->GetPixel(x, y, m, kEdgeBlack);
-            const float v = static_cast<float>(std::min({m.r, m.g, m.b}) + std::max({m.r, m.g, m.b})) * factor;
+            const int32_t sum = static_cast<int32_t>(std::min({m.r, m.g, m.b}) + std::max({m.r, m.g, m.b}));
+            const float v = static_cast<float>(sum * span) * 7.629511e-06f;
             const int32_t i = static_cast<int32_t>(v);
             const KImage* a = used[std::clamp(i, 0, count - 1)];
             const KImage* b = interpolate ? used[std::clamp(i + 1, 0, count - 1)] : nullptr;
@@ -114,7 +115,7 @@ private:
     KImage* map = nullptr;
     int32_t count = 0;
     std::vector<const KImage*> used;
-    float factor = 0.0f;
+    int32_t span = 0;
 };
 
 ZV_TOOL(KEffectTimeMapper, ZV_TimeMapper);
