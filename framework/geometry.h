@@ -3,6 +3,7 @@
 // order they are called: m.Translate(a).Rotate(b) moves a point by a, then turns it.
 #pragma once
 #include <cmath>
+#include "framework/parameter.h"
 
 struct Vector2f {
     float x = 0.0f, y = 0.0f;
@@ -106,5 +107,79 @@ struct HalfPlaneMap {
     {
         if (!everywhere && (p - origin).Dot(normal) <= 0.0f) return p;
         return matrix.Apply(p);
+    }
+};
+
+// Row-major 4 by 4, translation in the last column, applied to (x, y, z, 1).
+// Building steps apply in the order they are called, as with Matrix3f.
+struct Matrix4f {
+    float m[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
+
+    // a * b: b applies first.
+    static Matrix4f Product(const Matrix4f& a, const Matrix4f& b)
+    {
+        Matrix4f r;
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 4; ++j)
+                r.m[i][j] = a.m[i][0] * b.m[0][j] + a.m[i][1] * b.m[1][j] + a.m[i][2] * b.m[2][j] +
+                            a.m[i][3] * b.m[3][j];
+        return r;
+    }
+    Matrix4f& Then(const Matrix4f& step)
+    {
+        *this = Product(step, *this);
+        return *this;
+    }
+    Matrix4f& Translate(float x, float y, float z)
+    {
+        Matrix4f t;
+        t.m[0][3] = x;
+        t.m[1][3] = y;
+        t.m[2][3] = z;
+        return Then(t);
+    }
+    Matrix4f& Scale(float x, float y, float z)
+    {
+        Matrix4f s;
+        s.m[0][0] = x;
+        s.m[1][1] = y;
+        s.m[2][2] = z;
+        return Then(s);
+    }
+    // A turn by a radians about axis 0 (x), 1 (y) or 2 (z), counter-clockwise
+    // as seen from the positive end of the axis.
+    Matrix4f& Rotate(int axis, float a)
+    {
+        const int i = (axis + 1) % 3, j = (axis + 2) % 3;
+        Matrix4f r;
+        const float c = std::cos(a), s = std::sin(a);
+        r.m[i][i] = c;
+        r.m[i][j] = -s;
+        r.m[j][i] = s;
+        r.m[j][j] = c;
+        return Then(r);
+    }
+    Vector3f Apply(Vector3f p) const
+    {
+        return {m[0][0] * p.x + m[0][1] * p.y + m[0][2] * p.z + m[0][3],
+                m[1][0] * p.x + m[1][1] * p.y + m[1][2] * p.z + m[1][3],
+                m[2][0] * p.x + m[2][1] * p.y + m[2][2] * p.z + m[2][3]};
+    }
+
+    // A transform control's matrix: scale, then the three turns in its
+    // rotation order ("XYZ" turns about x first), then the move. `amount`
+    // weakens or strengthens all three, 0 giving the identity; with the scale
+    // locked, x scale stands for all three axes.
+    static Matrix4f Of(const KTransformValue& t, float amount = 1.0f)
+    {
+        static const int kOrders[6][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
+        const float sx = t.scaleX, sy = t.scaleLock ? t.scaleX : t.scaleY, sz = t.scaleLock ? t.scaleX : t.scaleZ;
+        const float turn[3] = {t.rotateX * amount, t.rotateY * amount, t.rotateZ * amount};
+        Matrix4f r;
+        r.Scale(1.0f + (sx - 1.0f) * amount, 1.0f + (sy - 1.0f) * amount, 1.0f + (sz - 1.0f) * amount);
+        const int(&order)[3] = kOrders[t.rotationOrder >= 0 && t.rotationOrder < 6 ? t.rotationOrder : 0];
+        for (int axis : order)
+            if (turn[axis] != 0.0f) r.Rotate(axis, turn[axis]);
+        return r.Translate(t.translateX * amount, t.translateY * amount, t.translateZ * amount);
     }
 };
