@@ -169,7 +169,8 @@ KValueKind DataKind()
     data.release = Release;
     data.name = "Data";
     data.extensions = {".csv", ".json"};
-    data.writeFile = [](const host::Parameter& value, const std::string& path, const std::string& extension) {
+    data.writeFile = [](const host::Parameter& value, const std::string& path, const std::string& extension,
+                        const host::WriteOptions&) {
         if (extension == ".json") WriteJson(value, path);
         else WriteCsv(value, path);
     };
