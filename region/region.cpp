@@ -3,7 +3,6 @@
 #include <cmath>
 #include "framework/parameter.h"
 #include "raster/image.h"
-#include "tools/image/noise_functions.h"
 
 namespace {
 
@@ -54,12 +53,53 @@ float ImageValue(const KRegion3DNode& n, Vector3f q)
     return n.sampled[static_cast<size_t>(row) * n.sampledWidth + column];
 }
 
+// Gradient noise over the integer lattice, in about -1..1: a gradient per
+// lattice point from a hash of its coordinates, blended with a curve whose
+// first and second derivatives vanish at the points, so the value and its
+// slopes run on smoothly across cells.
+uint32_t LatticeHash(int32_t x, int32_t y, int32_t z)
+{
+    uint32_t h = static_cast<uint32_t>(x) * 0x8DA6B343u ^ static_cast<uint32_t>(y) * 0xD8163841u ^
+                 static_cast<uint32_t>(z) * 0xCB1AB31Fu;
+    h ^= h >> 16;
+    h *= 0x7FEB352Du;
+    h ^= h >> 15;
+    return h;
+}
+
+// The dot of (x, y, z) with one of twelve edge directions of a cube.
+float Gradient(uint32_t h, float x, float y, float z)
+{
+    const uint32_t k = h % 12u;
+    const float u = k < 8u ? x : y, v = k < 4u ? y : z;
+    return ((k & 1u) ? -u : u) + ((k & 2u) ? -v : v);
+}
+
+float Fade(float t) { return t * t * t * (t * (t * 6.0f - 15.0f) + 10.0f); }
+
+float GradientNoise(float x, float y, float z)
+{
+    const float fx = std::floor(x), fy = std::floor(y), fz = std::floor(z);
+    const auto ix = static_cast<int32_t>(fx), iy = static_cast<int32_t>(fy), iz = static_cast<int32_t>(fz);
+    x -= fx;
+    y -= fy;
+    z -= fz;
+    const float u = Fade(x), v = Fade(y), w = Fade(z);
+    auto corner = [&](int32_t dx, int32_t dy, int32_t dz) {
+        return Gradient(LatticeHash(ix + dx, iy + dy, iz + dz), x - static_cast<float>(dx),
+                        y - static_cast<float>(dy), z - static_cast<float>(dz));
+    };
+    auto lerp = [](float a, float b, float t) { return a + (b - a) * t; };
+    return lerp(lerp(lerp(corner(0, 0, 0), corner(1, 0, 0), u), lerp(corner(0, 1, 0), corner(1, 1, 0), u), v),
+                lerp(lerp(corner(0, 0, 1), corner(1, 0, 1), u), lerp(corner(0, 1, 1), corner(1, 1, 1), u), v), w);
+}
+
 float NoiseValue(const KRegionNoise& noise, Vector3f q)
 {
     float scale = 1.0f / std::max(noise.size, 1e-6f), weight = 1.0f, sum = 0.0f, total = 0.0f;
     for (int32_t i = 0; i < noise.octaves; ++i) {
-        sum += weight * KSimplex3({q.x * scale + noise.offset.x, q.y * scale + noise.offset.y,
-                                   q.z * scale + noise.offset.z});
+        sum += weight * GradientNoise(q.x * scale + noise.offset.x, q.y * scale + noise.offset.y,
+                                      q.z * scale + noise.offset.z);
         total += weight;
         scale *= 2.0f;
         weight *= 0.5f;

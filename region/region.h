@@ -29,7 +29,7 @@ struct KRegionLookup {
     std::vector<uint16_t> entries;
 };
 
-// Fractal simplex noise: `octaves` layers, each of half the size and half the
+// Fractal gradient noise: `octaves` layers, each of half the size and half the
 // weight of the one before, the first of features `size` across, placed by the seed.
 struct KRegionNoise {
     float size = 1.0f;

@@ -1,4 +1,4 @@
-// rNoise: fractal simplex noise through space, adjusted by brightness and
+// rNoise: fractal gradient noise through space, adjusted by brightness and
 // contrast. The seed moves the pattern, "Size" is the width of its largest
 // features and "Detail" the number of finer layers laid over them.
 #include "framework/registration.h"
