@@ -1,5 +1,6 @@
 #include "app/flowfile.h"
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -74,7 +75,10 @@ void SetInput(FlowFile& ff, host::Flow::Node& node, const std::string& id, const
         const host::Output* out = outId.empty() ? src->op->MainOutput() : src->op->FindOutput(outId);
         if (!out) throw BadInput(where + ": tool " + from + " has no output " + (outId.empty() ? "" : outId));
         const bool image = type == DataType::Image || type == DataType::Mask;
-        const bool fits = image ? out->dataType == DataType::Image
+        // A Saver writes too the plug-in's own values that write files.
+        const host::ParameterClass* kind = host::FindParameterClass(out->typeId);
+        const bool saved = node.registration->className == "Saver" && kind && kind->write;
+        const bool fits = image ? out->dataType == DataType::Image || saved
                         : type == DataType::Custom ? out->typeId == in->attrs.typeId
                                                    : out->dataType == type;
         if (!fits)
@@ -251,8 +255,16 @@ void CheckFrames(const FlowFile& ff, int first, int last)
     std::map<std::string, const host::Flow::Node*> written;
     for (host::Flow::Node* n : ff.savers) {
         const std::string pattern = FileOf(*n);
-        if (!host::IsImageFileName(pattern))
+        const host::Flow::Connection* from = ff.flow.ConnectionOf(n->op->FindInput("Image"));
+        const host::ParameterClass* kind = host::FindParameterClass(from->output->typeId);
+        if (kind && kind->write) {
+            std::string ext = fs::path(pattern).extension().string();
+            for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+            if (std::find(kind->extensions.begin(), kind->extensions.end(), ext) == kind->extensions.end())
+                throw BadInput("Saver " + n->name + ": a " + kind->name + " value is not written to " + pattern);
+        } else if (!host::IsImageFileName(pattern)) {
             throw BadInput("Saver " + n->name + ": not an image file name: " + pattern);
+        }
         const fs::path folder = fs::path(pattern).has_parent_path() ? fs::path(pattern).parent_path() : ".";
         if (!fs::is_directory(folder))
             throw BadInput("Saver " + n->name + ": cannot write " + pattern + ": no folder " + folder.string());

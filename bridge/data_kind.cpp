@@ -60,7 +60,8 @@ KValueKind DataKind()
     data.release = Release;
     data.name = "Data";
     data.extensions = {".csv", ".json"};
-    data.writeFile = [](const host::Parameter& value, const std::string& path, const std::string& extension) {
+    data.writeFile = [](const host::Parameter& value, const std::string& path, const std::string& extension,
+                        const host::WriteOptions&) {
         static const KDataTable none;
         const auto* data = dynamic_cast<const KDataParameter*>(&value);
         const KDataTable& table = data && data->table ? *data->table : none;

@@ -121,7 +121,7 @@ const KValueKind* KFindValueKind(int32_t valueKind)
 bool KAddValueKind(KValueKind kind)
 {
     if (!kind.typeId.empty()) {
-        host::ParameterClass c{kind.typeId, kind.name, kind.extensions, nullptr};
+        host::ParameterClass c{kind.typeId, kind.name, kind.extensions, nullptr, kind.options};
         if (kind.writeFile) c.write = kind.writeFile;
         host::RegisterParameterClass(c);
     }

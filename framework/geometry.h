@@ -110,10 +110,12 @@ struct HalfPlaneMap {
     }
 };
 
-// Row-major 4 by 4, translation in the last column, applied to (x, y, z, 1).
-// Building steps apply in the order they are called, as with Matrix3f.
+// Row-major 4 by 4, its translation in the last column, applied to (x, y, z, 1).
+// As with Matrix3f, building steps apply in the order they are called.
 struct Matrix4f {
     float m[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
+
+    static Matrix4f Identity() { return {}; }
 
     // a * b: b applies first.
     static Matrix4f Product(const Matrix4f& a, const Matrix4f& b)
@@ -130,34 +132,59 @@ struct Matrix4f {
         *this = Product(step, *this);
         return *this;
     }
-    Matrix4f& Translate(float x, float y, float z)
+    Matrix4f& Translate(float tx, float ty, float tz)
     {
         Matrix4f t;
-        t.m[0][3] = x;
-        t.m[1][3] = y;
-        t.m[2][3] = z;
+        t.m[0][3] = tx;
+        t.m[1][3] = ty;
+        t.m[2][3] = tz;
         return Then(t);
     }
-    Matrix4f& Scale(float x, float y, float z)
+    Matrix4f& Scale(float sx, float sy, float sz)
     {
         Matrix4f s;
-        s.m[0][0] = x;
-        s.m[1][1] = y;
-        s.m[2][2] = z;
+        s.m[0][0] = sx;
+        s.m[1][1] = sy;
+        s.m[2][2] = sz;
         return Then(s);
     }
-    // A turn by a radians about axis 0 (x), 1 (y) or 2 (z), counter-clockwise
-    // as seen from the positive end of the axis.
-    Matrix4f& Rotate(int axis, float a)
+    // A turn about axis 0 (x), 1 (y) or 2 (z), counter-clockwise as seen from
+    // the positive end of the axis.
+    Matrix4f& Rotate(int axis, float angle)
     {
-        const int i = (axis + 1) % 3, j = (axis + 2) % 3;
         Matrix4f r;
-        const float c = std::cos(a), s = std::sin(a);
-        r.m[i][i] = c;
-        r.m[i][j] = -s;
-        r.m[j][i] = s;
-        r.m[j][j] = c;
+        const int a = (axis + 1) % 3, b = (axis + 2) % 3;
+        const float c = std::cos(angle), s = std::sin(angle);
+        r.m[a][a] = c;
+        r.m[a][b] = -s;
+        r.m[b][a] = s;
+        r.m[b][b] = c;
         return Then(r);
+    }
+    // The inverse of the affine part (the last row taken as 0, 0, 0, 1); a
+    // singular matrix gives the identity.
+    Matrix4f Inverted() const
+    {
+        const float (&a)[4][4] = m;
+        const float c00 = a[1][1] * a[2][2] - a[1][2] * a[2][1];
+        const float c01 = a[1][2] * a[2][0] - a[1][0] * a[2][2];
+        const float c02 = a[1][0] * a[2][1] - a[1][1] * a[2][0];
+        const float det = a[0][0] * c00 + a[0][1] * c01 + a[0][2] * c02;
+        if (det == 0.0f) return {};
+        const float k = 1.0f / det;
+        Matrix4f r;
+        r.m[0][0] = c00 * k;
+        r.m[0][1] = (a[0][2] * a[2][1] - a[0][1] * a[2][2]) * k;
+        r.m[0][2] = (a[0][1] * a[1][2] - a[0][2] * a[1][1]) * k;
+        r.m[1][0] = c01 * k;
+        r.m[1][1] = (a[0][0] * a[2][2] - a[0][2] * a[2][0]) * k;
+        r.m[1][2] = (a[0][2] * a[1][0] - a[0][0] * a[1][2]) * k;
+        r.m[2][0] = c02 * k;
+        r.m[2][1] = (a[0][1] * a[2][0] - a[0][0] * a[2][1]) * k;
+        r.m[2][2] = (a[0][0] * a[1][1] - a[0][1] * a[1][0]) * k;
+        for (int i = 0; i < 3; ++i)
+            r.m[i][3] = -(r.m[i][0] * a[0][3] + r.m[i][1] * a[1][3] + r.m[i][2] * a[2][3]);
+        return r;
     }
     Vector3f Apply(Vector3f p) const
     {
