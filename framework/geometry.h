@@ -3,6 +3,7 @@
 // order they are called: m.Translate(a).Rotate(b) moves a point by a, then turns it.
 #pragma once
 #include <cmath>
+#include <utility>
 
 struct Vector2f {
     float x = 0.0f, y = 0.0f;
@@ -92,6 +93,70 @@ struct Matrix3f {
         const float w = m[2][0] * p.x + m[2][1] * p.y + m[2][2];
         if (w != 0.0f && w != 1.0f) return {x / w, y / w};
         return {x, y};
+    }
+};
+
+// Row-major 4 by 4 with the translation in the last column, applied to (x, y, z, 1).
+struct Matrix4f {
+    float m[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
+
+    static Matrix4f Identity() { return {}; }
+    static Matrix4f Translation(float tx, float ty, float tz)
+    {
+        Matrix4f t;
+        t.m[0][3] = tx;
+        t.m[1][3] = ty;
+        t.m[2][3] = tz;
+        return t;
+    }
+    // a * b: b applies first.
+    static Matrix4f Product(const Matrix4f& a, const Matrix4f& b)
+    {
+        Matrix4f r;
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 4; ++j) {
+                float v = 0.0f;
+                for (int k = 0; k < 4; ++k) v += a.m[i][k] * b.m[k][j];
+                r.m[i][j] = v;
+            }
+        return r;
+    }
+    bool IsIdentity() const
+    {
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 4; ++j)
+                if (m[i][j] != (i == j ? 1.0f : 0.0f)) return false;
+        return true;
+    }
+    // The inverse by cofactors in double; a singular matrix gives the identity.
+    Matrix4f Inverted() const
+    {
+        double a[4][8];
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 8; ++j) a[i][j] = j < 4 ? m[i][j] : (j - 4 == i ? 1.0 : 0.0);
+        for (int c = 0; c < 4; ++c) {
+            int pivot = c;
+            for (int r = c + 1; r < 4; ++r)
+                if (std::fabs(a[r][c]) > std::fabs(a[pivot][c])) pivot = r;
+            if (a[pivot][c] == 0.0) return {};
+            for (int j = 0; j < 8; ++j) std::swap(a[c][j], a[pivot][j]);
+            const double k = 1.0 / a[c][c];
+            for (int j = 0; j < 8; ++j) a[c][j] *= k;
+            for (int r = 0; r < 4; ++r)
+                if (r != c && a[r][c] != 0.0) {
+                    const double f = a[r][c];
+                    for (int j = 0; j < 8; ++j) a[r][j] -= f * a[c][j];
+                }
+        }
+        Matrix4f r;
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 4; ++j) r.m[i][j] = static_cast<float>(a[i][j + 4]);
+        return r;
+    }
+    // Maps a point of the plane z = 0, ignoring perspective.
+    Vector2f Apply(Vector2f p) const
+    {
+        return {m[0][0] * p.x + m[0][1] * p.y + m[0][3], m[1][0] * p.x + m[1][1] * p.y + m[1][3]};
     }
 };
 

@@ -1,6 +1,10 @@
 // Saver: the host's own tool that writes its input to a file, the frame of a
 // sequence that matches the request time, at the input's depth or a chosen one.
+// A value of a kind's own (a shape) goes to a file that kind writes (.svg).
+#include <unistd.h>
+#include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include "host/errors.h"
 #include "host/imageio.h"
 #include "host/operator.h"
@@ -10,6 +14,8 @@ namespace host {
 
 namespace {
 
+namespace fs = std::filesystem;
+
 class Saver : public ThreadedOperator {
 public:
     Saver()
@@ -17,6 +23,7 @@ public:
         InputAttrs image;
         image.dataType = DataType::Image;
         image.linkNumber = 1;
+        image.anyValue = true;
         imageInput = AddInput("Image", "Image", image);
         InputAttrs file;
         file.dataType = DataType::Text;
@@ -40,6 +47,11 @@ public:
         const int frame = static_cast<int>(std::lround(request.Time()));
         const std::string path = FramePath(text->value, frame);
         Value value = request.GetInputData(imageInput);
+        if (value && value->Type() == DataType::Custom) {
+            WriteValue(*value, path);
+            request.SetOutputData(output, value);
+            return;
+        }
         auto* image = dynamic_cast<const ImageValue*>(value.get());
         if (!image || !image->image) throw BadInput("Saver " + path + ": no image to save");
         auto* depth = dynamic_cast<const Number*>(request.GetInputData(depthInput).get());
@@ -49,6 +61,32 @@ public:
     }
 
 private:
+    // Through a temporary name in the same folder, renamed when complete.
+    static void WriteValue(const Parameter& value, const std::string& path)
+    {
+        const std::string ext = FileExtension(path);
+        const ParameterClass* kind = FindParameterClass(value.TypeId());
+        if (!kind || !kind->write ||
+            std::find(kind->extensions.begin(), kind->extensions.end(), ext) == kind->extensions.end())
+            throw BadInput("Saver " + path + ": a " + TypeName(value.Type(), value.TypeId()) +
+                           " value is not written to " + (ext.empty() ? "a file without extension" : ext) + " files");
+        const fs::path target(path);
+        const fs::path temp = (target.has_parent_path() ? target.parent_path() : fs::path(".")) /
+                              ("." + target.filename().string() + ".tmp" + std::to_string(getpid()));
+        std::error_code ec;
+        try {
+            kind->write(value, temp.string(), ext);
+        } catch (...) {
+            fs::remove(temp, ec);
+            throw;
+        }
+        fs::rename(temp, target, ec);
+        if (ec) {
+            fs::remove(temp, ec);
+            throw BadInput("cannot write " + path + ": " + ec.message());
+        }
+    }
+
     Input* imageInput;
     Input* fileInput;
     Input* depthInput;
