@@ -3,6 +3,7 @@
 // order they are called: m.Translate(a).Rotate(b) moves a point by a, then turns it.
 #pragma once
 #include <cmath>
+#include <utility>
 #include "framework/parameter.h"
 
 struct Vector2f {
@@ -116,6 +117,14 @@ struct Matrix4f {
     float m[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
 
     static Matrix4f Identity() { return {}; }
+    static Matrix4f Translation(float tx, float ty, float tz)
+    {
+        Matrix4f t;
+        t.m[0][3] = tx;
+        t.m[1][3] = ty;
+        t.m[2][3] = tz;
+        return t;
+    }
 
     // a * b: b applies first.
     static Matrix4f Product(const Matrix4f& a, const Matrix4f& b)
@@ -161,30 +170,42 @@ struct Matrix4f {
         r.m[b][b] = c;
         return Then(r);
     }
-    // The inverse of the affine part (the last row taken as 0, 0, 0, 1); a
-    // singular matrix gives the identity.
+    // The inverse, by elimination in double; a singular matrix gives the identity.
     Matrix4f Inverted() const
     {
-        const float (&a)[4][4] = m;
-        const float c00 = a[1][1] * a[2][2] - a[1][2] * a[2][1];
-        const float c01 = a[1][2] * a[2][0] - a[1][0] * a[2][2];
-        const float c02 = a[1][0] * a[2][1] - a[1][1] * a[2][0];
-        const float det = a[0][0] * c00 + a[0][1] * c01 + a[0][2] * c02;
-        if (det == 0.0f) return {};
-        const float k = 1.0f / det;
+        double a[4][8];
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 8; ++j) a[i][j] = j < 4 ? m[i][j] : (j - 4 == i ? 1.0 : 0.0);
+        for (int c = 0; c < 4; ++c) {
+            int pivot = c;
+            for (int r = c + 1; r < 4; ++r)
+                if (std::fabs(a[r][c]) > std::fabs(a[pivot][c])) pivot = r;
+            if (a[pivot][c] == 0.0) return {};
+            for (int j = 0; j < 8; ++j) std::swap(a[c][j], a[pivot][j]);
+            const double k = 1.0 / a[c][c];
+            for (int j = 0; j < 8; ++j) a[c][j] *= k;
+            for (int r = 0; r < 4; ++r)
+                if (r != c && a[r][c] != 0.0) {
+                    const double f = a[r][c];
+                    for (int j = 0; j < 8; ++j) a[r][j] -= f * a[c][j];
+                }
+        }
         Matrix4f r;
-        r.m[0][0] = c00 * k;
-        r.m[0][1] = (a[0][2] * a[2][1] - a[0][1] * a[2][2]) * k;
-        r.m[0][2] = (a[0][1] * a[1][2] - a[0][2] * a[1][1]) * k;
-        r.m[1][0] = c01 * k;
-        r.m[1][1] = (a[0][0] * a[2][2] - a[0][2] * a[2][0]) * k;
-        r.m[1][2] = (a[0][2] * a[1][0] - a[0][0] * a[1][2]) * k;
-        r.m[2][0] = c02 * k;
-        r.m[2][1] = (a[0][1] * a[2][0] - a[0][0] * a[2][1]) * k;
-        r.m[2][2] = (a[0][0] * a[1][1] - a[0][1] * a[1][0]) * k;
-        for (int i = 0; i < 3; ++i)
-            r.m[i][3] = -(r.m[i][0] * a[0][3] + r.m[i][1] * a[1][3] + r.m[i][2] * a[2][3]);
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 4; ++j) r.m[i][j] = static_cast<float>(a[i][j + 4]);
         return r;
+    }
+    bool IsIdentity() const
+    {
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 4; ++j)
+                if (m[i][j] != (i == j ? 1.0f : 0.0f)) return false;
+        return true;
+    }
+    // Maps a point of the plane z = 0, ignoring perspective.
+    Vector2f Apply(Vector2f p) const
+    {
+        return {m[0][0] * p.x + m[0][1] * p.y + m[0][3], m[1][0] * p.x + m[1][1] * p.y + m[1][3]};
     }
     Vector3f Apply(Vector3f p) const
     {
