@@ -3,6 +3,7 @@
 // order they are called: m.Translate(a).Rotate(b) moves a point by a, then turns it.
 #pragma once
 #include <cmath>
+#include <utility>
 #include "framework/parameter.h"
 
 struct Vector2f {
@@ -110,10 +111,20 @@ struct HalfPlaneMap {
     }
 };
 
-// Row-major 4 by 4, translation in the last column, applied to (x, y, z, 1).
-// Building steps apply in the order they are called, as with Matrix3f.
+// Row-major 4 by 4, its translation in the last column, applied to (x, y, z, 1).
+// As with Matrix3f, building steps apply in the order they are called.
 struct Matrix4f {
     float m[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
+
+    static Matrix4f Identity() { return {}; }
+    static Matrix4f Translation(float tx, float ty, float tz)
+    {
+        Matrix4f t;
+        t.m[0][3] = tx;
+        t.m[1][3] = ty;
+        t.m[2][3] = tz;
+        return t;
+    }
 
     // a * b: b applies first.
     static Matrix4f Product(const Matrix4f& a, const Matrix4f& b)
@@ -130,34 +141,71 @@ struct Matrix4f {
         *this = Product(step, *this);
         return *this;
     }
-    Matrix4f& Translate(float x, float y, float z)
+    Matrix4f& Translate(float tx, float ty, float tz)
     {
         Matrix4f t;
-        t.m[0][3] = x;
-        t.m[1][3] = y;
-        t.m[2][3] = z;
+        t.m[0][3] = tx;
+        t.m[1][3] = ty;
+        t.m[2][3] = tz;
         return Then(t);
     }
-    Matrix4f& Scale(float x, float y, float z)
+    Matrix4f& Scale(float sx, float sy, float sz)
     {
         Matrix4f s;
-        s.m[0][0] = x;
-        s.m[1][1] = y;
-        s.m[2][2] = z;
+        s.m[0][0] = sx;
+        s.m[1][1] = sy;
+        s.m[2][2] = sz;
         return Then(s);
     }
-    // A turn by a radians about axis 0 (x), 1 (y) or 2 (z), counter-clockwise
-    // as seen from the positive end of the axis.
-    Matrix4f& Rotate(int axis, float a)
+    // A turn about axis 0 (x), 1 (y) or 2 (z), counter-clockwise as seen from
+    // the positive end of the axis.
+    Matrix4f& Rotate(int axis, float angle)
     {
-        const int i = (axis + 1) % 3, j = (axis + 2) % 3;
         Matrix4f r;
-        const float c = std::cos(a), s = std::sin(a);
-        r.m[i][i] = c;
-        r.m[i][j] = -s;
-        r.m[j][i] = s;
-        r.m[j][j] = c;
+        const int a = (axis + 1) % 3, b = (axis + 2) % 3;
+        const float c = std::cos(angle), s = std::sin(angle);
+        r.m[a][a] = c;
+        r.m[a][b] = -s;
+        r.m[b][a] = s;
+        r.m[b][b] = c;
         return Then(r);
+    }
+    // The inverse, by elimination in double; a singular matrix gives the identity.
+    Matrix4f Inverted() const
+    {
+        double a[4][8];
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 8; ++j) a[i][j] = j < 4 ? m[i][j] : (j - 4 == i ? 1.0 : 0.0);
+        for (int c = 0; c < 4; ++c) {
+            int pivot = c;
+            for (int r = c + 1; r < 4; ++r)
+                if (std::fabs(a[r][c]) > std::fabs(a[pivot][c])) pivot = r;
+            if (a[pivot][c] == 0.0) return {};
+            for (int j = 0; j < 8; ++j) std::swap(a[c][j], a[pivot][j]);
+            const double k = 1.0 / a[c][c];
+            for (int j = 0; j < 8; ++j) a[c][j] *= k;
+            for (int r = 0; r < 4; ++r)
+                if (r != c && a[r][c] != 0.0) {
+                    const double f = a[r][c];
+                    for (int j = 0; j < 8; ++j) a[r][j] -= f * a[c][j];
+                }
+        }
+        Matrix4f r;
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 4; ++j) r.m[i][j] = static_cast<float>(a[i][j + 4]);
+        return r;
+    }
+    bool IsIdentity() const
+    {
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 4; ++j)
+                if (m[i][j] != (i == j ? 1.0f : 0.0f)) return false;
+        return true;
+    }
+    // Maps a point of the plane z = 0, ignoring perspective.
+    Vector2f Apply(Vector2f p) const
+    {
+        return {m[0][0] * p.x + m[0][1] * p.y + m[0][3], m[1][0] * p.x + m[1][1] * p.y + m[1][3]};
     }
     Vector3f Apply(Vector3f p) const
     {
