@@ -1,5 +1,6 @@
 #include "app/flowfile.h"
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <map>

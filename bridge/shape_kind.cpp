@@ -52,7 +52,7 @@ host::Value Write(const void* field)
     return std::make_shared<KShapeParameter>(v ? v->Clone() : std::make_unique<ShapeListVector>());
 }
 
-void WriteFile(const host::Parameter& value, const std::string& path, const std::string&)
+void WriteFile(const host::Parameter& value, const std::string& path, const std::string&, const host::WriteOptions&)
 {
     static const ShapeListVector none;
     const auto* shape = dynamic_cast<const KShapeParameter*>(&value);

@@ -139,7 +139,3 @@ class KEffect3D : public KEffect {
 public:
     int32_t GetFamily() override { return kFamily3D; }
 };
-class KEffectRegion3D : public KEffect {
-public:
-    int32_t GetFamily() override { return kFamilyRegion3D; }
-};

@@ -1,6 +1,6 @@
 // Saver: the host's own tool that writes its input to a file, the frame of a
 // sequence that matches the request time, at the input's depth or a chosen one.
-// A value of a kind's own (a shape) goes to a file that kind writes (.svg).
+// A plug-in's own value (a region, a table) is written by its class instead.
 #include <unistd.h>
 #include <algorithm>
 #include <cmath>
@@ -15,6 +15,38 @@ namespace host {
 namespace {
 
 namespace fs = std::filesystem;
+
+// The class of a plug-in's own value that writes files of this name's
+// extension (a region's slice to .png, a table to .csv), or null.
+const ParameterClass* WriterOf(const Value& value, const std::string& path)
+{
+    const ParameterClass* kind = value ? FindParameterClass(value->TypeId()) : nullptr;
+    if (!kind || !kind->write) return nullptr;
+    const std::string ext = FileExtension(path);
+    return std::find(kind->extensions.begin(), kind->extensions.end(), ext) != kind->extensions.end() ? kind
+                                                                                                       : nullptr;
+}
+
+// Through the class's writer to a temporary name, renamed when complete.
+void WriteValue(const Parameter& value, const ParameterClass& kind, const std::string& path)
+{
+    const fs::path target(path);
+    const std::string ext = FileExtension(path);
+    const fs::path temp = (target.has_parent_path() ? target.parent_path() : fs::path(".")) /
+                          ("." + target.stem().string() + ".tmp" + std::to_string(getpid()) + target.extension().string());
+    std::error_code ec;
+    try {
+        kind.write(value, temp.string(), ext, {});
+    } catch (...) {
+        fs::remove(temp, ec);
+        throw;
+    }
+    fs::rename(temp, target, ec);
+    if (ec) {
+        fs::remove(temp, ec);
+        throw BadInput("cannot write " + path + ": " + ec.message());
+    }
+}
 
 class Saver : public ThreadedOperator {
 public:
@@ -47,12 +79,15 @@ public:
         const int frame = static_cast<int>(std::lround(request.Time()));
         const std::string path = FramePath(text->value, frame);
         Value value = request.GetInputData(imageInput);
-        if (value && value->Type() == DataType::Custom) {
-            WriteValue(*value, path);
-            request.SetOutputData(output, value);
-            return;
-        }
         auto* image = dynamic_cast<const ImageValue*>(value.get());
+        if (!image) {
+            // A value of the plug-in's own that writes this kind of file.
+            if (const ParameterClass* kind = WriterOf(value, path)) {
+                WriteValue(*value, *kind, path);
+                request.SetOutputData(output, nullptr);
+                return;
+            }
+        }
         if (!image || !image->image) throw BadInput("Saver " + path + ": no image to save");
         auto* depth = dynamic_cast<const Number*>(request.GetInputData(depthInput).get());
         const int choice = depth ? static_cast<int>(std::lround(depth->value)) : 0;
@@ -61,32 +96,6 @@ public:
     }
 
 private:
-    // Through a temporary name in the same folder, renamed when complete.
-    static void WriteValue(const Parameter& value, const std::string& path)
-    {
-        const std::string ext = FileExtension(path);
-        const ParameterClass* kind = FindParameterClass(value.TypeId());
-        if (!kind || !kind->write ||
-            std::find(kind->extensions.begin(), kind->extensions.end(), ext) == kind->extensions.end())
-            throw BadInput("Saver " + path + ": a " + TypeName(value.Type(), value.TypeId()) +
-                           " value is not written to " + (ext.empty() ? "a file without extension" : ext) + " files");
-        const fs::path target(path);
-        const fs::path temp = (target.has_parent_path() ? target.parent_path() : fs::path(".")) /
-                              ("." + target.filename().string() + ".tmp" + std::to_string(getpid()));
-        std::error_code ec;
-        try {
-            kind->write(value, temp.string(), ext);
-        } catch (...) {
-            fs::remove(temp, ec);
-            throw;
-        }
-        fs::rename(temp, target, ec);
-        if (ec) {
-            fs::remove(temp, ec);
-            throw BadInput("cannot write " + path + ": " + ec.message());
-        }
-    }
-
     Input* imageInput;
     Input* fileInput;
     Input* depthInput;

@@ -106,6 +106,11 @@ TEST(BridgeValueKinds, AKindWithoutAnEntryIsRefusedByName)
 
 TEST(BridgeValueKinds, APluginKindPlugsInWithOneEntry)
 {
+    // The token stands in the regions' place for this test only.
+    struct Restore {
+        KValueKind saved = *KFindValueKind(kValueRegion3D);
+        ~Restore() { KAddValueKind(saved); }
+    } restore;
     KAddValueKind({.valueKind = kValueRegion3D, .dataType = host::DataType::Custom, .typeId = "Test.Token",
                    .outputId = "Output",
                    .read = [](const host::Parameter* v, void* field) {
@@ -116,7 +121,7 @@ TEST(BridgeValueKinds, APluginKindPlugsInWithOneEntry)
                        const auto* region = *static_cast<KRegion3D* const*>(field);
                        return std::make_shared<TokenValue>(reinterpret_cast<uintptr_t>(region));
                    },
-                   .name = "Token", .extensions = {".tok"}});
+                   .name = "Token", .extensions = {".tok"}, .options = {}});
     // The host knows it by name, for info and for the files it writes.
     EXPECT_EQ(host::TypeName(host::DataType::Custom, "Test.Token"), "Token");
     EXPECT_EQ(host::FindParameterClass("Test.Token")->extensions, std::vector<std::string>{".tok"});
