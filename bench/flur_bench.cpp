@@ -101,4 +101,4 @@ BENCHMARK_CAPTURE(BM_Ring, Flur, "ZV_Flur")->ArgName("length10")->Arg(1)->Arg(10
     ->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(1.0);
 BENCHMARK_CAPTURE(BM_Ring, Microwaves, "ZV_Microwaves")->ArgName("length10")->Arg(5)
     ->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(1.0);
-//BENCHMARK(BM_GrowColor)->ArgName("threads")->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(1.0);
+BENCHMARK(BM_GrowColor)->ArgName("threads")->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(1.0);
