@@ -16,6 +16,7 @@ struct RunOptions {
     double time = 0.0;
     std::string size;   // WxH
     std::string depth;  // int16 or float
+    std::string slice;  // x=, y= or z= and a number: the plane a region is written through
 };
 int RunCommand(const RunOptions& options);
 

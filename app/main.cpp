@@ -34,6 +34,9 @@ int main(int argc, char** argv)
     runCmd->add_option("--time", run.time, "The time to render at (default 0).");
     runCmd->add_option("--size", run.size, "WIDTHxHEIGHT for tools that make an image from nothing.");
     runCmd->add_option("--depth", run.depth, "int16 or float: the depth to work at.");
+    runCmd->add_option("--slice", run.slice,
+                       "x=, y= or z= and a number: the plane through a region that an image, .csv or .json "
+                       "output shows (default z=0).");
 
     app::RenderOptions render;
     auto* renderCmd = cli.add_subcommand("render", "Render every Saver of a flow file for each frame.");

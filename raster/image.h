@@ -25,6 +25,8 @@ public:
     KImage& operator=(const KImage&) = delete;
 
     KImage* Clone() const;
+    // A wrapper of the same picture that holds a use of it of its own.
+    KImage* Share() const;
     KImage* CreateLike(int32_t w = 0, int32_t h = 0, float xAspect = 0.0f,
                        float yAspect = 0.0f) const;
     KImage* CreateVectorLike() const;
