@@ -248,7 +248,9 @@ void CheckOutput(const std::string& output, const std::vector<std::string>& inpu
 void WriteWhole(const std::string& path, const std::function<void(const std::string&)>& write)
 {
     const fs::path target(path);
-    const fs::path temp = target.parent_path() / ("." + target.filename().string() + ".tmp" + std::to_string(getpid()));
+    // The temporary keeps the extension, by which writers pick the format.
+    const fs::path temp = target.parent_path() / ("." + target.stem().string() + ".tmp" + std::to_string(getpid()) +
+                                                  target.extension().string());
     std::error_code ec;
     try {
         write(temp.string());
@@ -282,6 +284,13 @@ bool WritesTo(const host::Output* out, const std::string& ext)
     return std::find(kind->extensions.begin(), kind->extensions.end(), ext) != kind->extensions.end();
 }
 
+// Whether the output's own kind reads this option when it writes a file.
+bool Takes(const host::Output* out, const std::string& option)
+{
+    const host::ParameterClass* kind = out ? host::FindParameterClass(out->typeId) : nullptr;
+    return kind && std::find(kind->options.begin(), kind->options.end(), option) != kind->options.end();
+}
+
 std::string Kind(const host::Output& out)
 {
     if (out.dataType == DataType::Number) return "a number";
@@ -305,12 +314,15 @@ int RunCommand(const RunOptions& o)
         int64_t w = 0, h = 0;
         if (x == std::string::npos || !ParseWhole(o.size.substr(0, x), w) || !ParseWhole(o.size.substr(x + 1), h))
             throw BadInput("--size takes WIDTHxHEIGHT, got '" + o.size + "'");
-        if (!source) throw BadInput(reg.name + " takes its size from its image: --size is for tools that make images");
-        const std::string what = "--size " + o.size + ": ";
-        flow.SetValue(node, source->widthInput,
-                      host::Conform(*source->widthInput, host::MakeNumber(double(w)), what + "Width"));
-        flow.SetValue(node, source->heightInput,
-                      host::Conform(*source->heightInput, host::MakeNumber(double(h)), what + "Height"));
+        if (source) {
+            const std::string what = "--size " + o.size + ": ";
+            flow.SetValue(node, source->widthInput,
+                          host::Conform(*source->widthInput, host::MakeNumber(double(w)), what + "Width"));
+            flow.SetValue(node, source->heightInput,
+                          host::Conform(*source->heightInput, host::MakeNumber(double(h)), what + "Height"));
+        } else if (!Takes(node.op->MainOutput(), "size")) {
+            throw BadInput(reg.name + " takes its size from its image: --size is for tools that make images");
+        }
         host::CheckImageSize(w, h, "--size " + o.size);
     }
     if (source) source->floatDepth = depth == 2;
@@ -333,7 +345,8 @@ int RunCommand(const RunOptions& o)
             flow.Connect(node, in, loader, loader.op->MainOutput());
             continue;
         }
-        if (image || in->attrs.control == host::Control::File) files.push_back(text);
+        if (image || in->attrs.dataType == DataType::Custom || in->attrs.control == host::Control::File)
+            files.push_back(text);
         flow.SetValue(node, in, ParseValue(*in, "input " + id + " of " + reg.name, text, depth), o.time);
     }
     SetCacheBudget(flow, o.cacheMb);
@@ -343,6 +356,14 @@ int RunCommand(const RunOptions& o)
     const host::Output* main = node.op->MainOutput();
     const bool makesImage = main && main->dataType == DataType::Image;
     const std::string ext = Lower(fs::path(o.output).extension().string());
+    // Choices for the writer of the output's kind, passed on as given.
+    host::WriteOptions options;
+    if (!o.size.empty() && !source) options["size"] = o.size;
+    if (!o.slice.empty()) {
+        if (!Takes(main, "slice"))
+            throw BadInput("--slice is for tools that make a region, and " + reg.name + " makes none");
+        options["slice"] = o.slice;
+    }
     if (makesImage) {
         if (o.output.empty()) throw BadInput(reg.name + " makes an image: give -o FILE");
         if (!host::IsImageFileName(o.output))
@@ -362,6 +383,8 @@ int RunCommand(const RunOptions& o)
         if (ext != ".txt" && ext != ".json")
             throw BadInput("-o " + o.output + ": " + reg.name + " makes " + (main ? Kind(*main) : "no value") +
                            ", printed on standard output or written to a .txt or .json file");
+        CheckOutput(o.output, files);
+    } else if (!o.output.empty()) {
         CheckOutput(o.output, files);
     }
     flow.StartRender();
@@ -393,7 +416,7 @@ int RunCommand(const RunOptions& o)
         host::Value v = flow.Evaluate(node, main, o.time);
         if (!v) throw BadInput(reg.name + " made no value to write to " + o.output);
         const host::ParameterClass& kind = *host::FindParameterClass(main->typeId);
-        WriteWhole(o.output, [&](const std::string& temp) { kind.write(*v, temp, ext); });
+        WriteWhole(o.output, [&](const std::string& temp) { kind.write(*v, temp, ext, options); });
         return 0;
     }
     const auto& outs = node.op->Outputs();

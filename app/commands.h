@@ -18,6 +18,7 @@ struct RunOptions {
     std::string depth;  // int16 or float
     std::string frames;   // A or A-B: a sequence of outputs in place of --time
     std::string cacheMb;  // the frame cache's budget; empty: the flow's default
+    std::string slice;  // x=, y= or z= and a number: the plane a region is written through
 };
 int RunCommand(const RunOptions& options);
 

@@ -37,6 +37,9 @@ int main(int argc, char** argv)
     runCmd->add_option("--frames", run.frames,
                        "A or A-B: render these frames in place of --time; -o then names a sequence (out.####.exr).");
     runCmd->add_option("--cache-mb", run.cacheMb, "Memory for frames kept between frames, in MB (default 2048).");
+    runCmd->add_option("--slice", run.slice,
+                       "x=, y= or z= and a number: the plane through a region that an image, .csv or .json "
+                       "output shows (default z=0).");
 
     app::RenderOptions render;
     auto* renderCmd = cli.add_subcommand("render", "Render every Saver of a flow file for each frame.");

@@ -315,9 +315,10 @@ void KTool::BuildTransform(KParameter* p)
 {
     const int32_t mode = p->transformMode;
     const KTransformValue& d = p->defaultTransform;
-    const bool position = mode == 0 || mode == 1 || mode == 2;
-    const bool rotation = mode == 0 || mode == 1 || mode == 2 || mode == 4;
-    const bool scale = mode == 0 || mode == 1 || mode == 3;
+    // Mode 5, the placement in space of the 3D tools, is 0 without the picture's position and aspect.
+    const bool position = mode == 0 || mode == 1 || mode == 2 || mode == 5;
+    const bool rotation = mode == 0 || mode == 1 || mode == 2 || mode == 4 || mode == 5;
+    const bool scale = mode == 0 || mode == 1 || mode == 3 || mode == 5;
     const bool preview = p->flags & kFlagPreview;
     InputAttrs base;
     Common(base, p->flags);

@@ -1,6 +1,10 @@
 // Saver: the host's own tool that writes its input to a file, the frame of a
 // sequence that matches the request time, at the input's depth or a chosen one.
+// A plug-in's own value (a region, a table) is written by its class instead.
+#include <unistd.h>
+#include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include "host/errors.h"
 #include "host/imageio.h"
 #include "host/operator.h"
@@ -10,6 +14,40 @@ namespace host {
 
 namespace {
 
+namespace fs = std::filesystem;
+
+// The class of a plug-in's own value that writes files of this name's
+// extension (a region's slice to .png, a table to .csv), or null.
+const ParameterClass* WriterOf(const Value& value, const std::string& path)
+{
+    const ParameterClass* kind = value ? FindParameterClass(value->TypeId()) : nullptr;
+    if (!kind || !kind->write) return nullptr;
+    const std::string ext = FileExtension(path);
+    return std::find(kind->extensions.begin(), kind->extensions.end(), ext) != kind->extensions.end() ? kind
+                                                                                                       : nullptr;
+}
+
+// Through the class's writer to a temporary name, renamed when complete.
+void WriteValue(const Parameter& value, const ParameterClass& kind, const std::string& path)
+{
+    const fs::path target(path);
+    const std::string ext = FileExtension(path);
+    const fs::path temp = (target.has_parent_path() ? target.parent_path() : fs::path(".")) /
+                          ("." + target.stem().string() + ".tmp" + std::to_string(getpid()) + target.extension().string());
+    std::error_code ec;
+    try {
+        kind.write(value, temp.string(), ext, {});
+    } catch (...) {
+        fs::remove(temp, ec);
+        throw;
+    }
+    fs::rename(temp, target, ec);
+    if (ec) {
+        fs::remove(temp, ec);
+        throw BadInput("cannot write " + path + ": " + ec.message());
+    }
+}
+
 class Saver : public ThreadedOperator {
 public:
     Saver()
@@ -17,6 +55,7 @@ public:
         InputAttrs image;
         image.dataType = DataType::Image;
         image.linkNumber = 1;
+        image.anyValue = true;
         imageInput = AddInput("Image", "Image", image);
         InputAttrs file;
         file.dataType = DataType::Text;
@@ -41,6 +80,14 @@ public:
         const std::string path = FramePath(text->value, frame);
         Value value = request.GetInputData(imageInput);
         auto* image = dynamic_cast<const ImageValue*>(value.get());
+        if (!image) {
+            // A value of the plug-in's own that writes this kind of file.
+            if (const ParameterClass* kind = WriterOf(value, path)) {
+                WriteValue(*value, *kind, path);
+                request.SetOutputData(output, nullptr);
+                return;
+            }
+        }
         if (!image || !image->image) throw BadInput("Saver " + path + ": no image to save");
         auto* depth = dynamic_cast<const Number*>(request.GetInputData(depthInput).get());
         const int choice = depth ? static_cast<int>(std::lround(depth->value)) : 0;

@@ -81,6 +81,9 @@ Value MakePoint(double x, double y);
 Value MakeText(std::string v);
 Value MakeImage(Image* image);  // takes a new use of the image
 
+// Choices a writer may be given beside the file, by name: "slice" -> "z=0.3".
+using WriteOptions = std::map<std::string, std::string>;
+
 // What the host knows of a plug-in's own parameter class: the name `info`
 // shows for it, and the files a value of it can be written to.
 struct ParameterClass {
@@ -88,11 +91,24 @@ struct ParameterClass {
     std::string name;
     std::vector<std::string> extensions;  // lower case, with the dot: ".svg"
     // Writes the value to `path` in the format of `extension` (one of the
-    // above; the path itself may be a temporary name), or throws naming what went wrong.
-    std::function<void(const Parameter& value, const std::string& path, const std::string& extension)> write;
+    // above; the path itself may be a temporary name, with the extension kept),
+    // or throws naming what went wrong.
+    std::function<void(const Parameter& value, const std::string& path, const std::string& extension,
+                       const WriteOptions& options)> write;
+    // The names of the options `write` reads; others are no choice of this class.
+    std::vector<std::string> options;
+    // Reads a file of one of the extensions into a value, or throws BadInput
+    // naming the file and what is wrong; empty for a class that reads no files.
+    std::function<Value(const std::string& path)> read;
 };
 void RegisterParameterClass(const ParameterClass& info);
 const ParameterClass* FindParameterClass(const std::string& typeId);
+// The class that reads or writes files with this extension (lower case, with
+// the dot), or null.
+const ParameterClass* FindParameterClassReading(const std::string& extension);
+const ParameterClass* FindParameterClassWriting(const std::string& extension);
+// The extension of a path, lower case with the dot.
+std::string FileExtension(const std::string& path);
 // A value type as users read it: a custom class by its registered name.
 std::string TypeName(DataType type, const std::string& typeId);
 

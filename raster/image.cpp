@@ -74,6 +74,12 @@ KImage::~KImage()
 
 KImage* KImage::Clone() const { return Wrap(image->CopyOfImage(), true); }
 
+KImage* KImage::Share() const
+{
+    image->Use();
+    return Wrap(image, true);
+}
+
 KImage* KImage::CreateLike(int32_t w, int32_t h, float xa, float ya) const
 {
     host::Image* img = host::Image::NewLike(*image, w < 1 ? width : w, h < 1 ? height : h);

@@ -25,6 +25,8 @@ public:
     KImage& operator=(const KImage&) = delete;
 
     KImage* Clone() const;
+    // A wrapper of the same picture that holds a use of it of its own.
+    KImage* Share() const;
     KImage* CreateLike(int32_t w = 0, int32_t h = 0, float xAspect = 0.0f,
                        float yAspect = 0.0f) const;
     KImage* CreateVectorLike() const;
@@ -102,6 +104,9 @@ public:
     void MaskByAlpha(const KImage& mask);
     // Every channel multiplied by one minus the alpha of `mask`.
     void MaskByInverseAlpha(const KImage& mask);
+    // A new image of the Sobel gradient's length in every channel, a quarter
+    // of it so that a step from 0 to 1 gives 1; border pixels repeat outward.
+    KImage* SobelEdges() const;
 
     bool owned = false;
     host::Image* image = nullptr;

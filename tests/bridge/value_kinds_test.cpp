@@ -37,10 +37,11 @@ struct KEffectRelay : KEffectColor {
     std::string seen;
 };
 
-struct KEffectShapeTaker : KEffectColor {
-    KEffectShapeTaker() { inputList.AddShapeInput(&shapes, "Outline", "Outl"_id, 0); }
+// An input of a kind no entry carries (14 is no ValueKind).
+struct KEffectStrangeTaker : KEffectColor {
+    KEffectStrangeTaker() { inputList.AddShapeInput(&shapes, "Outline", "Outl"_id, 0)->valueKind = 14; }
     void ProcessColor(KPixelF& out, const KPixelF& in) override { out = in; }
-    KShapeList* shapes = nullptr;
+    ShapeListVector* shapes = nullptr;
 };
 
 // A plug-in kind as a later value type adds it: its own host class, carrying
@@ -96,15 +97,20 @@ TEST(BridgeValueKinds, EveryCarriedKindCrossesAFlowUnchanged)
 
 TEST(BridgeValueKinds, AKindWithoutAnEntryIsRefusedByName)
 {
-    KEffectShapeTaker shapes;
-    EXPECT_EQ(KValueKindProblem(shapes),
-              "input \"Outline\" takes a shape, which no value kind carries into a tool yet");
+    KEffectStrangeTaker strange;
+    EXPECT_EQ(KValueKindProblem(strange),
+              "input \"Outline\" takes a value, which no value kind carries into a tool yet");
     KEffectRelay relay;
     EXPECT_EQ(KValueKindProblem(relay), "");
 }
 
 TEST(BridgeValueKinds, APluginKindPlugsInWithOneEntry)
 {
+    // The token stands in the regions' place for this test only.
+    struct Restore {
+        KValueKind saved = *KFindValueKind(kValueRegion3D);
+        ~Restore() { KAddValueKind(saved); }
+    } restore;
     KAddValueKind({.valueKind = kValueRegion3D, .dataType = host::DataType::Custom, .typeId = "Test.Token",
                    .outputId = "Output",
                    .read = [](const host::Parameter* v, void* field) {
@@ -115,7 +121,7 @@ TEST(BridgeValueKinds, APluginKindPlugsInWithOneEntry)
                        const auto* region = *static_cast<KRegion3D* const*>(field);
                        return std::make_shared<TokenValue>(reinterpret_cast<uintptr_t>(region));
                    },
-                   .name = "Token", .extensions = {".tok"}});
+                   .name = "Token", .extensions = {".tok"}, .options = {}});
     // The host knows it by name, for info and for the files it writes.
     EXPECT_EQ(host::TypeName(host::DataType::Custom, "Test.Token"), "Token");
     EXPECT_EQ(host::FindParameterClass("Test.Token")->extensions, std::vector<std::string>{".tok"});
