@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <memory>
 #include "raster/image.h"
 
 namespace {
@@ -10,7 +11,7 @@ constexpr int32_t kFullRGB = 196605;  // three channels of 65535
 
 KMotionTracker::KMotionTracker(const KImage& image)
     : width(image.width), height(image.height), pictureAspect(image.PictureAspect()),
-      pixelAspect(image.PixelAspect()), codes(Codes(image))
+      pixelAspect(image.PixelAspect()), image(&image), codes(Codes(image))
 {
 }
 
@@ -36,25 +37,15 @@ void KMotionTracker::FindCandidates()
     candidates.clear();
     const int32_t W = width, H = height;
     if (W < kBlock || H < kBlock) return;
-    // The Sobel edge strength of each pixel, summed over red, green and blue:
-    // the gradient's length over 4, so that a full step from black to white is 65535.
+    // The Sobel edge strength of each pixel, in codes, summed over red, green and blue.
     std::vector<int32_t> edge(size_t(W) * H, 0);
-    auto at = [&](int32_t x, int32_t y, int c) {
-        x = std::clamp(x, 0, W - 1);
-        y = std::clamp(y, 0, H - 1);
-        return static_cast<int32_t>(codes[(size_t(y) * W + x) * 3 + c]);
-    };
+    const std::unique_ptr<KImage> sobel(image->SobelEdges());
     KImage::RunJobs(H, [&](int32_t y) {
         for (int32_t x = 0; x < W; ++x) {
             int32_t sum = 0;
-            for (int c = 0; c < 3; ++c) {
-                const int32_t gx = at(x + 1, y - 1, c) + 2 * at(x + 1, y, c) + at(x + 1, y + 1, c) -
-                                   at(x - 1, y - 1, c) - 2 * at(x - 1, y, c) - at(x - 1, y + 1, c);
-                const int32_t gy = at(x - 1, y + 1, c) + 2 * at(x, y + 1, c) + at(x + 1, y + 1, c) -
-                                   at(x - 1, y - 1, c) - 2 * at(x, y - 1, c) - at(x + 1, y - 1, c);
-                const double g = std::sqrt(double(gx) * gx + double(gy) * gy) * 0.25;
-                sum += static_cast<int32_t>(std::min(g, 65535.0));
-            }
+            for (int c = 0; c < 3; ++c)
+                sum += static_cast<int32_t>(sobel->IsFloat() ? KFloatToInt(sobel->RowF(y)[4 * x + c])
+                                                             : sobel->RowW(y)[4 * x + c]);
             edge[size_t(y) * W + x] = sum;
         }
     });
@@ -165,12 +156,12 @@ void KMotionTracker::Track(const KImage* previous, const KImage* next)
         }
         points.push_back(p);
     }
+    PrepareWeights();
 }
 
 void KMotionTracker::MotionAt(int32_t x, int32_t y, float& mx, float& my) const
 {
     float sumX = 0.0f, sumY = 0.0f, total = 0.0f;
-    const float W = static_cast<float>(width);
     for (const KTrackedPoint& p : points) {
         // Distances from the block's centre.
         const int32_t ddx = p.x + kBlock / 2 - x, ddy = p.y + kBlock / 2 - y;
@@ -180,7 +171,7 @@ void KMotionTracker::MotionAt(int32_t x, int32_t y, float& mx, float& my) const
             my = static_cast<float>(p.motionY);
             return;
         }
-        const float w = std::pow(1.0f / (std::sqrt(static_cast<float>(d2)) / W), radiusPower);
+        const float w = d2 < static_cast<int32_t>(weights.size()) ? weights[d2] : Weight(d2);
         total += w;
         sumX += w * static_cast<float>(p.motionX);
         sumY += w * static_cast<float>(p.motionY);
@@ -191,4 +182,25 @@ void KMotionTracker::MotionAt(int32_t x, int32_t y, float& mx, float& my) const
     }
     mx = sumX;
     my = sumY;
+}
+
+float KMotionTracker::Weight(int32_t d2) const
+{
+    return std::pow(1.0f / (std::sqrt(static_cast<float>(d2)) / static_cast<float>(width)), radiusPower);
+}
+
+void KMotionTracker::PrepareWeights()
+{
+    // Every squared distance within the picture, worked out once: a render
+    // asks for as many as pixels times points.
+    weights.clear();
+    if (points.empty()) return;
+    const int64_t w = width + kBlock, h = height + kBlock;
+    weights.resize(static_cast<size_t>(w * w + h * h + 1));
+    const int32_t chunks = 64;
+    const size_t per = (weights.size() + chunks - 1) / chunks;
+    KImage::RunJobs(chunks, [&](int32_t job) {
+        for (size_t d2 = job * per; d2 < std::min(weights.size(), (job + 1) * per); ++d2)
+            weights[d2] = Weight(static_cast<int32_t>(d2));
+    });
 }

@@ -23,6 +23,7 @@ class KMotionTracker {
 public:
     static constexpr int32_t kBlock = 5;
 
+    // The image must outlive the tracker.
     explicit KMotionTracker(const KImage& image);
 
     void FindCandidates();
@@ -50,6 +51,10 @@ private:
     // The best place of the block at (x, y) in `frame`, and its score.
     void Search(const std::vector<uint16_t>& frame, int32_t x, int32_t y, int32_t& dx, int32_t& dy,
                 int32_t& score) const;
+    float Weight(int32_t d2) const;
+    void PrepareWeights();
+    std::vector<float> weights;  // by squared distance
+    const KImage* image;  // outlives the tracker
     std::vector<uint16_t> codes;
     int32_t searchRadiusX = 0, searchRadiusY = 0;
 };
