@@ -43,6 +43,16 @@ TEST(Deflicker, TheCurrentFrameTakesTheReferencesMean)
     got = run();
     ExpectNear(got[0], {0.3f, 0.5f, 0.25f, 1.0f}, 1e-6f);
     ExpectNear(got[1], {0.7f, 0.5f, 0.75f, 1.0f}, 1e-6f);
+    // Without its reference frame the current one passes, zoned or not.
+    for (int type : {0, 1}) {
+        t.Set("Type", type);
+        LendFrames(t.Image(), {now.get(), nullptr});
+        EXPECT_EQ(Differ(*t.Run(now.get()), *now), "") << type;
+    }
+    // Zoned, a reference of one colour everywhere moves every pixel by the same.
+    const Img same = Solid(2, 1, KPixelF{0.2f, 0.2f, 0.2f, 1.0f});
+    LendFrames(t.Image(), {same.get(), ref.get()});
+    ExpectNear(At<KPixelF>(*t.Run(same.get()), 1, 0), {0.5f, 0.5f, 0.5f, 1.0f}, 1e-5f);
 }
 
 }  // namespace

@@ -74,7 +74,6 @@ public:
         blurred.reset();
         usedFrames.clear();
         if (!input || !frames[0]) return false;
-        current = input;
         auto usable = [&](const KImage* f) {
             return f && f->width == input->width && f->height == input->height && f->IsFloat() == input->IsFloat();
         };
@@ -113,6 +112,7 @@ public:
         }
         blurSize = 100.0f / std::max(detail, 0.0001f);
         if (type == kZoned) blurred.reset(input->Blur(blurSize, blurSize, 4, 15, 1.0f, 1.0f));
+        current = input;  // only now has Stop a correction to make
         return true;
     }
 
