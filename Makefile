@@ -27,6 +27,7 @@ demo: build
 	@mkdir -p out
 	$(BUILD)/app/zelvarine render examples/demo.json
 	$(BUILD)/app/zelvarine render examples/region.json
+	$(BUILD)/app/zelvarine render examples/data.json
 	@echo "demo: results are in $(CURDIR)/out"
 
 catalogue: build

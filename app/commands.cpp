@@ -285,7 +285,7 @@ int RunCommand(const RunOptions& o)
         const std::string id = a.substr(0, eq), text = a.substr(eq + 1);
         host::Input* in = ResolveInput(*node.op, reg.name, id);
         if (in->attrs.dataType == DataType::Image || in->attrs.dataType == DataType::Mask ||
-            in->attrs.control == host::Control::File)
+            in->attrs.dataType == DataType::Custom || in->attrs.control == host::Control::File)
             files.push_back(text);
         flow.SetValue(node, in, ParseValue(*in, "input " + id + " of " + reg.name, text, depth), o.time);
     }

@@ -75,10 +75,8 @@ void SetInput(FlowFile& ff, host::Flow::Node& node, const std::string& id, const
         const host::Output* out = outId.empty() ? src->op->MainOutput() : src->op->FindOutput(outId);
         if (!out) throw BadInput(where + ": tool " + from + " has no output " + (outId.empty() ? "" : outId));
         const bool image = type == DataType::Image || type == DataType::Mask;
-        // A Saver writes too the plug-in's own values that write files.
-        const host::ParameterClass* kind = host::FindParameterClass(out->typeId);
-        const bool saved = node.registration->className == "Saver" && kind && kind->write;
-        const bool fits = image ? out->dataType == DataType::Image || saved
+        const bool fits = in->attrs.anyValue ? true
+                        : image ? out->dataType == DataType::Image
                         : type == DataType::Custom ? out->typeId == in->attrs.typeId
                                                    : out->dataType == type;
         if (!fits)
@@ -183,16 +181,18 @@ std::unique_ptr<FlowFile> LoadFlowFile(const std::string& path)
         host::Flow::Node& node = ff->flow.Add(name, reg);
         if (reg.className == "Saver") ff->savers.push_back(&node);
         if (reg.className == "Loader") ff->loaders.push_back(&node);
+        // Files first: a Loader's file decides the type of value it gives.
+        if (spec.contains("file")) {
+            if (!node.op->FindInput("File") || !spec["file"].is_string())
+                throw BadInput("tool " + name + ": \"file\" is a file name, for a Loader or Saver");
+            SetInput(*ff, node, "File", spec["file"]);
+        }
     }
     for (auto& [name, spec] : tools.items()) {
         host::Flow::Node& node = *ff->flow.Find(name);
         for (auto& [key, value] : spec.items()) {
-            if (key == "tool") continue;
-            if (key == "file") {
-                if (!node.op->FindInput("File") || !value.is_string())
-                    throw BadInput("tool " + name + ": \"file\" is a file name, for a Loader or Saver");
-                SetInput(*ff, node, "File", value);
-            } else if (key == "inputs") {
+            if (key == "tool" || key == "file") continue;
+            if (key == "inputs") {
                 if (!value.is_object()) throw BadInput("tool " + name + ": \"inputs\" is an object");
                 for (auto& [id, v] : value.items()) SetInput(*ff, node, id, v);
             } else {
@@ -248,20 +248,31 @@ void CheckFrames(const FlowFile& ff, int first, int last)
             std::error_code ec;
             if (sequence && !fs::exists(file, ec))
                 throw BadInput("missing frame " + std::to_string(frame) + " of " + pattern + ": " + file);
-            host::CheckImageFile(file);
+            if (host::FindParameterClassReading(host::FileExtension(file)))
+                host::CheckReadableFile(file, host::kMaxFlowFileBytes, "file", "Loader " + n->name);
+            else
+                host::CheckImageFile(file);
             inputs.insert(fs::weakly_canonical(file).string());
         }
     }
     std::map<std::string, const host::Flow::Node*> written;
     for (host::Flow::Node* n : ff.savers) {
         const std::string pattern = FileOf(*n);
+        // An image goes to an image file; a value of a kind's own to that kind's files.
         const host::Flow::Connection* from = ff.flow.ConnectionOf(n->op->FindInput("Image"));
-        const host::ParameterClass* kind = host::FindParameterClass(from->output->typeId);
-        if (kind && kind->write) {
-            std::string ext = fs::path(pattern).extension().string();
-            for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-            if (std::find(kind->extensions.begin(), kind->extensions.end(), ext) == kind->extensions.end())
-                throw BadInput("Saver " + n->name + ": a " + kind->name + " value is not written to " + pattern);
+        const host::ParameterClass* kind =
+            from && from->output->dataType == DataType::Custom ? host::FindParameterClass(from->output->typeId) : nullptr;
+        if (kind) {
+            const std::string ext = host::FileExtension(pattern);
+            if (!kind->write || std::find(kind->extensions.begin(), kind->extensions.end(), ext) == kind->extensions.end()) {
+                std::string list;
+                for (const std::string& e : kind->extensions) list += (list.empty() ? "" : ", ") + e;
+                throw BadInput("Saver " + n->name + ": a " + kind->name + " value is written to " +
+                               (list.empty() ? "no file" : list) + ", not " + pattern);
+            }
+        } else if (from && from->output->dataType != DataType::Image) {
+            throw BadInput("Saver " + n->name + ": " + from->from->name + " gives " +
+                           host::TypeName(from->output->dataType, from->output->typeId) + ", which is not saved to a file");
         } else if (!host::IsImageFileName(pattern)) {
             throw BadInput("Saver " + n->name + ": not an image file name: " + pattern);
         }

@@ -43,7 +43,7 @@ std::string DescribeType(const host::Input& input)
     case DataType::Image: return "an image";
     case DataType::Mask: return "a mask image";
     case DataType::LookUpTable: return "a curve";
-    case DataType::Custom: return "a " + input.attrs.typeId + " value";
+    case DataType::Custom: return "a " + host::TypeName(DataType::Custom, input.attrs.typeId) + " value";
     }
     return "a value";
 }
@@ -113,6 +113,17 @@ host::Value ParseValue(const host::Input& input, const std::string& where, const
     case DataType::Image:
     case DataType::Mask:
         return std::make_shared<host::ImageValue>(ConvertDepth(host::ReadImage(text), depth), false);
+    case DataType::Custom: {
+        // A value of a kind's own comes from a file that kind reads (a shape from .svg).
+        const host::ParameterClass* kind = host::FindParameterClassReading(host::FileExtension(text));
+        if (kind && kind->typeId == input.attrs.typeId) return kind->read(text);
+        const host::ParameterClass* wanted = host::FindParameterClass(input.attrs.typeId);
+        std::string list;
+        for (const std::string& e : wanted ? wanted->extensions : std::vector<std::string>{}) list += (list.empty() ? "" : ", ") + e;
+        if (!wanted || !wanted->read || list.empty())
+            throw BadInput(where + " takes " + DescribeType(input) + ", which cannot be given on the command line");
+        throw BadInput(where + " takes " + DescribeType(input) + " from a " + list + " file, got '" + text + "'");
+    }
     default:
         throw BadInput(where + " takes " + DescribeType(input) + ", which cannot be given on the command line");
     }

@@ -121,8 +121,9 @@ const KValueKind* KFindValueKind(int32_t valueKind)
 bool KAddValueKind(KValueKind kind)
 {
     if (!kind.typeId.empty()) {
-        host::ParameterClass c{kind.typeId, kind.name, kind.extensions, nullptr, kind.options};
+        host::ParameterClass c{kind.typeId, kind.name, kind.extensions, nullptr, kind.options, nullptr};
         if (kind.writeFile) c.write = kind.writeFile;
+        if (kind.readFile) c.read = kind.readFile;
         host::RegisterParameterClass(c);
     }
     for (KValueKind& k : Kinds())

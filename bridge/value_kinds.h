@@ -33,6 +33,9 @@ struct KValueKind {
     void (*writeFile)(const host::Parameter& value, const std::string& path, const std::string& extension,
                       const host::WriteOptions& options) = nullptr;
     std::vector<std::string> options;  // the options writeFile reads
+    // Reads a file of one of the extensions into a value (a shape from .svg),
+    // for a Loader or a command line; throws host::BadInput. Null: no files read.
+    host::Value (*readFile)(const std::string& path) = nullptr;
 };
 
 // A wrapper, not owning, of the image a value carries; null for no image.

@@ -15,6 +15,22 @@ using KChannelRule = std::function<std::unique_ptr<KDataChannel>(std::unique_ptr
 std::unique_ptr<KDataTable> KEachChannel(const KDataTable* input, const std::string& pattern,
                                          const KChannelRule& rule);
 
+// The apply mode of the tools that set values, list "Type": 0 "Replace" writes
+// v, 1 "Add" adds it, any other "Multiply" multiplies by it; integers stay
+// in integer arithmetic.
+template <class T> T KApplyMode(int32_t mode, T x, T v) { return mode == 0 ? v : mode == 1 ? x + v : x * v; }
+
+// The minimum and maximum of each type that the ramp and random tools span,
+// declared in the groups "Integer", "Float", "Vector 2", "Vector 3", "Color".
+struct KDataBounds {
+    void Declare(KParameterList& list, uint32_t vector3MinId, uint32_t vector3MaxId);
+    int32_t intMin = 0, intMax = 10;
+    float floatMin = 0.0f, floatMax = 1.0f;
+    KPoint2 vector2Min{0.0f, 0.0f}, vector2Max{1.0f, 1.0f};
+    KXYZ vector3Min{0.0f, 0.0f, 0.0f}, vector3Max{1.0f, 1.0f, 1.0f};
+    KColor colorMin{0.0f, 0.0f, 0.0f, 0.0f}, colorMax{1.0f, 1.0f, 1.0f, 1.0f};
+};
+
 class KEffectData : public KEffect {
 public:
     KEffectData();

@@ -133,12 +133,3 @@ void KEffectPosition::ProcessPositionInt(KPositionPixelInt& out, const KPosition
     for (int c = 0; c < 4; ++c) out[c] = KFloatToInt(fout[c]);
     std::memcpy(out.extra, in.extra, sizeof out.extra);
 }
-
-void KEffectImageShape::ProcessJob(int32_t, int32_t, KImage*, KImage*) { KShapeDrawingMissing(); }
-
-void KShapeDrawingMissing()
-{
-    // A tool built on this family would otherwise hand back its input and
-    // look as if it had drawn.
-    throw std::logic_error("drawing shapes over an image is not available in this build");
-}

@@ -122,23 +122,6 @@ public:
     virtual bool InverseMap(KPosition& out, const KPosition& in) = 0;
 };
 
-// Shapes drawn over an image. The shape render state arrives with the shape
-// value; until then a render of this family throws (KShapeDrawingMissing).
-class KShapeList;
-class KEffectImageShape : public KEffectThreads {
-public:
-    void ProcessJob(int32_t pass, int32_t job, KImage* source, KImage* target) override;
-    virtual KShapeList* GetShapes() { return nullptr; }
-
-    float rotateAngle = 0.0f;
-    int32_t replicateCount = 1;
-    float replicateOffset = 0.0f;
-    float offset = 0.0f;
-    KRange2 wireRange;
-};
-
-[[noreturn]] void KShapeDrawingMissing();
-
 // The non-image families: their tools compute a value in place of a process.
 class KEffectNumber : public KEffect {
 public:

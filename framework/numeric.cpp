@@ -22,7 +22,8 @@ float KRandomRange(float lo, float hi)
 
 int32_t KRandomInt(int32_t n) { return KRand() % n; }
 
-int32_t KRandomIntRange(int32_t lo, int32_t hi) { return lo + KRand() % (hi - lo); }
+// An empty range draws nothing and gives its bound.
+int32_t KRandomIntRange(int32_t lo, int32_t hi) { return hi == lo ? lo : lo + KRand() % (hi - lo); }
 
 void KRandomSeed(int32_t seed)
 {

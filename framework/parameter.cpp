@@ -272,7 +272,7 @@ KParameter* KParameterList::AddDataInput(KDataTable** field, const char* label, 
     return Declare(kValueData, kControlDataInput, field, label, id, flags);
 }
 
-KParameter* KParameterList::AddShapeInput(KShapeList** field, const char* label, uint32_t id,
+KParameter* KParameterList::AddShapeInput(ShapeListVector** field, const char* label, uint32_t id,
                                           uint32_t flags)
 {
     *field = nullptr;
@@ -351,7 +351,7 @@ KOutput* KOutputList::AddRegion3DOutput(KRegion3D** field, const char* label, ui
     return Declare(kValueRegion3D, field, label, id, flags);
 }
 
-KOutput* KOutputList::AddShapeOutput(KShapeList** field, const char* label, uint32_t id,
+KOutput* KOutputList::AddShapeOutput(ShapeListVector** field, const char* label, uint32_t id,
                                      uint32_t flags)
 {
     return Declare(kValueShape, field, label, id, flags);

@@ -11,7 +11,7 @@
 class KImage;
 class KDataTable;
 class KRegion3D;
-class KShapeList;
+class ShapeListVector;
 
 // Four-character ids as big-endian integers: "Cent"_id == 0x43656E74.
 constexpr uint32_t operator""_id(const char* s, size_t n)
@@ -159,7 +159,7 @@ public:
     KParameter* AddImageInput(KImage** field, const char* label, uint32_t id, uint32_t flags);
     KParameter* AddMaskInput(KImage** field, const char* label, uint32_t id, uint32_t flags);
     KParameter* AddDataInput(KDataTable** field, const char* label, uint32_t id, uint32_t flags);
-    KParameter* AddShapeInput(KShapeList** field, const char* label, uint32_t id, uint32_t flags);
+    KParameter* AddShapeInput(ShapeListVector** field, const char* label, uint32_t id, uint32_t flags);
     KParameter* AddRegion3DInput(KRegion3D** field, const char* label, uint32_t id,
                                  uint32_t flags);
     KParameter* AddTransform(KTransformValue* field, const KTransformValue& def,
@@ -200,7 +200,7 @@ public:
     KOutput* AddPointOutput(KPoint2* field, const char* label, uint32_t id, uint32_t flags);
     KOutput* AddRegion3DOutput(KRegion3D** field, const char* label, uint32_t id,
                                uint32_t flags);
-    KOutput* AddShapeOutput(KShapeList** field, const char* label, uint32_t id, uint32_t flags);
+    KOutput* AddShapeOutput(ShapeListVector** field, const char* label, uint32_t id, uint32_t flags);
     KOutput* AddTextOutput(std::string* field, const char* label, uint32_t id, uint32_t flags);
 
 private:

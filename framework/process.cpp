@@ -76,11 +76,8 @@ void KProcessImage::CopyRow(int32_t y)
 // ---------------------------------------------------------------------------
 // Shape and Threads
 
-void KProcessImageShape::DoJob(int32_t, int32_t)
-{
-    (*target)->CopyFrom(*source);
-    if (!skip) KShapeDrawingMissing();
-}
+// No effect answers this family: shape tools over images are Threads effects.
+void KProcessImageShape::DoJob(int32_t, int32_t) { (*target)->CopyFrom(*source); }
 
 int32_t KProcessImageThreads::PassCount()
 {

@@ -13,6 +13,7 @@ constexpr int64_t kMaxImagePixels = int64_t(16384) * 16384;
 constexpr double kMaxWhole = 16777216.0;
 constexpr int64_t kMaxFramesPerRender = 1000000;
 constexpr uintmax_t kMaxTextFileBytes = uintmax_t(16) << 20;
+constexpr uintmax_t kMaxTableFileBytes = uintmax_t(256) << 20;
 constexpr uintmax_t kMaxFlowFileBytes = uintmax_t(64) << 20;
 
 void CheckImageSize(int64_t width, int64_t height, const std::string& what);

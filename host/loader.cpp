@@ -1,5 +1,6 @@
 // Loader: the host's own tool that reads an image file, or the frame of a
-// sequence that matches the request time.
+// sequence that matches the request time. A file of a value kind's own
+// (a shape's .svg) is read by that kind, and the output carries its type.
 #include <cmath>
 #include "host/errors.h"
 #include "host/imageio.h"
@@ -29,10 +30,21 @@ public:
         const int frame = static_cast<int>(std::lround(request.Time()));
         const std::string path = FramePath(text->value, frame);
         if (path != cachedPath) {
-            cached = std::make_shared<ImageValue>(ReadImage(path), false);
+            const ParameterClass* kind = FindParameterClassReading(FileExtension(path));
+            cached = kind ? kind->read(path) : std::make_shared<ImageValue>(ReadImage(path), false);
             cachedPath = path;
         }
         request.SetOutputData(output, cached);
+    }
+
+    // Connections are checked against the output's type, which the file names.
+    void NotifyChanged(Input* input, const Parameter* value, double) override
+    {
+        auto* text = dynamic_cast<const Text*>(value);
+        if (input != fileInput || !text) return;
+        const ParameterClass* kind = FindParameterClassReading(FileExtension(text->value));
+        output->dataType = kind ? DataType::Custom : DataType::Image;
+        output->typeId = kind ? kind->typeId : std::string();
     }
 
 private:

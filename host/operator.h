@@ -57,6 +57,7 @@ struct InputAttrs {
     bool variantA = false, variantB = false;
     bool nest = false;  // the head of a collapsing nest, not a value
     bool applies = true;  // false: made by a rule for all tools, of no use to this one
+    bool anyValue = false;  // takes a value of any kind, not only `dataType`
 };
 
 // Where an input's value comes from.

@@ -3,7 +3,6 @@
 // A plug-in's own value (a region, a table) is written by its class instead.
 #include <unistd.h>
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <filesystem>
 #include "host/errors.h"
@@ -23,8 +22,7 @@ const ParameterClass* WriterOf(const Value& value, const std::string& path)
 {
     const ParameterClass* kind = value ? FindParameterClass(value->TypeId()) : nullptr;
     if (!kind || !kind->write) return nullptr;
-    std::string ext = fs::path(path).extension().string();
-    for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    const std::string ext = FileExtension(path);
     return std::find(kind->extensions.begin(), kind->extensions.end(), ext) != kind->extensions.end() ? kind
                                                                                                        : nullptr;
 }
@@ -33,8 +31,7 @@ const ParameterClass* WriterOf(const Value& value, const std::string& path)
 void WriteValue(const Parameter& value, const ParameterClass& kind, const std::string& path)
 {
     const fs::path target(path);
-    std::string ext = target.extension().string();
-    for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    const std::string ext = FileExtension(path);
     const fs::path temp = (target.has_parent_path() ? target.parent_path() : fs::path(".")) /
                           ("." + target.stem().string() + ".tmp" + std::to_string(getpid()) + target.extension().string());
     std::error_code ec;
@@ -58,6 +55,7 @@ public:
         InputAttrs image;
         image.dataType = DataType::Image;
         image.linkNumber = 1;
+        image.anyValue = true;
         imageInput = AddInput("Image", "Image", image);
         InputAttrs file;
         file.dataType = DataType::Text;

@@ -1,5 +1,6 @@
 #include "host/value.h"
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include "host/image.h"
@@ -118,6 +119,36 @@ const ParameterClass* FindParameterClass(const std::string& typeId)
 {
     auto it = Classes().find(typeId);
     return it == Classes().end() ? nullptr : &it->second;
+}
+
+namespace {
+const ParameterClass* FindByExtension(const std::string& extension, bool reading)
+{
+    for (auto& [id, c] : Classes()) {
+        if (reading ? !c.read : !c.write) continue;
+        if (std::find(c.extensions.begin(), c.extensions.end(), extension) != c.extensions.end()) return &c;
+    }
+    return nullptr;
+}
+}  // namespace
+
+const ParameterClass* FindParameterClassReading(const std::string& extension)
+{
+    return FindByExtension(extension, true);
+}
+
+const ParameterClass* FindParameterClassWriting(const std::string& extension)
+{
+    return FindByExtension(extension, false);
+}
+
+std::string FileExtension(const std::string& path)
+{
+    const size_t slash = path.find_last_of('/'), dot = path.rfind('.');
+    if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return {};
+    std::string ext = path.substr(dot);
+    for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return ext;
 }
 
 std::string TypeName(DataType type, const std::string& typeId)

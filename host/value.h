@@ -97,9 +97,18 @@ struct ParameterClass {
                        const WriteOptions& options)> write;
     // The names of the options `write` reads; others are no choice of this class.
     std::vector<std::string> options;
+    // Reads a file of one of the extensions into a value, or throws BadInput
+    // naming the file and what is wrong; empty for a class that reads no files.
+    std::function<Value(const std::string& path)> read;
 };
 void RegisterParameterClass(const ParameterClass& info);
 const ParameterClass* FindParameterClass(const std::string& typeId);
+// The class that reads or writes files with this extension (lower case, with
+// the dot), or null.
+const ParameterClass* FindParameterClassReading(const std::string& extension);
+const ParameterClass* FindParameterClassWriting(const std::string& extension);
+// The extension of a path, lower case with the dot.
+std::string FileExtension(const std::string& path);
 // A value type as users read it: a custom class by its registered name.
 std::string TypeName(DataType type, const std::string& typeId);
 

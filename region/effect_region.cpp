@@ -19,7 +19,7 @@ void KEffectRegion3D::AddTransformGroup()
 void KEffectRegion3D::FinishRender()
 {
     std::shared_ptr<KRegion3DNode> node = Compute();
-    node->transform = KRegionMatrix(transform);
+    node->transform = Matrix4f::Of(transform);
     node->inverseTransform = node->transform.Inverted();
     node->invert = invert;
     node->softness = softnessLock ? Vector3f{softness.x, softness.x, softness.x} : softness;

@@ -212,19 +212,6 @@ void KRegionSampleGrid(KRegion3DNode& n)
         }
 }
 
-Matrix4f KRegionMatrix(const KTransformValue& t)
-{
-    static const int kOrders[6][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
-    const float angles[3] = {t.rotateX, t.rotateY, t.rotateZ};
-    Matrix4f m;
-    if (t.scaleLock) m.Scale(t.scaleX, t.scaleX, t.scaleX);
-    else m.Scale(t.scaleX, t.scaleY, t.scaleZ);
-    for (int axis : kOrders[std::clamp(t.rotationOrder, 0, 5)])
-        if (angles[axis] != 0.0f) m.Rotate(axis, angles[axis]);
-    m.Translate(t.translateX, t.translateY, t.translateZ);
-    return m;
-}
-
 std::string KRegion3D::Describe() const { return ::Describe(root.get()); }
 
 Vector3f KRegionSlicePoint(int32_t axis, float offset, int32_t width, int32_t height, int32_t x, int32_t y)

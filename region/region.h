@@ -73,7 +73,6 @@ void KRegionSampleGrid(KRegion3DNode& node);
 
 // The forward matrix of a transform value: scale (X for all three with Scale
 // Lock on), turn about the axes in the rotation order, then move.
-Matrix4f KRegionMatrix(const KTransformValue& t);
 
 // The value that travels between tools: a tree, or nothing.
 class KRegion3D {

@@ -320,9 +320,9 @@ TEST_F(CommandTest, WithinTheLimitsWhatIsAskedIsMadeAndOldCodesStillWork)
     const std::string table = "run dChC Count=2 ChannelIntegerEnable0=1 ChannelVector2Enable0=1";
     EXPECT_EQ(Run(table).out, "index [2]     int32 [1]      Integer\nposition [2]     float32 [2]      Vector2\n");
     ASSERT_EQ(Run(table + " -o t.csv").code, 0);
-    EXPECT_EQ(Slurp(dir.path / "t.csv"), "index,position.x,position.y\n0,0,0\n0,0,0\n");
+    EXPECT_EQ(Slurp(dir.path / "t.csv"), "item,index,position.x,position.y\n0,0,0.0,0.0\n1,0,0.0,0.0\n");
     ASSERT_EQ(Run(table + " -o t.json").code, 0);
-    EXPECT_NE(Slurp(dir.path / "t.json").find(R"({"name": "position", "type": "Vector2", "count": 2, "values": [0, 0, 0, 0]})"),
+    EXPECT_NE(Slurp(dir.path / "t.json").find(R"({"name": "position", "type": "Vector2", "count": 2, "values": [0.0, 0.0, 0.0, 0.0]})"),
               std::string::npos);
     // A text tool prints its line.
     dir.Write("lines.txt", "first\nsecond\nthird");

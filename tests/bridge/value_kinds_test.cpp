@@ -37,10 +37,11 @@ struct KEffectRelay : KEffectColor {
     std::string seen;
 };
 
-struct KEffectShapeTaker : KEffectColor {
-    KEffectShapeTaker() { inputList.AddShapeInput(&shapes, "Outline", "Outl"_id, 0); }
+// An input of a kind no entry carries (14 is no ValueKind).
+struct KEffectStrangeTaker : KEffectColor {
+    KEffectStrangeTaker() { inputList.AddShapeInput(&shapes, "Outline", "Outl"_id, 0)->valueKind = 14; }
     void ProcessColor(KPixelF& out, const KPixelF& in) override { out = in; }
-    KShapeList* shapes = nullptr;
+    ShapeListVector* shapes = nullptr;
 };
 
 // A plug-in kind as a later value type adds it: its own host class, carrying
@@ -96,9 +97,9 @@ TEST(BridgeValueKinds, EveryCarriedKindCrossesAFlowUnchanged)
 
 TEST(BridgeValueKinds, AKindWithoutAnEntryIsRefusedByName)
 {
-    KEffectShapeTaker shapes;
-    EXPECT_EQ(KValueKindProblem(shapes),
-              "input \"Outline\" takes a shape, which no value kind carries into a tool yet");
+    KEffectStrangeTaker strange;
+    EXPECT_EQ(KValueKindProblem(strange),
+              "input \"Outline\" takes a value, which no value kind carries into a tool yet");
     KEffectRelay relay;
     EXPECT_EQ(KValueKindProblem(relay), "");
 }

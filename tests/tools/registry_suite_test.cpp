@@ -32,7 +32,8 @@ std::string Named(const testing::TestParamInfo<std::string>& info) { return info
 
 // Declared defaults a tool keeps outside its limits.
 const std::set<std::pair<std::string, std::string>> kDefaultsBeyondTheirLimits = {
-    {"ZV_Generate", "Detail"}, {"ZV_DataSetConstant", "Integer"}};
+    {"ZV_Generate", "Detail"}, {"ZV_DataSetConstant", "Integer"}, {"ZV_DataSetRamp", "Integer Minimum"},
+    {"ZV_DataSetRandom", "Integer Minimum"}};
 
 // The registration matches the catalogue; every value kind has an entry.
 // Every control has a name of its own, made from its label and never a
