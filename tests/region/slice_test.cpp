@@ -91,8 +91,8 @@ TEST(RegionSlice, CommandLineAndSaverWriteTheSliceAndItsTable)
     ASSERT_EQ(Command(dir, "run rSphere TransformScaleX=0.3 TransformPositionX=0.25 --size 2x2 -o s.csv"), 0);
     std::stringstream csv;
     csv << std::ifstream(dir.path / "s.csv").rdbuf();
-    EXPECT_EQ(csv.str(), "position.x,position.y,position.z,value\n-0.25,-0.25,0,0\n0.25,-0.25,0,1\n"
-                         "-0.25,0.25,0,0\n0.25,0.25,0,1\n");
+    EXPECT_EQ(csv.str(), "item,position.x,position.y,position.z,value\n0,-0.25,-0.25,0.0,0.0\n1,0.25,-0.25,0.0,1.0\n"
+                         "2,-0.25,0.25,0.0,0.0\n3,0.25,0.25,0.0,1.0\n");
 
     // A flow's Saver writes the same slice at the default plane and size.
     dir.Write("flow.json", R"({ "tools": {
