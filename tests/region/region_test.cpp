@@ -1,8 +1,9 @@
 // The region tools against hand-worked values: the solids inside, on and
 // beyond their surfaces, every merge at known pairs, invert and transforms,
-// pictures as regions, and dFrom Region Create's blend.
+// pictures and shapes as regions, and dFrom Region Create's blend.
 #include "data/effect_data.h"
 #include "region/effect_region.h"
+#include "shape/shape.h"
 #include "support.h"
 
 using namespace zvtest;
@@ -267,4 +268,37 @@ TEST(DataFromRegion, BlendsTowardValueByHowFarInside)
     tool.Field<KRegion3D*>("Region", kValueRegion3D) = nullptr;
     EXPECT_EQ(tool.effect->Compute()->Channel(1)->floats, in.Channel(1)->floats);
     tool.Field<KDataTable*>("Data", kValueData) = nullptr;
+}
+
+TEST(RegionShape, InsideTheShapeWhereThePointCameIn)
+{
+    // A curved blob with a square hole: two sub-paths, tested even/odd each.
+    auto* blob = new KShape;
+    blob->MoveTo({-0.3f, 0.0f});
+    blob->ConicTo({-0.3f, 0.3f}, {0.0f, 0.3f});
+    blob->ConicTo({0.3f, 0.3f}, {0.3f, 0.0f});
+    blob->ConicTo({0.3f, -0.3f}, {0.0f, -0.3f});
+    blob->ConicTo({-0.3f, -0.3f}, {-0.3f, 0.0f}, true);
+    blob->MoveTo({-0.05f, -0.05f});
+    blob->LineTo({0.05f, -0.05f});
+    blob->LineTo({0.05f, 0.05f});
+    blob->LineTo({-0.05f, 0.05f}, true);
+    ShapeListVector shapes;
+    shapes.Push(std::make_unique<KShapeList>());
+    shapes.At(0)->Add(blob);
+    RegionTool tool("ZV_Region3DShape");
+    tool.Field<ShapeListVector*>("Shape", kValueShape) = &shapes;
+    tool.Transform().translateX = 5.0f;  // moves nothing: the point is tested as it came in
+    const KRegion3D region = tool.Made();
+    ExpectValues(region, {{{0.2f, 0.0f, 3.0f}, 1}, {{0.0f, 0.0f, 0.0f}, 1}, {{0.0f, 0.1f, -2.0f}, 1},
+                          {{0.0f, 0.2f, 0.0f}, 1}, {{0.29f, 0.29f, 0}, 0}, {{0.5f, 0, 0}, 0}}, "blob");
+    // Everywhere the shape's own test agrees.
+    for (int i = 0; i < 400; ++i) {
+        const Vector2f p{float(i % 20) * 0.035f - 0.33f, float(i / 20) * 0.035f - 0.33f};
+        ASSERT_EQ(region.Value({p.x, p.y, 0.5f}), blob->Contains(p) ? 1.0f : 0.0f) << p.x << "," << p.y;
+    }
+    tool.SetBool("Invert", true);
+    ExpectValues(tool.Made(), {{{0.2f, 0, 0}, 0}, {{0.5f, 0, 0}, 1}}, "inverted");
+    tool.Field<ShapeListVector*>("Shape", kValueShape) = nullptr;
+    ExpectValues(tool.Made(), {{{0.2f, 0, 0}, 1}}, "no shape, inverted");
 }
