@@ -67,6 +67,9 @@ KValueKind DataKind()
         const KDataTable& table = data && data->table ? *data->table : none;
         WriteFile(path, extension == ".json" ? KTableToJson(table) : KTableToCsv(table));
     };
+    data.readFile = [](const std::string& path) -> host::Value {
+        return std::make_shared<KDataParameter>(KReadTableFile(path));
+    };
     return data;
 }
 

@@ -164,6 +164,8 @@ TEST_F(CommandTest, CommandLineErrorsNameTheThingAndLeaveNothingBehind)
     fs::create_directory(dir.path / "folder");
     fs::create_directory_symlink("loop", dir.path / "loop");  // a link to itself
     WriteFlow("[1, 2]", patternSaved);
+    dir.Write("ragged.csv", "item,a\n0,1\n1,2,3\n");
+    dir.Write("quat.json", R"({"channels":[{"name":"a","type":"Quat","values":[]}]})");
     const std::pair<const char*, const char*> rows[] = {
         {"frobnicate", "unknown command: frobnicate"},
         {"run NoSuchTool -o out.png", "unknown tool: NoSuchTool"},
@@ -211,6 +213,9 @@ TEST_F(CommandTest, CommandLineErrorsNameTheThingAndLeaveNothingBehind)
         {"render loop/flow.json", "cannot read flow file loop/flow.json: Too many levels of symbolic links"},
         {"run Invert Image=loop/in.png -o o.png", "Too many levels of symbolic links"},
         {"run Pattern --size 4x4 -o loop/o.png", "Too many levels of symbolic links"},
+        {"run dInfo Data=ragged.csv", "ragged.csv:3:3: a row of 3 cells under a header of 2"},
+        {"run dInfo Data=quat.json", "quat.json:1:33: unknown channel type \"Quat\""},
+        {"run dInfo Data=in.png", "input Data of dInfo takes a Data value from a .csv, .json file, got 'in.png'"},
         // Frames and threads.
         {"render flow.json --frames 2147483647-2147483647",
          "--frames 2147483647-2147483647: frame 2147483647 is outside -16777216..16777216"},
@@ -241,7 +246,8 @@ TEST_F(CommandTest, CommandLineErrorsNameTheThingAndLeaveNothingBehind)
         fs::remove(dir.path / "folder/flow.json");
     }
     EXPECT_EQ(Files(),
-              (std::vector<std::string>{"bad.png", "big.txt", "flow.json", "folder", "huge.ppm", "in.png", "loop"}));
+              (std::vector<std::string>{"bad.png", "big.txt", "flow.json", "folder", "huge.ppm", "in.png", "loop", "quat.json",
+                                        "ragged.csv"}));
 }
 
 // A flow's errors are found before any frame renders, each naming its tool.
@@ -321,6 +327,9 @@ TEST_F(CommandTest, WithinTheLimitsWhatIsAskedIsMadeAndOldCodesStillWork)
     EXPECT_EQ(Run(table).out, "index [2]     int32 [1]      Integer\nposition [2]     float32 [2]      Vector2\n");
     ASSERT_EQ(Run(table + " -o t.csv").code, 0);
     EXPECT_EQ(Slurp(dir.path / "t.csv"), "item,index,position.x,position.y\n0,0,0.0,0.0\n1,0,0.0,0.0\n");
+    // A table file read for a Data input comes back as the same file.
+    ASSERT_EQ(Run("run dInfo Data=t.csv -o u.csv").code, 0);
+    EXPECT_EQ(Slurp(dir.path / "u.csv"), Slurp(dir.path / "t.csv"));
     ASSERT_EQ(Run(table + " -o t.json").code, 0);
     EXPECT_NE(Slurp(dir.path / "t.json").find(R"({"name": "position", "type": "Vector2", "count": 2, "values": [0.0, 0.0, 0.0, 0.0]})"),
               std::string::npos);
