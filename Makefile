@@ -28,6 +28,8 @@ demo: build
 	$(BUILD)/app/zelvarine render examples/demo.json
 	$(BUILD)/app/zelvarine render examples/region.json
 	$(BUILD)/app/zelvarine render examples/data.json
+	$(BUILD)/app/zelvarine render examples/shapes.json
+	$(BUILD)/app/zelvarine render examples/flur.json
 	@echo "demo: results are in $(CURDIR)/out"
 
 catalogue: build
