@@ -55,6 +55,27 @@ TEST(VectorBlur, AMovingPixelSpreadsEvenlyAlongItsVector)
     EXPECT_NEAR(At<KPixelF>(*out, 12, 5).r, 0.0f, 1e-6f);
 }
 
+// Strokes of every length and slant overlap across rows: the sums come out
+// the same whatever number of threads adds them.
+TEST(VectorBlur, AnyNumberOfThreadsGivesTheSameSums)
+{
+    for (bool isFloat : {false, true}) {
+        Img plate = WithVectors(Pattern(64, 48, isFloat), 0.0f, 0.0f);
+        for (int32_t i = 0; i < 64 * 48; ++i) {
+            plate->AuxPlane(host::ChanVectorX)[i] = float(i % 23) - 11.0f;
+            plate->AuxPlane(host::ChanVectorY)[i] = float(i % 17) * 1.5f - 12.0f;
+        }
+        Tool<KEffectImage> t("ZV_VectorBlur");
+        host::SetThreadCount(1);
+        Img one = t.Run(plate.get(), true);
+        host::SetThreadCount(2);
+        Img two = t.Run(plate.get(), true);
+        host::SetThreadCount(0);
+        EXPECT_EQ(Differ(*one, *two), "") << isFloat;
+        EXPECT_EQ(Differ(*one, *t.Run(plate.get(), false)), "") << isFloat;
+    }
+}
+
 TEST(VectorBlur, WithoutVectorsOrWithLICThePicturePasses)
 {
     Img plate = Pattern(6, 4, false);
