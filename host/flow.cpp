@@ -222,7 +222,10 @@ const Flow::Outputs& Flow::Run(Node& node, double time)
                     CheckReadableFile(file->value, kMaxTextFileBytes, "file",
                                       "input " + in->id + " of tool " + task.node->name);
             }
-        op.PreCalcProcess(request);
+        // The early look at what a tool will make has a request of its own,
+        // as in a compositing host: what it states does not reach the render.
+        Request preCalc = request;
+        op.PreCalcProcess(preCalc);
         op.Process(request);
         Outputs outs;
         for (auto& out : op.Outputs()) outs[out.get()] = request.GetOutputData(out.get());

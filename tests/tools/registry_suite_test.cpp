@@ -33,7 +33,7 @@ std::string Named(const testing::TestParamInfo<std::string>& info) { return info
 // Declared defaults a tool keeps outside its limits.
 const std::set<std::pair<std::string, std::string>> kDefaultsBeyondTheirLimits = {
     {"ZV_Generate", "Detail"}, {"ZV_DataSetConstant", "Integer"}, {"ZV_DataSetRamp", "Integer Minimum"},
-    {"ZV_DataSetRandom", "Integer Minimum"}};
+    {"ZV_DataSetRandom", "Integer Minimum"}, {"ZV_Spiral", "Angle End"}};
 
 // The registration matches the catalogue; every value kind has an entry.
 // Every control has a name of its own, made from its label and never a
