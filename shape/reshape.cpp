@@ -35,11 +35,14 @@ void KResampleArray(KShape& out, const KShapeArray& a, const KResampleSettings& 
     if (s.keepEndPoints) w.Put(a.points[0]);
     float walk = s.offset, at = 0.0f;
     const float distance = std::max(s.distance, 1e-6f);
-    for (int32_t i = 0; i < Segments(a); ++i) {
+    const int32_t segments = Segments(a);
+    for (int32_t i = 0; i < segments; ++i) {
         const Vector2f p = a.points[i], d = a.After(i) - p;
         const float length = d.Length();
+        // On a closed path a point a rounding error short of the start is the start itself.
+        const float stop = at + length - (a.closed && i == segments - 1 ? distance * 1e-4f : 0.0f);
         if (s.keepOriginalPoints) w.Put(p);
-        while (walk >= at && walk < at + length) {
+        while (walk >= at && walk < stop) {
             w.Put(p + d * ((walk - at) / length));
             walk += distance;
         }

@@ -33,7 +33,8 @@ std::string Named(const testing::TestParamInfo<std::string>& info) { return info
 // Declared defaults a tool keeps outside its limits.
 const std::set<std::pair<std::string, std::string>> kDefaultsBeyondTheirLimits = {
     {"ZV_Generate", "Detail"}, {"ZV_DataSetConstant", "Integer"}, {"ZV_DataSetRamp", "Integer Minimum"},
-    {"ZV_DataSetRandom", "Integer Minimum"}, {"ZV_Spiral", "Angle End"}};
+    {"ZV_DataSetRandom", "Integer Minimum"}, {"ZV_Spiral", "Angle End"},
+    {"ZV_ShapeSpiral", "Angle End"}};
 
 // The registration matches the catalogue; every value kind has an entry.
 // Every control has a name of its own, made from its label and never a
@@ -205,6 +206,7 @@ TEST_P(ValueTool, DefaultsAndValuesAtAnyTime)
     ExpectWellDeclared(GetParam());
     ToolFlow f(GetParam());
     Tool<> direct(GetParam());
+    AsTheBridgeLeavesThem(*direct.effect, *Img(KImage::Create(16, 9, false)), true);
     for (double t : {0.0, 1.0, 7.5, -3.0, 1000.0}) {
         f.flow.BeginFrame();
         direct.Run(static_cast<float>(t));
