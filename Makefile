@@ -28,6 +28,7 @@ demo: build
 	$(BUILD)/app/zelvarine render examples/demo.json
 	$(BUILD)/app/zelvarine render examples/region.json
 	$(BUILD)/app/zelvarine render examples/data.json
+	$(BUILD)/app/zelvarine render examples/shape_gallery.json
 	@echo "demo: results are in $(CURDIR)/out"
 
 catalogue: build

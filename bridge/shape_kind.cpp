@@ -130,6 +130,7 @@ KValueKind ShapeKind()
     shape.name = "Shape";
     shape.extensions = {".svg", ".exr", ".png", ".tif", ".tiff", ".jpg", ".jpeg", ".dpx"};
     shape.options = {"size"};
+    shape.readExtensions = {".svg"};
     shape.writeFile = WriteFile;
     shape.readFile = ReadFile;
     return shape;
