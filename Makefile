@@ -3,7 +3,7 @@
 BUILD ?= build
 JOBS ?= 2
 
-.PHONY: all deps configure build test demo bench catalogue fresh-check clean
+.PHONY: all deps configure build test demo bench bench-data catalogue fresh-check clean
 
 all: build
 
@@ -28,6 +28,8 @@ demo: build
 	$(BUILD)/app/zelvarine render examples/demo.json
 	$(BUILD)/app/zelvarine render examples/region.json
 	$(BUILD)/app/zelvarine render examples/data.json
+	$(BUILD)/app/zelvarine render examples/shapes.json
+	$(BUILD)/app/zelvarine render examples/flur.json
 	$(BUILD)/app/zelvarine render examples/shape_gallery.json
 	@echo "demo: results are in $(CURDIR)/out"
 
@@ -36,6 +38,11 @@ catalogue: build
 
 bench: build
 	$(BUILD)/bench/zelvarine_bench --benchmark_counters_tabular=true
+
+# dMath and dSort over a million items, then NumPy on the same arrays.
+bench-data: build
+	$(BUILD)/bench/zelvarine_bench --benchmark_filter='^Data' --benchmark_counters_tabular=true
+	/usr/bin/python3 bench/numpy_data.py
 
 # Slow (a Debian root is built and everything compiled in it): run before
 # landing a change to the dependencies or the build.

@@ -77,14 +77,24 @@ std::unique_ptr<KDataTable> KEffectDataMath::Compute()
 {
     // A table without channels gives one without channels, not a lone result.
     if (!input || !input->ChannelCount()) return std::make_unique<KDataTable>();
-    std::unique_ptr<KDataTable> table = input->Clone();
     std::array<KDataChannel*, 8> found{};
+    for (size_t k = 0; k < values.size(); ++k) found[k] = input->FindAny(values[k].name, kDataAny);
+    // The result is the input's channels; those an override will write are
+    // copied first, so that the result keeps their old values, and the rest
+    // are passed on as they are.
+    auto table = std::make_unique<KDataTable>();
+    table->tag = input->tag;
+    for (size_t i = 0; i < input->ChannelCount(); ++i) {
+        bool written = false;
+        for (size_t k = 0; k < values.size(); ++k) written = written || (values[k].override && found[k] == input->Channel(i));
+        if (written) table->Add(input->Channel(i)->Clone());
+        else table->AddShared(*input, i);
+    }
+    // The override writes into the tool's own copy of the input, which the
+    // combination below then reads.
     for (size_t k = 0; k < values.size(); ++k) {
         const Value& v = values[k];
-        KDataChannel* c = found[k] = input->FindAny(v.name, kDataAny);
-        // The override writes into the tool's own copy of the input, behind
-        // the clone: the result's channels keep their old values, and the
-        // combination below reads the overridden ones.
+        KDataChannel* c = found[k];
         if (!c || !v.override) continue;
         const Reader x{*c};
         for (int32_t i = 0; i < c->count; ++i) {
@@ -106,7 +116,10 @@ std::unique_ptr<KDataTable> KEffectDataMath::Compute()
         if (c->floatComponents) {
             const float* f = c->floats.data();
             const size_t stride = size_t(c->floatComponents);
-            Combine(r, n, op, v.add, v.multiply, [f, stride](int32_t i) { return f[size_t(i) * stride]; });
+            // Fixed strides for the common types, so that the loads vectorise.
+            if (stride == 1) Combine(r, n, op, v.add, v.multiply, [f](int32_t i) { return f[i]; });
+            else if (stride == 3) Combine(r, n, op, v.add, v.multiply, [f](int32_t i) { return f[size_t(i) * 3]; });
+            else Combine(r, n, op, v.add, v.multiply, [f, stride](int32_t i) { return f[size_t(i) * stride]; });
         } else if (c->intComponents) {
             const int32_t* s = c->ints.data();
             Combine(r, n, op, v.add, v.multiply, [s](int32_t i) { return float(s[i]); });

@@ -15,7 +15,9 @@ std::unique_ptr<KDataTable> KEachChannel(const KDataTable* input, const std::str
     if (!input) return table;
     for (size_t i = 0; i < input->ChannelCount(); ++i) {
         const KDataChannel& c = *input->Channel(i);
-        table->Add(KDataNameMatches(pattern, c.name) ? rule(c.Clone()) : c.Clone());
+        // A channel the rule does not touch is passed on, not copied.
+        if (KDataNameMatches(pattern, c.name)) table->Add(rule(c.Clone()));
+        else table->AddShared(*input, i);
     }
     return table;
 }

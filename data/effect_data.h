@@ -10,7 +10,7 @@
 // The frame of the per-channel tools: a new table of the input's channels in
 // order, where each channel the pattern names goes through `rule`, which gets
 // a clone to change (a null result drops it), and the others come through
-// cloned. No input gives an empty table.
+// shared with the input. No input gives an empty table.
 using KChannelRule = std::function<std::unique_ptr<KDataChannel>(std::unique_ptr<KDataChannel>)>;
 std::unique_ptr<KDataTable> KEachChannel(const KDataTable* input, const std::string& pattern,
                                          const KChannelRule& rule);

@@ -101,6 +101,15 @@ void KDataTable::Add(std::unique_ptr<KDataChannel> channel)
     channels.push_back(std::move(channel));
 }
 
+void KDataTable::AddShared(const KDataTable& source, size_t i)
+{
+    const std::shared_ptr<KDataChannel>& channel = source.channels[i];
+    if (!channel) return;
+    minimumCount = channels.empty() ? channel->count : std::min(minimumCount, channel->count);
+    maximumCount = std::max(maximumCount, channel->count);
+    channels.push_back(channel);
+}
+
 void KDataTable::ShareList(const KDataTable& source)
 {
     tag = source.tag;

@@ -47,6 +47,9 @@ public:
     void Add(std::unique_ptr<KDataChannel> channel);
     // The same channels, shared with `source` rather than copied.
     void ShareList(const KDataTable& source);
+    // Adds channel i of `source` itself, shared rather than copied, as Add
+    // counts it: for a channel a tool passes on untouched.
+    void AddShared(const KDataTable& source, size_t i);
 
     KDataChannel* Channel(size_t i) const { return channels[i].get(); }
     size_t ChannelCount() const { return channels.size(); }

@@ -102,6 +102,9 @@ public:
     void MaskByAlpha(const KImage& mask);
     // Every channel multiplied by one minus the alpha of `mask`.
     void MaskByInverseAlpha(const KImage& mask);
+    // A new image of the Sobel gradient's length in every channel, a quarter
+    // of it so that a step from 0 to 1 gives 1; border pixels repeat outward.
+    KImage* SobelEdges() const;
 
     bool owned = false;
     host::Image* image = nullptr;

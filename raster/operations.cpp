@@ -301,3 +301,29 @@ template <bool Inverse> void MaskBy(KImage& img, const KImage& mask)
 void KImage::MaskByAlpha(const KImage& mask) { MaskBy<false>(*this, mask); }
 
 void KImage::MaskByInverseAlpha(const KImage& mask) { MaskBy<true>(*this, mask); }
+
+KImage* KImage::SobelEdges() const
+{
+    KImage* out = CreateLike();
+    const int32_t w = width, h = height;
+    EachRow([&](int32_t y, const uint16_t*, const float*) {
+        const int32_t rows[3] = {std::max(y - 1, 0), y, std::min(y + 1, h - 1)};
+        for (int32_t x = 0; x < w; ++x) {
+            const int32_t cols[3] = {std::max(x - 1, 0), x, std::min(x + 1, w - 1)};
+            for (int c = 0; c < 4; ++c) {
+                float p[3][3];
+                for (int j = 0; j < 3; ++j)
+                    for (int i = 0; i < 3; ++i) {
+                        const size_t at = 4 * static_cast<size_t>(cols[i]) + c;
+                        p[j][i] = IsFloat() ? RowF(rows[j])[at] : static_cast<float>(RowW(rows[j])[at]);
+                    }
+                const float gx = (p[0][2] + 2.0f * p[1][2] + p[2][2]) - (p[0][0] + 2.0f * p[1][0] + p[2][0]);
+                const float gy = (p[2][0] + 2.0f * p[2][1] + p[2][2]) - (p[0][0] + 2.0f * p[0][1] + p[0][2]);
+                const float v = std::sqrt(gx * gx + gy * gy) * 0.25f;
+                if (IsFloat()) out->RowF(y)[4 * x + c] = v;
+                else out->RowW(y)[4 * x + c] = static_cast<uint16_t>(std::min(v, 65535.0f));
+            }
+        }
+    });
+    return out;
+}

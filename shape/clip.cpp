@@ -49,9 +49,15 @@ KShape* KBooleanShape(const KShape& subject, const KShape* clip, int32_t clipTyp
 {
     static const ClipType types[] = {ctIntersection, ctUnion, ctDifference, ctXor};
     const PolyFillType fill = fillType == 1 ? pftNonZero : pftEvenOdd;
+    // Curves go in flattened, not as their control polygons.
+    auto paths = [](const KShape& s) {
+        if (!s.IsCurved()) return KToPaths(s);
+        std::unique_ptr<KShape> flat(KFlatten(s, kBooleanCurveSteps));
+        return KToPaths(*flat);
+    };
     Clipper c;
-    c.AddPaths(KToPaths(subject), ptSubject, true);
-    if (clip) c.AddPaths(KToPaths(*clip), ptClip, true);
+    c.AddPaths(paths(subject), ptSubject, true);
+    if (clip) c.AddPaths(paths(*clip), ptClip, true);
     Paths solution;
     c.Execute(types[std::clamp(clipType, 0, 3)], solution, fill, fill);
     KShape* out = KFromPaths(solution);

@@ -11,6 +11,8 @@ ClipperLib::Paths KToPaths(const KShape& shape, float scale = kClipScale);
 // One shape, a closed sub-path per path; the header is empty.
 KShape* KFromPaths(const ClipperLib::Paths& paths, float scale = kClipScale);
 
+// Steps per curve when a curved shape enters a boolean.
+constexpr int32_t kBooleanCurveSteps = 16;
 // clipType: 0 intersection, 1 union, 2 difference, 3 xor; fillType: 0 even/odd, 1 non-zero.
 KShape* KBooleanShape(const KShape& subject, const KShape* clip, int32_t clipType, int32_t fillType);
 

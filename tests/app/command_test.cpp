@@ -230,6 +230,12 @@ TEST_F(CommandTest, CommandLineErrorsNameTheThingAndLeaveNothingBehind)
         {"run S_1 Image=in.png -o in.png", "would overwrite the input in.png"},
         {"run S_1 Image=in.png -o out.txt", "not an image file name"},
         {"run Random -o x.png", "-o x.png: Random makes a number, printed on standard output or written to a .txt or .json file"},
+        // Regions: the plane and size of a slice.
+        {"run rCube --slice w=1 -o s.png", "--slice takes x=, y= or z= and a number, got 'w=1'"},
+        {"run rCube --slice z=nan -o s.png", "--slice takes x=, y= or z= and a number, got 'z=nan'"},
+        {"run rCube --size 4x -o s.png", "--size takes WIDTHxHEIGHT, got '4x'"},
+        {"run Invert Image=in.png --slice z=0 -o o.png", "--slice is for tools that make a region, and Invert makes none"},
+        {"run rCube -o s.svg", "-o s.svg: rCube makes a Region value"},
     };
     for (const auto& [args, what] : rows) ExpectBadInput(Run(args), what);
     if (geteuid() != 0) {  // root enters any folder
@@ -285,6 +291,8 @@ TEST_F(CommandTest, FlowErrorsAreFoundBeforeAnyFrameRenders)
          "Savers a and b would both write out.0001.png"},
         {"[1, 3]", p("", saver("still", "out.png", "p")),
          "Saver still would write out.png over again on each of 3 frames: put # in its file name"},
+        {"[1, 1]", R"("r": { "tool": "rCube" }, )" + saver("out", "out.txt", "r"),
+         "Saver out: a Region value is written to .exr, .png, .tif, .tiff, .jpg, .jpeg, .dpx, .csv, .json, not out.txt"},
     };
     for (const auto& r : rows) {
         WriteFlow(r.frames, r.tools);

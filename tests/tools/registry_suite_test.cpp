@@ -4,11 +4,13 @@
 // defaults read back from the host within their ranges; image tools render
 // odd sizes down to one pixel in both depths, finite, alike on one thread, two
 // and none, and through a flow as their effect driven directly; number and
-// text tools give defined values at any time, through a flow as from their effect.
+// text tools give defined values at any time, through a flow as from their effect;
+// tools with a table input treat channels of every type alike both ways.
 #include <cctype>
 #include <set>
 #include "bridge/catalogue.h"
 #include "bridge/value_kinds.h"
+#include "data/table.h"
 #include "support.h"
 
 using namespace zvtest;
@@ -177,6 +179,22 @@ protected:
 };
 
 class ValueTool : public testing::TestWithParam<std::string> {};
+class TableTool : public testing::TestWithParam<std::string> {};
+
+// Registered tools with a table among their inputs.
+std::vector<std::string> TableClasses()
+{
+    std::vector<std::string> names;
+    for (const std::string& name : Classes(false)) {
+        Tool<> t(name);
+        for (KParameter* p = t.effect->inputs(); p; p = p->Next())
+            if (p->valueKind == kValueData) {
+                names.push_back(name);
+                break;
+            }
+    }
+    return names;
+}
 
 // Defaults, then each size and depth: its geometry, finite pixels and the
 // effect's own; then threads.
@@ -224,6 +242,59 @@ TEST_P(ValueTool, DefaultsAndValuesAtAnyTime)
     }
 }
 
+// A table's dump and every stored number, for comparing tables whole.
+std::string Content(const KDataTable* t)
+{
+    if (!t) return "<none>";
+    std::string text = t->Dump();
+    for (size_t c = 0; c < t->ChannelCount(); ++c) {
+        for (int32_t v : t->Channel(c)->ints) text += " " + std::to_string(v);
+        for (float v : t->Channel(c)->floats) text += " " + testing::PrintToString(v);
+        text += "\n";
+    }
+    return text;
+}
+
+// Tools with a table input, given channels of every type: finite numbers, the
+// same through a flow as from the effect, and the given table left as it was.
+TEST_P(TableTool, ChannelsOfEveryType)
+{
+    KDataTable table;
+    int32_t count = 5;
+    for (int32_t type : {kDataBool, kDataInteger, kDataFloat, kDataVector2, kDataVector3, kDataColor, kDataText}) {
+        auto c = KDataChannel::Create("c" + std::to_string(type), type, count--);
+        for (size_t i = 0; i < c->ints.size(); ++i) c->ints[i] = int32_t(i % 2);
+        for (size_t i = 0; i < c->floats.size(); ++i) c->floats[i] = float(i) * 0.37f - 1.0f;
+        table.Add(std::move(c));
+    }
+    const std::string before = Content(&table);
+    ToolFlow f(GetParam());
+    Tool<> direct(GetParam());
+    const KValueKind& kind = *KFindValueKind(kValueData);
+    KDataTable* lent = &table;
+    int32_t fed = 0;
+    for (KInput* k = ToolOf(f.node.op.get())->inputs.First(); k; k = k->Next())
+        if (k->parameter->valueKind == kValueData) {
+            f.flow.SetValue(f.node, k->hostInput, kind.write(&lent));
+            *static_cast<KDataTable**>(direct.Param(k->parameter->name).field) = table.Clone().release();
+            ++fed;
+        }
+    ASSERT_GT(fed, 0);
+    direct.Run(0.0f);
+    f.flow.BeginFrame();
+    const host::Value v = f.flow.Evaluate(f.node, f.node.op->FindOutput("Output"), 0.0);
+    KDataTable* got = nullptr;
+    kind.read(v.get(), &got);
+    const KDataTable* made = *static_cast<KDataTable**>(direct.Output());
+    EXPECT_EQ(Content(got), Content(made));
+    for (size_t c = 0; got && c < got->ChannelCount(); ++c)
+        for (float x : got->Channel(c)->floats) EXPECT_TRUE(std::isfinite(x)) << got->Channel(c)->name;
+    EXPECT_EQ(Content(&table), before);
+    kind.release(&got);
+    for (KParameter* p = direct.effect->inputs(); p; p = p->Next())
+        if (p->valueKind == kValueData) kind.release(p->field);
+}
+
 // Declarations whose words or limits a tidy rewrite would lose: spellings
 // and names kept as the user sees them, ids cut at "(", odd pages, limits
 // hard at one end only, and the codes of old flows as aliases.
@@ -263,5 +334,6 @@ TEST(RegisteredTools, InputsKeepTheirOddities)
 
 INSTANTIATE_TEST_SUITE_P(Registered, ImageTool, testing::ValuesIn(Classes(true)), Named);
 INSTANTIATE_TEST_SUITE_P(Registered, ValueTool, testing::ValuesIn(Classes(false)), Named);
+INSTANTIATE_TEST_SUITE_P(Registered, TableTool, testing::ValuesIn(TableClasses()), Named);
 
 }  // namespace
