@@ -3,7 +3,9 @@
 // areas and corners.
 #include <cmath>
 #include <memory>
+#include "bridge/value_kinds.h"
 #include "data/table.h"
+#include "host/imageio.h"
 #include "raster/image.h"
 #include "shape/create.h"
 #include "shape/effect_shape.h"
@@ -237,4 +239,26 @@ TEST(ShapeTrace, ADiscKeepsItsAreaAndASquareItsFourCorners)
         ASSERT_EQ(none.At(0)->count, 1);
         EXPECT_EQ(none.At(0)->First()->NodeCount(), 0);
     }
+}
+
+TEST(ShapePrimitive, AnImageFileGetsTheShapesRendered)
+{
+    Tool<> t("ZV_ShapePrimitiveCreate");
+    t.Set("Type", 2);
+    t.Set("Size X", 0.5);
+    t.Set("Size Y", 0.25);
+    const ShapeListVector* made = &Made(t);
+    const host::Value v = KFindValueKind(kValueShape)->write(&made);
+    const std::string path = testing::TempDir() + "zv_rectangle.png";
+    host::FindParameterClass(v->TypeId())->write(*v, path, ".png", {{"size", "64x36"}});
+    zvtest::Img back(KImage::Wrap(host::ReadImage(path), true));
+    std::remove(path.c_str());
+    ASSERT_EQ(std::make_pair(back->width, back->height), std::make_pair(64, 36));
+    // A rectangle half the width across and a quarter of it up, in the middle, on clear.
+    int32_t covered = 0;
+    for (int32_t y = 0; y < 36; ++y)
+        for (int32_t x = 0; x < 64; ++x) covered += zvtest::At<KPixel>(*back, x, y).a == 65535;
+    EXPECT_EQ(covered, 32 * 16);
+    EXPECT_EQ(zvtest::At<KPixel>(*back, 32, 18).r, 65535u);
+    EXPECT_EQ(zvtest::At<KPixel>(*back, 2, 2).a, 0u);
 }

@@ -98,7 +98,7 @@ TEST(ShapeResample, EvenStepsAlongThePath)
     EXPECT_EQ(beyond.Nodes()[1].y, 0.5f);
 }
 
-TEST(ShapeTools, ShiftsTheStartThenOpensOrCloses)
+TEST(ShapeStartAndClosure, ShiftsTheStartThenOpensOrCloses)
 {
     auto square = Rect(0, 0, 1, 1);
     std::unique_ptr<KShape> shifted(KShiftStart(*square, 1.375f));
