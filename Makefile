@@ -31,6 +31,7 @@ demo: build
 	$(BUILD)/app/zelvarine render examples/shapes.json
 	$(BUILD)/app/zelvarine render examples/flur.json
 	$(BUILD)/app/zelvarine render examples/time.json
+	$(BUILD)/app/zelvarine render examples/shape_gallery.json
 	@echo "demo: results are in $(CURDIR)/out"
 
 catalogue: build

@@ -119,7 +119,8 @@ host::Value ParseValue(const host::Input& input, const std::string& where, const
         if (kind && kind->typeId == input.attrs.typeId) return kind->read(text);
         const host::ParameterClass* wanted = host::FindParameterClass(input.attrs.typeId);
         std::string list;
-        for (const std::string& e : wanted ? wanted->extensions : std::vector<std::string>{}) list += (list.empty() ? "" : ", ") + e;
+        const std::vector<std::string> none, &read = !wanted ? none : wanted->readExtensions.empty() ? wanted->extensions : wanted->readExtensions;
+        for (const std::string& e : read) list += (list.empty() ? "" : ", ") + e;
         if (!wanted || !wanted->read || list.empty())
             throw BadInput(where + " takes " + DescribeType(input) + ", which cannot be given on the command line");
         throw BadInput(where + " takes " + DescribeType(input) + " from a " + list + " file, got '" + text + "'");

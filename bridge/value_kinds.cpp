@@ -121,9 +121,10 @@ const KValueKind* KFindValueKind(int32_t valueKind)
 bool KAddValueKind(KValueKind kind)
 {
     if (!kind.typeId.empty()) {
-        host::ParameterClass c{kind.typeId, kind.name, kind.extensions, nullptr, kind.options, nullptr};
+        host::ParameterClass c{kind.typeId, kind.name, kind.extensions, nullptr, kind.options, nullptr, {}};
         if (kind.writeFile) c.write = kind.writeFile;
         if (kind.readFile) c.read = kind.readFile;
+        c.readExtensions = kind.readExtensions;
         host::RegisterParameterClass(c);
     }
     for (KValueKind& k : Kinds())

@@ -36,6 +36,7 @@ struct KValueKind {
     // Reads a file of one of the extensions into a value (a shape from .svg),
     // for a Loader or a command line; throws host::BadInput. Null: no files read.
     host::Value (*readFile)(const std::string& path) = nullptr;
+    std::vector<std::string> readExtensions{};  // those readFile takes, when fewer; empty: all
 };
 
 // A wrapper, not owning, of the image a value carries; null for no image.

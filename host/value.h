@@ -100,6 +100,8 @@ struct ParameterClass {
     // Reads a file of one of the extensions into a value, or throws BadInput
     // naming the file and what is wrong; empty for a class that reads no files.
     std::function<Value(const std::string& path)> read;
+    // The extensions `read` takes, when fewer than those written; empty: all.
+    std::vector<std::string> readExtensions;
 };
 void RegisterParameterClass(const ParameterClass& info);
 const ParameterClass* FindParameterClass(const std::string& typeId);
