@@ -59,6 +59,15 @@ const host::ParameterClass* WrittenClass(const host::Input& in)
     return c && c->parse ? c : nullptr;
 }
 
+host::Value Parsed(const host::ParameterClass& c, const json& v, const FlowFile& ff, const std::string& where)
+{
+    try {
+        return c.parse(v.dump(), ff.folder);
+    } catch (const BadInput& e) {
+        throw BadInput(where + ": " + e.what());
+    }
+}
+
 void SetInput(FlowFile& ff, host::Flow::Node& node, const std::string& id, const json& v)
 {
     host::Input* in = ResolveInput(*node.op, "tool " + node.name, id);
@@ -116,7 +125,7 @@ void SetInput(FlowFile& ff, host::Flow::Node& node, const std::string& id, const
             // Each key a value of the class; neighbours must blend, which is
             // checked now rather than at the frame that needs it.
             std::map<double, host::Value> k;
-            for (auto& [t, val] : keys.items()) k[Time(t, where)] = c->parse(val.dump(), ff.folder);
+            for (auto& [t, val] : keys.items()) k[Time(t, where)] = Parsed(*c, val, ff, where + " at key " + t);
             for (auto a = k.begin(), b = std::next(a); b != k.end(); ++a, ++b) {
                 try {
                     c->interpolate(*a->second, *b->second, 0.5);
@@ -147,7 +156,7 @@ void SetInput(FlowFile& ff, host::Flow::Node& node, const std::string& id, const
     }
     default:
         if (const host::ParameterClass* c = WrittenClass(*in))
-            return ff.flow.SetValue(node, in, c->parse(v.dump(), ff.folder));
+            return ff.flow.SetValue(node, in, Parsed(*c, v, ff, where));
         throw BadInput(where + " takes " + DescribeType(*in) + ": connect it with {\"from\": \"tool\"}");
     }
 }

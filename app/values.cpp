@@ -117,8 +117,13 @@ host::Value ParseValue(const host::Input& input, const std::string& where, const
         // A value of a kind's own comes from a file that kind reads (a shape
         // from .svg), or is written out as JSON where the kind reads that.
         const host::ParameterClass* wanted = host::FindParameterClass(input.attrs.typeId);
-        if (wanted && wanted->parse && !text.empty() && (text[0] == '{' || text[0] == '['))
-            return wanted->parse(text, ".");
+        if (wanted && wanted->parse && !text.empty() && (text[0] == '{' || text[0] == '[')) {
+            try {
+                return wanted->parse(text, ".");
+            } catch (const BadInput& e) {
+                throw BadInput(where + ": " + e.what());
+            }
+        }
         const host::ParameterClass* kind = host::FindParameterClassReading(host::FileExtension(text));
         if (kind && kind->typeId == input.attrs.typeId) return kind->read(text);
         std::string list;

@@ -20,7 +20,6 @@ using host::BadInput;
 using json = nlohmann::json;
 
 constexpr const char* kTypeId = "TorvenMarsh.ZV_MorphParameter";
-const std::string kWhat = "morph setup";
 
 class KMorphParameter : public host::Parameter {
 public:
@@ -95,7 +94,7 @@ struct Traced {
 };
 std::vector<Traced> TraceSvg(const std::string& path)
 {
-    host::CheckReadableFile(path, host::kMaxFlowFileBytes, "SVG file", kWhat);
+    host::CheckReadableFile(path, host::kMaxFlowFileBytes, "SVG file");
     KSvgRead read;
     try {
         read = KReadSvgFile(path);
@@ -127,13 +126,13 @@ MW_WarpData FromSvg(const json& spec, const std::string& folder)
 {
     const json& files = spec["svg"];
     if (!files.is_array() || files.size() != 2 || !files[0].is_string() || !files[1].is_string())
-        throw BadInput(kWhat + ": \"svg\" names two SVG files, [first, second]");
+        throw BadInput("\"svg\" names two SVG files, [first, second]");
     std::optional<bool> spline;
     for (auto& [key, _] : spec.items())
         if (key != "svg" && key != "spline")
-            throw BadInput(kWhat + ": unknown key \"" + key + "\" beside \"svg\" (\"spline\" may stand there)");
+            throw BadInput("unknown key \"" + key + "\" beside \"svg\" (\"spline\" may stand there)");
     if (spec.contains("spline")) {
-        if (!spec["spline"].is_boolean()) throw BadInput(kWhat + ": \"spline\" is true or false");
+        if (!spec["spline"].is_boolean()) throw BadInput("\"spline\" is true or false");
         spline = spec["spline"].get<bool>();
     }
     auto resolved = [&](const json& f) {
@@ -142,15 +141,15 @@ MW_WarpData FromSvg(const json& spec, const std::string& folder)
     };
     const std::string firstPath = resolved(files[0]), secondPath = resolved(files[1]);
     const std::vector<Traced> first = TraceSvg(firstPath), second = TraceSvg(secondPath);
-    if (first.empty()) throw BadInput(kWhat + ": " + firstPath + " has no path to morph by");
+    if (first.empty()) throw BadInput(firstPath + " has no path to morph by");
     if (first.size() != second.size())
-        throw BadInput(kWhat + ": " + firstPath + " has " + std::to_string(first.size()) + " paths and " + secondPath +
+        throw BadInput(firstPath + " has " + std::to_string(first.size()) + " paths and " + secondPath +
                        " " + std::to_string(second.size()) + "; they pair up in order");
     MW_WarpData data;
     for (size_t i = 0; i < first.size(); ++i) {
         const Traced &a = first[i], &b = second[i];
         if (a.points.size() != b.points.size())
-            throw BadInput(kWhat + ": path " + std::to_string(i + 1) + " has " + std::to_string(a.points.size()) +
+            throw BadInput("path " + std::to_string(i + 1) + " has " + std::to_string(a.points.size()) +
                            " points in " + firstPath + " and " + std::to_string(b.points.size()) + " in " + secondPath);
         WarpCurve c;
         c.spline = spline.value_or(a.curved || b.curved);
@@ -167,22 +166,22 @@ host::Value Parse(const std::string& text, const std::string& folder)
     try {
         spec = json::parse(text);
     } catch (const json::exception&) {
-        throw BadInput(kWhat + " is not valid JSON: " + text.substr(0, 60));
+        throw BadInput("not valid JSON: " + text.substr(0, 60));
     }
     if (spec.is_object() && spec.contains("svg")) return std::make_shared<KMorphParameter>(FromSvg(spec, folder));
     const json* curves = &spec;
     if (spec.is_object()) {
         for (auto& [key, _] : spec.items())
             if (key != "curves")
-                throw BadInput(kWhat + ": unknown key \"" + key + "\" (give \"curves\" or \"svg\")");
-        if (!spec.contains("curves")) throw BadInput(kWhat + " gives \"curves\" or \"svg\"");
+                throw BadInput("unknown key \"" + key + "\" (give \"curves\" or \"svg\")");
+        if (!spec.contains("curves")) throw BadInput("give \"curves\" or \"svg\"");
         curves = &spec["curves"];
     }
     if (!curves->is_array())
-        throw BadInput(kWhat + " is a list of curves, each a list of [x1, y1, x2, y2] points, got " + curves->dump());
+        throw BadInput("a list of curves, each a list of [x1, y1, x2, y2] points, was expected, got " + curves->dump());
     MW_WarpData data;
     int32_t i = 0;
-    for (const json& c : *curves) data.curves.push_back(CurveOf(c, kWhat + ": curve " + std::to_string(++i)));
+    for (const json& c : *curves) data.curves.push_back(CurveOf(c, "curve " + std::to_string(++i)));
     return std::make_shared<KMorphParameter>(std::move(data));
 }
 
