@@ -143,8 +143,8 @@ MW_WarpData FromSvg(const json& spec, const std::string& folder)
     const std::vector<Traced> first = TraceSvg(firstPath), second = TraceSvg(secondPath);
     if (first.empty()) throw BadInput(firstPath + " has no path to morph by");
     if (first.size() != second.size())
-        throw BadInput(firstPath + " has " + std::to_string(first.size()) + " paths and " + secondPath +
-                       " " + std::to_string(second.size()) + "; they pair up in order");
+        throw BadInput(firstPath + " has " + std::to_string(first.size()) + (first.size() == 1 ? " path" : " paths") +
+                       " and " + secondPath + " " + std::to_string(second.size()) + "; they pair up in order");
     MW_WarpData data;
     for (size_t i = 0; i < first.size(); ++i) {
         const Traced &a = first[i], &b = second[i];

@@ -173,6 +173,14 @@ protected:
         const bool source = t.effect->HasFeature(kFeatureSource);
         Img plate = source ? Img(KImage::Create(w, std::max(h, 2), isFloat)) : Plate(w, h, isFloat);
         AsTheBridgeLeavesThem(*t.effect, *plate, source);
+        // A tool that asks for other frames gets the plate in each slot it
+        // wants, as a flow gives an unconnected input's image at any time.
+        if (const int32_t n = t.effect->GetFrameTimes(0, 0.0f, nullptr); n > 1) {
+            std::vector<float> times(n);
+            t.effect->GetFrameTimes(0, 0.0f, times.data());
+            for (int32_t i = 0; i < n; ++i)
+                if (times[i] != 1e10f) t.Image().frames[i].reset(KImage::Wrap(plate->HostImage(), false));
+        }
         return source ? t.Make(w, std::max(h, 2), isFloat, true) : t.Run(plate.get(), true);
     }
 };
