@@ -35,6 +35,7 @@ void Flow::SetKeys(Node& node, Input* input, const std::map<double, double>& key
     Forget();
     input->keys.numbers = keys;
     input->keys.points.clear();
+    input->keys.values.clear();
     if (!keys.empty()) node.op->NotifyChanged(input, input->ValueAt(keys.begin()->first).get(),
                                               keys.begin()->first);
 }
@@ -45,6 +46,16 @@ void Flow::SetPointKeys(Node& node, Input* input,
     Forget();
     input->keys.points = keys;
     input->keys.numbers.clear();
+    input->keys.values.clear();
+    if (!keys.empty()) node.op->NotifyChanged(input, input->ValueAt(keys.begin()->first).get(),
+                                              keys.begin()->first);
+}
+
+void Flow::SetValueKeys(Node& node, Input* input, const std::map<double, Value>& keys)
+{
+    input->keys.values = keys;
+    input->keys.numbers.clear();
+    input->keys.points.clear();
     if (!keys.empty()) node.op->NotifyChanged(input, input->ValueAt(keys.begin()->first).get(),
                                               keys.begin()->first);
 }

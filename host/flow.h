@@ -32,6 +32,8 @@ public:
     void SetKeys(Node& node, Input* input, const std::map<double, double>& keys);
     void SetPointKeys(Node& node, Input* input,
                       const std::map<double, std::pair<double, double>>& keys);
+    // Keys of a custom class's values, blended by the class between keys.
+    void SetValueKeys(Node& node, Input* input, const std::map<double, Value>& keys);
     void Connect(Node& to, Input* input, Node& from, const Output* output);
     const Connection* ConnectionOf(const Input* input) const;
 
