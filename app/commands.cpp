@@ -245,29 +245,9 @@ void CheckOutput(const std::string& output, const std::vector<std::string>& inpu
 
 // Written under a temporary name in the same folder and renamed when complete:
 // `write` fills the temporary file, and throws naming what went wrong.
-void WriteWhole(const std::string& path, const std::function<void(const std::string&)>& write)
-{
-    const fs::path target(path);
-    // The temporary keeps the extension, by which writers pick the format.
-    const fs::path temp = target.parent_path() / ("." + target.stem().string() + ".tmp" + std::to_string(getpid()) +
-                                                  target.extension().string());
-    std::error_code ec;
-    try {
-        write(temp.string());
-    } catch (...) {
-        fs::remove(temp, ec);
-        throw;
-    }
-    fs::rename(temp, target, ec);
-    if (ec) {
-        fs::remove(temp, ec);
-        throw BadInput("cannot write " + path + ": " + ec.message());
-    }
-}
-
 void WriteText(const std::string& path, const std::string& text)
 {
-    WriteWhole(path, [&](const std::string& temp) {
+    host::WriteThroughTemporary(path, [&](const std::string& temp) {
         std::ofstream file(temp, std::ios::binary);
         file << text;
         file.close();
@@ -416,7 +396,7 @@ int RunCommand(const RunOptions& o)
         host::Value v = flow.Evaluate(node, main, o.time);
         if (!v) throw BadInput(reg.name + " made no value to write to " + o.output);
         const host::ParameterClass& kind = *host::FindParameterClass(main->typeId);
-        WriteWhole(o.output, [&](const std::string& temp) { kind.write(*v, temp, ext, options); });
+        host::WriteThroughTemporary(o.output, [&](const std::string& temp) { kind.write(*v, temp, ext, options); });
         return 0;
     }
     const auto& outs = node.op->Outputs();

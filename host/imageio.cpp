@@ -264,21 +264,13 @@ Image* ReadImage(const std::string& path)
     return img;
 }
 
-void WriteImage(const Image& image, const std::string& path, FileDepth depth)
-{
-    if (!IsImageFileName(path)) throw BadInput("not an image file name: " + path);
-    const fs::path target(path);
-    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
-    if (!fs::is_directory(folder)) throw BadInput("cannot write " + path + ": no folder " + folder.string());
-    if (access(folder.c_str(), W_OK) != 0) throw BadInput("cannot write " + path + ": folder not writable");
-    if (fs::exists(target) && access(target.c_str(), W_OK) != 0)
-        throw BadInput("cannot write " + path + ": file not writable");
+namespace {
 
-    // The temporary keeps the extension so the writer picks the same format.
-    const fs::path temp = folder / ("." + target.stem().string() + ".tmp" +
-                                    std::to_string(getpid()) + target.extension().string());
+// The picture into an open temporary `temp` of the file `path`.
+void WriteOpenImageIO(const Image& image, const std::string& path, const std::string& temp, FileDepth depth)
+{
     QuietStderr quiet;
-    auto out = OIIO::ImageOutput::create(temp.string());
+    auto out = OIIO::ImageOutput::create(temp);
     if (!out) throw BadInput("cannot write " + path + ": " + FirstLine(OIIO::geterror()));
 
     OIIO::TypeDesc format;
@@ -319,11 +311,7 @@ void WriteImage(const Image& image, const std::string& path, FileDepth depth)
         }
     }
     spec.attribute("PixelAspectRatio", static_cast<float>(image.XAspect() / image.YAspect()));
-    if (!out->open(temp.string(), spec)) {
-        std::error_code ec;
-        fs::remove(temp, ec);
-        throw BadInput("cannot write " + path + ": " + FirstLine(out->geterror()));
-    }
+    if (!out->open(temp, spec)) throw BadInput("cannot write " + path + ": " + FirstLine(out->geterror()));
     bool ok;
     // The file's first row is the picture's top one: written from the last row upward.
     const OIIO::stride_t pixel = static_cast<OIIO::stride_t>(image.PixelBytes());
@@ -351,12 +339,37 @@ void WriteImage(const Image& image, const std::string& path, FileDepth depth)
         ok = out->write_image(OIIO::TypeDesc::UINT16, top, pixel, up);
     }
     ok = out->close() && ok;
-    if (!ok) {
-        std::error_code ec;
-        fs::remove(temp, ec);
-        throw BadInput("cannot write " + path + ": " + FirstLine(out->geterror()));
-    }
+    if (!ok) throw BadInput("cannot write " + path + ": " + FirstLine(out->geterror()));
+}
+
+}  // namespace
+
+void WriteImage(const Image& image, const std::string& path, FileDepth depth)
+{
+    if (!IsImageFileName(path)) throw BadInput("not an image file name: " + path);
+    const fs::path target(path);
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    if (!fs::is_directory(folder)) throw BadInput("cannot write " + path + ": no folder " + folder.string());
+    if (access(folder.c_str(), W_OK) != 0) throw BadInput("cannot write " + path + ": folder not writable");
+    if (fs::exists(target) && access(target.c_str(), W_OK) != 0)
+        throw BadInput("cannot write " + path + ": file not writable");
+
+    WriteThroughTemporary(path, [&](const std::string& temp) { WriteOpenImageIO(image, path, temp, depth); });
+}
+
+void WriteThroughTemporary(const std::string& path, const std::function<void(const std::string& temp)>& write)
+{
+    const fs::path target(path);
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    const fs::path temp = folder / ("." + target.stem().string() + ".tmp" + std::to_string(getpid()) +
+                                    target.extension().string());
     std::error_code ec;
+    try {
+        write(temp.string());
+    } catch (...) {
+        fs::remove(temp, ec);
+        throw;
+    }
     fs::rename(temp, target, ec);
     if (ec) {
         fs::remove(temp, ec);

@@ -1,6 +1,7 @@
 // Image files through OpenImageIO, and frame sequences named with '#' runs
 // (plate.####.exr) or printf patterns (plate.%04d.exr).
 #pragma once
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -36,8 +37,13 @@ Image* ReadImage(const std::string& path);
 // larger than the host's limits.
 void CheckImageFile(const std::string& path);
 
-// Writes through a temporary name in the same folder and renames it when
-// complete, so a failed write leaves nothing behind. Throws BadInput.
+// Any file written whole: `write` fills a temporary of the same folder and
+// extension (by which writers pick the format), renamed to `path` when
+// complete, so a failed write leaves nothing behind and no half-written file.
+// Throws BadInput, or what `write` throws.
+void WriteThroughTemporary(const std::string& path, const std::function<void(const std::string& temp)>& write);
+
+// Writes through a temporary name as above. Throws BadInput.
 void WriteImage(const Image& image, const std::string& path, FileDepth depth);
 
 // True when the extension names an image format that can be written.

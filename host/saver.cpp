@@ -27,25 +27,11 @@ const ParameterClass* WriterOf(const Value& value, const std::string& path)
                                                                                                        : nullptr;
 }
 
-// Through the class's writer to a temporary name, renamed when complete.
+// Through the class's writer, whole or not at all.
 void WriteValue(const Parameter& value, const ParameterClass& kind, const std::string& path)
 {
-    const fs::path target(path);
     const std::string ext = FileExtension(path);
-    const fs::path temp = (target.has_parent_path() ? target.parent_path() : fs::path(".")) /
-                          ("." + target.stem().string() + ".tmp" + std::to_string(getpid()) + target.extension().string());
-    std::error_code ec;
-    try {
-        kind.write(value, temp.string(), ext, {});
-    } catch (...) {
-        fs::remove(temp, ec);
-        throw;
-    }
-    fs::rename(temp, target, ec);
-    if (ec) {
-        fs::remove(temp, ec);
-        throw BadInput("cannot write " + path + ": " + ec.message());
-    }
+    WriteThroughTemporary(path, [&](const std::string& temp) { kind.write(value, temp, ext, {}); });
 }
 
 class Saver : public ThreadedOperator {
