@@ -17,6 +17,7 @@
 #include <cmath>
 #include <cstring>
 #include <memory>
+#include <type_traits>
 #include <vector>
 #include "framework/effect.h"
 #include "framework/registration.h"
@@ -91,8 +92,6 @@ inline int64_t Clamp(int64_t i, int64_t n) { return std::clamp<int64_t>(i, 0, n 
 
 // What a strip's part of a row holds.
 enum : uint8_t { kLit = 1, kOpen = 2, kThin = 4 };
-
-template <class T> bool Zero(T v) { return v == T(0) && !std::signbit(static_cast<float>(v)); }
 
 }  // namespace
 
@@ -203,19 +202,24 @@ private:
         else return image->RowW(y);
     }
 
-    // What pixels x0..x1-1 of a row hold.
+    // What pixels x0..x1-1 of a row hold; any set bit is something, a
+    // negative zero too.
     template <class T> uint8_t Holds(const T* row, int32_t x0, int32_t x1) const
     {
+        using Bits = std::conditional_t<std::is_same_v<T, float>, uint32_t, uint16_t>;
         const T one = std::is_same_v<T, float> ? T(1) : T(65535);
-        const float thin = std::is_same_v<T, float> ? interrupt : interrupt * 65535.0f;
-        uint8_t f = 0;
+        const float thinAt = std::is_same_v<T, float> ? interrupt : interrupt * 65535.0f;
+        Bits bits = 0;
+        bool open = false, thin = false;
         for (int32_t x = x0; x < x1; ++x) {
             const T* p = row + 4 * x;
-            if (!(Zero(p[0]) && Zero(p[1]) && Zero(p[2]) && Zero(p[3]))) f |= kLit;
-            if (p[3] < one) f |= kOpen;
-            if (static_cast<float>(p[3]) < thin) f |= kThin;
+            Bits b[4];
+            std::memcpy(b, p, sizeof b);
+            bits |= b[0] | b[1] | b[2] | b[3];
+            open |= p[3] < one;
+            thin |= static_cast<float>(p[3]) < thinAt;
         }
-        return f;
+        return (bits ? kLit : 0) | (open ? kOpen : 0) | (thin ? kThin : 0);
     }
 
     template <class T> void Run(int32_t pass, int32_t job, KImage* source, KImage* target)
@@ -267,7 +271,7 @@ private:
                 const T* s = Row<T>(source, y);
                 std::memcpy(Row<T>(target, y) + 4 * x0, s + 4 * x0, sizeof(T) * 4 * size_t(x1 - x0));
                 Flag(j, y) = Holds(s, x0, x1);
-                gives[y] = Holds(s, r0, r1 + 1) & kLit;
+                gives[y] = (Flag(j, y) | Holds(s, r0, x0) | Holds(s, x1, r1 + 1)) & kLit;
             }
         } else {
             const int32_t j0 = r0 / stripWidth, j1 = r1 / stripWidth;
