@@ -30,6 +30,9 @@ demo: build
 	$(BUILD)/app/zelvarine render examples/data.json
 	$(BUILD)/app/zelvarine render examples/shapes.json
 	$(BUILD)/app/zelvarine render examples/flur.json
+	$(BUILD)/app/zelvarine render examples/time.json
+	$(BUILD)/app/zelvarine render examples/shape_gallery.json
+	$(BUILD)/app/zelvarine render examples/morph.json
 	@echo "demo: results are in $(CURDIR)/out"
 
 catalogue: build

@@ -84,6 +84,55 @@ std::vector<const host::Registration*> SortedTools()
     return all;
 }
 
+// A progress line on a terminal: frames done, time per frame, time left.
+class Progress {
+public:
+    // Shown for more than one frame, and only on a terminal.
+    Progress(int total) : total_(total), shown_(total > 1 && isatty(STDERR_FILENO)), start_(Clock::now()) {}
+    void Frame(int done)
+    {
+        if (!shown_) return;
+        const double elapsed = std::chrono::duration<double>(Clock::now() - start_).count();
+        const double each = done ? elapsed / done : 0.0;
+        const int width = 30, filled = total_ ? width * done / total_ : width;
+        std::fprintf(stderr, "\r[%s%s] %d/%d frames  %.2f s/frame  %.1f s left ",
+                     std::string(filled, '#').c_str(), std::string(width - filled, '.').c_str(), done,
+                     total_, each, each * (total_ - done));
+        std::fflush(stderr);
+    }
+    void Done()
+    {
+        if (shown_) std::fprintf(stderr, "\n");
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    int total_;
+    bool shown_;
+    Clock::time_point start_;
+};
+
+// Frames A or A-B as --frames gives them.
+std::pair<int, int> ParseFrames(const std::string& text)
+{
+    // A lone frame, or A-B; the dash after a leading sign parts them.
+    const size_t dash = text.find('-', 1);
+    int64_t a = 0, b = 0;
+    if (!ParseWhole(text.substr(0, dash), a) || (dash != std::string::npos && !ParseWhole(text.substr(dash + 1), b)))
+        throw BadInput("--frames takes A or A-B, whole frame numbers, got '" + text + "'");
+    return FrameRange(a, dash == std::string::npos ? a : b, "--frames " + text);
+}
+
+// --cache-mb: the frame cache's budget in bytes.
+void SetCacheBudget(host::Flow& flow, const std::string& text)
+{
+    if (text.empty()) return;
+    int64_t mb = 0;
+    if (!ParseWhole(text, mb) || mb < 0 || mb > (int64_t(1) << 30))
+        throw BadInput("--cache-mb takes a whole number of megabytes from 0, got '" + text + "'");
+    flow.cacheBudget = uint64_t(mb) << 20;
+}
+
 }  // namespace
 
 int ToolsCommand(bool asJson)
@@ -284,11 +333,25 @@ int RunCommand(const RunOptions& o)
         if (eq == std::string::npos || eq == 0) throw BadInput("expected ID=VALUE, got '" + a + "'");
         const std::string id = a.substr(0, eq), text = a.substr(eq + 1);
         host::Input* in = ResolveInput(*node.op, reg.name, id);
-        if (in->attrs.dataType == DataType::Image || in->attrs.dataType == DataType::Mask ||
-            in->attrs.dataType == DataType::Custom || in->attrs.control == host::Control::File)
+        const bool image = in->attrs.dataType == DataType::Image || in->attrs.dataType == DataType::Mask;
+        if (image && host::IsSequence(text)) {
+            // A sequence comes through a Loader, which finds the frame of each time asked.
+            if (depth) throw BadInput("--depth converts single images; the frames of " + text + " keep their files' depth");
+            const auto range = host::SequenceRange(text);
+            if (!range) throw BadInput("input " + id + " of " + reg.name + ": no file of the sequence " + text);
+            for (int f = range->first; f <= range->second; ++f) files.push_back(host::FramePath(text, f));
+            host::Flow::Node& loader = flow.Add("Loader " + id, ResolveTool("Loader"));
+            flow.SetValue(loader, loader.op->FindInput("File"), host::MakeText(text));
+            flow.Connect(node, in, loader, loader.op->MainOutput());
+            continue;
+        }
+        if (image || in->attrs.dataType == DataType::Custom || in->attrs.control == host::Control::File)
             files.push_back(text);
         flow.SetValue(node, in, ParseValue(*in, "input " + id + " of " + reg.name, text, depth), o.time);
     }
+    SetCacheBudget(flow, o.cacheMb);
+    std::optional<std::pair<int, int>> frames;
+    if (!o.frames.empty()) frames = ParseFrames(o.frames);
 
     const host::Output* main = node.op->MainOutput();
     const bool makesImage = main && main->dataType == DataType::Image;
@@ -305,7 +368,17 @@ int RunCommand(const RunOptions& o)
         if (o.output.empty()) throw BadInput(reg.name + " makes an image: give -o FILE");
         if (!host::IsImageFileName(o.output))
             throw BadInput("-o " + o.output + ": not an image file name (.exr, .tif, .png, .jpg, .dpx, ...)");
-        CheckOutput(o.output, files);
+        if (frames && frames->first != frames->second && !host::IsSequence(o.output))
+            throw BadInput("-o " + o.output + " would be written over again on each of " +
+                           std::to_string(frames->second - frames->first + 1) +
+                           " frames: put # in its name for the frame number (name.####.exr)");
+        if (frames)
+            for (int f = frames->first; f <= frames->second; ++f) CheckOutput(host::FramePath(o.output, f), files);
+        else
+            CheckOutput(o.output, files);
+    } else if (frames) {
+        throw BadInput("--frames is for tools that make images; " + reg.name + " makes " +
+                       (main ? Kind(*main) : "no value"));
     } else if (!o.output.empty() && !WritesTo(main, ext)) {
         if (ext != ".txt" && ext != ".json")
             throw BadInput("-o " + o.output + ": " + reg.name + " makes " + (main ? Kind(*main) : "no value") +
@@ -316,6 +389,22 @@ int RunCommand(const RunOptions& o)
     }
     flow.StartRender();
     flow.BeginFrame();
+    if (makesImage && frames) {
+        Progress progress(frames->second - frames->first + 1);
+        for (int f = frames->first; f <= frames->second; ++f) {
+            flow.BeginFrame();
+            host::Value v = flow.Evaluate(node, main, f);
+            auto* image = dynamic_cast<const host::ImageValue*>(v.get());
+            if (!image || !image->image) {
+                progress.Done();
+                throw BadInput("frame " + std::to_string(f) + ": " + reg.name + " made no image: is its image input given there?");
+            }
+            host::WriteImage(*image->image, host::FramePath(o.output, f), host::FileDepth::Auto);
+            progress.Frame(f - frames->first + 1);
+        }
+        progress.Done();
+        return 0;
+    }
     if (makesImage) {
         host::Value v = flow.Evaluate(node, main, o.time);
         auto* image = dynamic_cast<const host::ImageValue*>(v.get());
@@ -348,37 +437,6 @@ int RunCommand(const RunOptions& o)
     return 0;
 }
 
-namespace {
-
-// A progress line on a terminal: frames done, time per frame, time left.
-class Progress {
-public:
-    Progress(int total) : total_(total), shown_(isatty(STDERR_FILENO)), start_(Clock::now()) {}
-    void Frame(int done)
-    {
-        if (!shown_) return;
-        const double elapsed = std::chrono::duration<double>(Clock::now() - start_).count();
-        const double each = done ? elapsed / done : 0.0;
-        const int width = 30, filled = total_ ? width * done / total_ : width;
-        std::fprintf(stderr, "\r[%s%s] %d/%d frames  %.2f s/frame  %.1f s left ",
-                     std::string(filled, '#').c_str(), std::string(width - filled, '.').c_str(), done,
-                     total_, each, each * (total_ - done));
-        std::fflush(stderr);
-    }
-    void Done()
-    {
-        if (shown_) std::fprintf(stderr, "\n");
-    }
-
-private:
-    using Clock = std::chrono::steady_clock;
-    int total_;
-    bool shown_;
-    Clock::time_point start_;
-};
-
-}  // namespace
-
 int RenderCommand(const RenderOptions& o)
 {
     if (!o.threads.empty()) {
@@ -388,16 +446,9 @@ int RenderCommand(const RenderOptions& o)
         host::SetThreadCount(static_cast<int>(n));
     }
     std::unique_ptr<FlowFile> ff = LoadFlowFile(o.flow);
+    SetCacheBudget(ff->flow, o.cacheMb);
     auto [first, last] = ff->frames.value_or(std::make_pair(1, 1));
-    if (!o.frames.empty()) {
-        // A lone frame, or A-B; the dash after a leading sign parts them.
-        const size_t dash = o.frames.find('-', 1);
-        int64_t a = 0, b = 0;
-        if (!ParseWhole(o.frames.substr(0, dash), a) ||
-            (dash != std::string::npos && !ParseWhole(o.frames.substr(dash + 1), b)))
-            throw BadInput("--frames takes A or A-B, whole frame numbers, got '" + o.frames + "'");
-        std::tie(first, last) = FrameRange(a, dash == std::string::npos ? a : b, "--frames " + o.frames);
-    }
+    if (!o.frames.empty()) std::tie(first, last) = ParseFrames(o.frames);
     if (ff->savers.empty()) throw BadInput(o.flow + ": the flow has no Saver, so nothing would be written");
     CheckFrames(*ff, first, last);
 

@@ -16,6 +16,8 @@ struct RunOptions {
     double time = 0.0;
     std::string size;   // WxH
     std::string depth;  // int16 or float
+    std::string frames;   // A or A-B: a sequence of outputs in place of --time
+    std::string cacheMb;  // the frame cache's budget; empty: the flow's default
     std::string slice;  // x=, y= or z= and a number: the plane a region is written through
 };
 int RunCommand(const RunOptions& options);
@@ -24,6 +26,7 @@ struct RenderOptions {
     std::string flow;
     std::string frames;   // A or A-B
     std::string threads;  // empty: one per core
+    std::string cacheMb;
 };
 int RenderCommand(const RenderOptions& options);
 

@@ -51,6 +51,23 @@ double Time(const std::string& key, const std::string& where)
     return t;
 }
 
+// The class of a custom input whose values may be written out in the flow.
+const host::ParameterClass* WrittenClass(const host::Input& in)
+{
+    if (in.attrs.dataType != DataType::Custom) return nullptr;
+    const host::ParameterClass* c = host::FindParameterClass(in.attrs.typeId);
+    return c && c->parse ? c : nullptr;
+}
+
+host::Value Parsed(const host::ParameterClass& c, const json& v, const FlowFile& ff, const std::string& where)
+{
+    try {
+        return c.parse(v.dump(), ff.folder);
+    } catch (const BadInput& e) {
+        throw BadInput(where + ": " + e.what());
+    }
+}
+
 void SetInput(FlowFile& ff, host::Flow::Node& node, const std::string& id, const json& v)
 {
     host::Input* in = ResolveInput(*node.op, "tool " + node.name, id);
@@ -104,6 +121,20 @@ void SetInput(FlowFile& ff, host::Flow::Node& node, const std::string& id, const
                 k[Time(t, where)] = {val[0].get<double>(), val[1].get<double>()};
             }
             ff.flow.SetPointKeys(node, in, k);
+        } else if (const host::ParameterClass* c = WrittenClass(*in); c && c->interpolate) {
+            // Each key a value of the class; neighbours must blend, which is
+            // checked now rather than at the frame that needs it.
+            std::map<double, host::Value> k;
+            for (auto& [t, val] : keys.items()) k[Time(t, where)] = Parsed(*c, val, ff, where + " at key " + t);
+            for (auto a = k.begin(), b = std::next(a); b != k.end(); ++a, ++b) {
+                try {
+                    c->interpolate(*a->second, *b->second, 0.5);
+                } catch (const BadInput& e) {
+                    throw BadInput(where + ": keys " + host::Number(a->first).ToText() + " and " +
+                                   host::Number(b->first).ToText() + " do not blend: " + e.what());
+                }
+            }
+            ff.flow.SetValueKeys(node, in, k);
         } else {
             throw BadInput(where + " takes " + DescribeType(*in) + ", which cannot be keyed");
         }
@@ -124,6 +155,8 @@ void SetInput(FlowFile& ff, host::Flow::Node& node, const std::string& id, const
         return ff.flow.SetValue(node, in, host::MakeText(text));
     }
     default:
+        if (const host::ParameterClass* c = WrittenClass(*in))
+            return ff.flow.SetValue(node, in, Parsed(*c, v, ff, where));
         throw BadInput(where + " takes " + DescribeType(*in) + ": connect it with {\"from\": \"tool\"}");
     }
 }

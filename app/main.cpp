@@ -34,6 +34,9 @@ int main(int argc, char** argv)
     runCmd->add_option("--time", run.time, "The time to render at (default 0).");
     runCmd->add_option("--size", run.size, "WIDTHxHEIGHT for tools that make an image from nothing.");
     runCmd->add_option("--depth", run.depth, "int16 or float: the depth to work at.");
+    runCmd->add_option("--frames", run.frames,
+                       "A or A-B: render these frames in place of --time; -o then names a sequence (out.####.exr).");
+    runCmd->add_option("--cache-mb", run.cacheMb, "Memory for frames kept between frames, in MB (default 2048).");
     runCmd->add_option("--slice", run.slice,
                        "x=, y= or z= and a number: the plane through a region that an image, .csv or .json "
                        "output shows (default z=0).");
@@ -43,6 +46,7 @@ int main(int argc, char** argv)
     renderCmd->add_option("FLOW", render.flow, "The flow file (JSON).")->required();
     renderCmd->add_option("--frames", render.frames, "A or A-B: the frames to render (default: the flow's).");
     renderCmd->add_option("--threads", render.threads, "At most N threads (default: one per core).");
+    renderCmd->add_option("--cache-mb", render.cacheMb, "Memory for frames kept between frames, in MB (default 2048).");
 
     // A first word that is no command would otherwise read as a missing one.
     auto named = [&](const CLI::App* command) { return command->get_name() == argv[1]; };

@@ -114,12 +114,23 @@ host::Value ParseValue(const host::Input& input, const std::string& where, const
     case DataType::Mask:
         return std::make_shared<host::ImageValue>(ConvertDepth(host::ReadImage(text), depth), false);
     case DataType::Custom: {
-        // A value of a kind's own comes from a file that kind reads (a shape from .svg).
+        // A value of a kind's own comes from a file that kind reads (a shape
+        // from .svg), or is written out as JSON where the kind reads that.
+        const host::ParameterClass* wanted = host::FindParameterClass(input.attrs.typeId);
+        if (wanted && wanted->parse && !text.empty() && (text[0] == '{' || text[0] == '[')) {
+            try {
+                return wanted->parse(text, ".");
+            } catch (const BadInput& e) {
+                throw BadInput(where + ": " + e.what());
+            }
+        }
         const host::ParameterClass* kind = host::FindParameterClassReading(host::FileExtension(text));
         if (kind && kind->typeId == input.attrs.typeId) return kind->read(text);
-        const host::ParameterClass* wanted = host::FindParameterClass(input.attrs.typeId);
         std::string list;
-        for (const std::string& e : wanted ? wanted->extensions : std::vector<std::string>{}) list += (list.empty() ? "" : ", ") + e;
+        const std::vector<std::string> none, &read = !wanted ? none : wanted->readExtensions.empty() ? wanted->extensions : wanted->readExtensions;
+        for (const std::string& e : read) list += (list.empty() ? "" : ", ") + e;
+        if (wanted && wanted->parse && list.empty())
+            throw BadInput(where + " takes " + DescribeType(input) + " written as JSON, got '" + text + "'");
         if (!wanted || !wanted->read || list.empty())
             throw BadInput(where + " takes " + DescribeType(input) + ", which cannot be given on the command line");
         throw BadInput(where + " takes " + DescribeType(input) + " from a " + list + " file, got '" + text + "'");

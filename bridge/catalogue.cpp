@@ -84,6 +84,7 @@ constexpr KCatalogueEntry kEntries[] = {
     {"Combine", "ZV_Combine", "Com", kImagePixel, ""},
     {"Crop Monsieur", "ZV_CropMonsieur", "CrM", kImagePixel, ""},
     {"Cut and Bleed", "ZV_CutAndBleed", "CnB", kImagePixel, ""},
+    {"Deflicker", "ZV_Deflicker", "Dfl", kImagePixel, ""},
     {"Duplicate", "ZV_Duplicate", "Dup", kImagePixel, ""},
     {"Eat", "ZV_Eat", "Eat", kImagePixel, "Eats out the edges of an image"},
     {"Extrude", "ZV_Extrude", "Extr", kImagePixel, ""},

@@ -156,7 +156,7 @@ void Color(KControlBuild& b)
     }
 }
 
-// Image, data, region and shape inputs: a value from another tool.
+// Image, data, region, shape and morph inputs: a value from another tool or a flow.
 void Carried(KControlBuild& b)
 {
     b.a.required = false;
@@ -297,7 +297,7 @@ constexpr ControlRow kControls[] = {
     {kControlPoint, Point},         {kControlRange, Range},
     {kControlSlider, Slider},       {kControlScrew, Slider},
     {kControlTextEdit, TextEdit},   {kControlTransform, Transform},
-    {kControlXYZ, XYZ},
+    {kControlXYZ, XYZ},             {kControlMorphInput, Carried},
 };
 
 }  // namespace

@@ -41,8 +41,14 @@ host::Input* KTool::AddStandardInput(int32_t number, float value)
         a.priority = -1;
         if (effect->HasFeature(kFeatureOptionalInput)) a.required = false;
         if (frames > 1) a.slots = frames;
-        return imageInput = op->AddInput(frames > 1 ? "Input" : "Image",
-                                         frames > 1 ? "Input" : "Image", a);
+        imageInput = op->AddInput(frames > 1 ? "Input" : "Image", frames > 1 ? "Input" : "Image", a);
+        if (frames > 1) {
+            // A tool that asks for other frames has the early pass whatever it declares;
+            // command lines may still call its input Image.
+            multiFrame = true;
+            imageInput->alias = "Image";
+        }
+        return imageInput;
     }
     case kStdColorSpace:
         return colorSpaceInput =

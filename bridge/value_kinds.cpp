@@ -94,6 +94,7 @@ const char* KindName(int32_t kind)
     case kValueData: return "data table";
     case kValueShape: return "shape";
     case kValueRegion3D: return "region";
+    case kValueMorph: return "morph setup";
     case kValueImage: return "image";
     case kValueCurve: return "curve";
     case kValueFloat: return "number";
@@ -121,9 +122,16 @@ const KValueKind* KFindValueKind(int32_t valueKind)
 bool KAddValueKind(KValueKind kind)
 {
     if (!kind.typeId.empty()) {
-        host::ParameterClass c{kind.typeId, kind.name, kind.extensions, nullptr, kind.options, nullptr};
+        host::ParameterClass c;
+        c.typeId = kind.typeId;
+        c.name = kind.name;
+        c.extensions = kind.extensions;
+        c.options = kind.options;
+        c.readExtensions = kind.readExtensions;
         if (kind.writeFile) c.write = kind.writeFile;
         if (kind.readFile) c.read = kind.readFile;
+        if (kind.parse) c.parse = kind.parse;
+        if (kind.interpolate) c.interpolate = kind.interpolate;
         host::RegisterParameterClass(c);
     }
     for (KValueKind& k : Kinds())

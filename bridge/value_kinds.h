@@ -36,6 +36,12 @@ struct KValueKind {
     // Reads a file of one of the extensions into a value (a shape from .svg),
     // for a Loader or a command line; throws host::BadInput. Null: no files read.
     host::Value (*readFile)(const std::string& path) = nullptr;
+    std::vector<std::string> readExtensions{};  // those readFile takes, when fewer; empty: all
+    // A value written out as JSON in a flow or on a command line, with files
+    // taken from `folder`, and the blend between two keys; null where the
+    // kind has none. Both throw host::BadInput.
+    host::Value (*parse)(const std::string& json, const std::string& folder) = nullptr;
+    host::Value (*interpolate)(const host::Parameter& a, const host::Parameter& b, double f) = nullptr;
 };
 
 // A wrapper, not owning, of the image a value carries; null for no image.

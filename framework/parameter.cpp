@@ -286,6 +286,13 @@ KParameter* KParameterList::AddRegion3DInput(KRegion3D** field, const char* labe
     return Declare(kValueRegion3D, kControlRegion3DInput, field, label, id, flags);
 }
 
+KParameter* KParameterList::AddMorphInput(MW_WarpData** field, const char* label, uint32_t id,
+                                          uint32_t flags)
+{
+    *field = nullptr;
+    return Declare(kValueMorph, kControlMorphInput, field, label, id, flags);
+}
+
 KParameter* KParameterList::AddTransform(KTransformValue* field, const KTransformValue& def,
                                          const char* label, uint32_t id, uint32_t flags,
                                          int32_t mode)

@@ -12,6 +12,7 @@ class KImage;
 class KDataTable;
 class KRegion3D;
 class ShapeListVector;
+class MW_WarpData;
 
 // Four-character ids as big-endian integers: "Cent"_id == 0x43656E74.
 constexpr uint32_t operator""_id(const char* s, size_t n)
@@ -26,6 +27,7 @@ enum ValueKind : int32_t {
     kValueImage = 5, kValueInteger = 6, kValueFloat = 7, kValueCurve = 8, kValuePoint = 9,
     kValueRange = 10, kValueRegion3D = 11, kValueShape = 12, kValueText = 13,
     kValueTransform = 15, kValueXYZ = 16,
+    kValueMorph = 18,  // curve pairs of a morph, a kind of the plug-in's own
 };
 
 enum ControlKind : int32_t {
@@ -35,7 +37,7 @@ enum ControlKind : int32_t {
     kControlImageInput = 13, kControlLabel = 15, kControlCombo = 16, kControlMaskInput = 17,
     kControlPoint = 18, kControlRange = 19, kControlRegion3DInput = 20, kControlSlider = 21,
     kControlScrew = 22, kControlShapeInput = 23, kControlTextEdit = 24, kControlTransform = 25,
-    kControlXYZ = 26,
+    kControlXYZ = 26, kControlMorphInput = 27,
 };
 
 enum StandardInput : int32_t {
@@ -162,6 +164,7 @@ public:
     KParameter* AddShapeInput(ShapeListVector** field, const char* label, uint32_t id, uint32_t flags);
     KParameter* AddRegion3DInput(KRegion3D** field, const char* label, uint32_t id,
                                  uint32_t flags);
+    KParameter* AddMorphInput(MW_WarpData** field, const char* label, uint32_t id, uint32_t flags);
     KParameter* AddTransform(KTransformValue* field, const KTransformValue& def,
                              const char* label, uint32_t id, uint32_t flags, int32_t mode);
     KParameter* AddStandard(int32_t* field, int32_t def, int32_t standardKind, uint32_t flags);

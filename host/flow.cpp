@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <optional>
 #include <set>
+#include "host/image.h"
 #include "host/limits.h"
 
 namespace host {
@@ -25,13 +26,16 @@ Flow::Node* Flow::Find(const std::string& name) const
 
 void Flow::SetValue(Node& node, Input* input, Value value, double time)
 {
+    Forget();
     node.op->SetInputValue(input, std::move(value), time);
 }
 
 void Flow::SetKeys(Node& node, Input* input, const std::map<double, double>& keys)
 {
+    Forget();
     input->keys.numbers = keys;
     input->keys.points.clear();
+    input->keys.values.clear();
     if (!keys.empty()) node.op->NotifyChanged(input, input->ValueAt(keys.begin()->first).get(),
                                               keys.begin()->first);
 }
@@ -39,14 +43,26 @@ void Flow::SetKeys(Node& node, Input* input, const std::map<double, double>& key
 void Flow::SetPointKeys(Node& node, Input* input,
                         const std::map<double, std::pair<double, double>>& keys)
 {
+    Forget();
     input->keys.points = keys;
     input->keys.numbers.clear();
+    input->keys.values.clear();
+    if (!keys.empty()) node.op->NotifyChanged(input, input->ValueAt(keys.begin()->first).get(),
+                                              keys.begin()->first);
+}
+
+void Flow::SetValueKeys(Node& node, Input* input, const std::map<double, Value>& keys)
+{
+    input->keys.values = keys;
+    input->keys.numbers.clear();
+    input->keys.points.clear();
     if (!keys.empty()) node.op->NotifyChanged(input, input->ValueAt(keys.begin()->first).get(),
                                               keys.begin()->first);
 }
 
 void Flow::Connect(Node& to, Input* input, Node& from, const Output* output)
 {
+    Forget();
     if (const Connection* before = ConnectionOf(input)) --readers_[before->from];
     connections_[input] = {&from, output};
     ++readers_[&from];
@@ -90,18 +106,58 @@ std::string Flow::FindCycle() const
 
 void Flow::StartRender()
 {
-    cache_.clear();
+    Forget();
     for (auto& n : nodes_) n->op->OnStartRender();
 }
 
 void Flow::BeginFrame()
 {
+    for (auto it = cache_.begin(); it != cache_.end();)
+        it = kept_.count(it->first) ? std::next(it) : cache_.erase(it);
+    unread_.clear();
+}
+
+void Flow::Forget()
+{
     cache_.clear();
     unread_.clear();
+    kept_.clear();
+    cachedBytes_ = 0;
+}
+
+void Flow::Touch(const Key& key)
+{
+    if (auto it = kept_.find(key); it != kept_.end()) it->second.used = ++tick_;
+}
+
+// Drops the least recently used results until the cache fits its budget,
+// sparing those used since `pinnedSince`: the render in progress reads them.
+void Flow::Trim(uint64_t pinnedSince)
+{
+    while (cachedBytes_ > cacheBudget) {
+        auto oldest = kept_.end();
+        for (auto it = kept_.begin(); it != kept_.end(); ++it)
+            if (it->second.used <= pinnedSince && (oldest == kept_.end() || it->second.used < oldest->second.used))
+                oldest = it;
+        if (oldest == kept_.end()) return;
+        cachedBytes_ -= oldest->second.bytes;
+        cache_.erase(oldest->first);
+        kept_.erase(oldest);
+    }
 }
 
 namespace {
 bool Heavy(DataType t) { return t == DataType::Image || t == DataType::Mask || t == DataType::Custom; }
+
+// What a result holds in memory: its pixels and planes; other values count little.
+uint64_t BytesOf(const Value& v)
+{
+    auto* image = dynamic_cast<const ImageValue*>(v.get());
+    if (!image || !image->image) return 64;
+    const Image& i = *image->image;
+    const uint64_t pixels = uint64_t(i.Width()) * uint64_t(i.Height());
+    return pixels * (i.PixelBytes() + 4 * i.AuxChannels().size());
+}
 }  // namespace
 
 // A tool on the evaluation stack: it first waits for the values its early pass
@@ -165,6 +221,8 @@ Value Flow::Evaluate(Node& node, const Output* output, double time)
 const Flow::Outputs& Flow::Run(Node& node, double time)
 {
     const Key root{&node, time};
+    const uint64_t pinnedSince = tick_;
+    Touch(root);
     std::vector<Task> stack;
     std::set<Key> waiting;
     auto push = [&](Node* n, double t) {
@@ -180,7 +238,8 @@ const Flow::Outputs& Flow::Run(Node& node, double time)
             const Connection* c = ConnectionOf(in);
             if (missing || !at || !c) return;
             const Key from{c->from, *at};
-            if (!cache_.count(from) && !waiting.count(from)) missing = from;
+            if (cache_.count(from)) Touch(from);  // needed: spared while the rest is made
+            else if (!waiting.count(from)) missing = from;
         });
         if (missing) {
             push(const_cast<Node*>(missing->first), missing->second);
@@ -207,6 +266,7 @@ const Flow::Outputs& Flow::Run(Node& node, double time)
             if (const Connection* c = ConnectionOf(in); c && at) read.push_back({c->from, *at});
         });
         for (const Key& k : read) {
+            Touch(k);
             auto left = unread_.find(k);
             if (left != unread_.end() && --left->second <= 0) {
                 cache_.erase(k);
@@ -227,13 +287,25 @@ const Flow::Outputs& Flow::Run(Node& node, double time)
         Request preCalc = request;
         op.PreCalcProcess(preCalc);
         op.Process(request);
+        ++runs_;
         Outputs outs;
-        for (auto& out : op.Outputs()) outs[out.get()] = request.GetOutputData(out.get());
+        uint64_t bytes = 0;
+        for (auto& out : op.Outputs()) {
+            outs[out.get()] = request.GetOutputData(out.get());
+            bytes += BytesOf(outs[out.get()]);
+        }
         cache_[key] = std::move(outs);
-        if (key != root) unread_[key] = readers_[key.first];
+        if (key.second != time) {
+            kept_[key] = {bytes, ++tick_};
+            cachedBytes_ += bytes;
+            Trim(pinnedSince);
+        } else if (key != root) {
+            unread_[key] = readers_[key.first];
+        }
         waiting.erase(key);
         stack.pop_back();
     }
+    Trim(tick_);  // what this render pinned past the budget
     return cache_[root];
 }
 

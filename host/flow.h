@@ -32,6 +32,8 @@ public:
     void SetKeys(Node& node, Input* input, const std::map<double, double>& keys);
     void SetPointKeys(Node& node, Input* input,
                       const std::map<double, std::pair<double, double>>& keys);
+    // Keys of a custom class's values, blended by the class between keys.
+    void SetValueKeys(Node& node, Input* input, const std::map<double, Value>& keys);
     void Connect(Node& to, Input* input, Node& from, const Output* output);
     const Connection* ConnectionOf(const Input* input) const;
 
@@ -40,13 +42,21 @@ public:
 
     // Starts a render run: operators forget what earlier runs left them.
     void StartRender();
-    // Starts one render: each tool and time is evaluated once in it, and its
-    // result kept until every connection that reads it has (then freed, so a
-    // long chain holds few images at once).
+    // Starts one render: each tool and time is evaluated once in it. A result
+    // at the render's own time is kept until every connection that reads it
+    // has (then freed, so a long chain holds few images at once); one asked
+    // at another time (a time tool's neighbours) goes to the frame cache,
+    // where the next frames find it.
     void BeginFrame();
     Value Evaluate(Node& node, const Output* output, double time);
 
     uint32_t requestFlags = 0;
+    // What the frame cache may hold; the least recently used go first. Results
+    // the render in progress still needs stay even beyond it.
+    uint64_t cacheBudget = uint64_t(2048) << 20;
+    uint64_t CachedBytes() const { return cachedBytes_; }
+    // Runs of tools since the flow was made: what the cache saved shows here.
+    uint64_t Runs() const { return runs_; }
 
 private:
     using Key = std::pair<const Node*, double>;
@@ -61,6 +71,17 @@ private:
     std::map<const Node*, int> readers_;  // connections that read each tool
     std::map<Key, Outputs> cache_;
     std::map<Key, int> unread_;  // readers still to come of a cached result
+    struct Kept {
+        uint64_t bytes = 0;
+        uint64_t used = 0;  // tick of the last use
+    };
+    std::map<Key, Kept> kept_;  // results in the frame cache
+    void Touch(const Key& key);
+    void Trim(uint64_t pinnedSince);
+    void Forget();  // an edit makes every cached result stale
+    uint64_t tick_ = 0;
+    uint64_t cachedBytes_ = 0;
+    uint64_t runs_ = 0;
 };
 
 }  // namespace host

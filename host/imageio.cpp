@@ -61,6 +61,47 @@ private:
     int saved_ = -1;
 };
 
+// Extra planes of multi-channel files, by host channel: the name written, then
+// the other common names read for it, matched without regard to case.
+struct AuxName {
+    int channel;
+    std::vector<std::string> names;
+};
+const std::vector<AuxName>& AuxNames()
+{
+    static const std::vector<AuxName> names = {
+        {ChanZ, {"Z", "depth.Z", "depth"}},
+        {ChanU, {"uv.u", "U", "uv.x"}},
+        {ChanV, {"uv.v", "V", "uv.y"}},
+        {ChanNormalX, {"N.x", "normal.x", "N.X", "nx"}},
+        {ChanNormalY, {"N.y", "normal.y", "N.Y", "ny"}},
+        {ChanNormalZ, {"N.z", "normal.z", "N.Z", "nz"}},
+        {ChanVectorX, {"vel.x", "motion.x", "velocity.x", "vector.x", "mv.x", "forward.u"}},
+        {ChanVectorY, {"vel.y", "motion.y", "velocity.y", "vector.y", "mv.y", "forward.v"}},
+    };
+    return names;
+}
+
+}  // namespace
+
+int AuxChannelOf(const std::string& name)
+{
+    const std::string lower = Lower(name);
+    for (const AuxName& a : AuxNames())
+        for (const std::string& n : a.names)
+            if (Lower(n) == lower) return a.channel;
+    return -1;
+}
+
+std::string AuxNameOf(int channel)
+{
+    for (const AuxName& a : AuxNames())
+        if (a.channel == channel) return a.names[0];
+    return {};
+}
+
+namespace {
+
 std::string Padded(int frame, int width)
 {
     char buf[32];
@@ -93,6 +134,41 @@ std::string FramePath(const std::string& pattern, int frame)
     return pattern;
 }
 
+std::optional<std::pair<int, int>> SequenceRange(const std::string& pattern)
+{
+    // Frames 0 and 1 differ in the last digit of the run; the zeros before it
+    // are its padding. A file matches when its middle reads back through the
+    // pattern as the same name.
+    const std::string zero = FramePath(pattern, 0), one = FramePath(pattern, 1);
+    size_t last = 0;
+    while (last < zero.size() && zero[last] == one[last]) ++last;
+    if (last == zero.size()) return std::nullopt;
+    size_t first = last;
+    while (first > 0 && zero[first - 1] == '0') --first;
+    const fs::path head(zero.substr(0, first) + "x");
+    const std::string lead = head.filename().string().substr(0, head.filename().string().size() - 1);
+    const std::string suffix = zero.substr(last + 1);
+    const fs::path folder = head.has_parent_path() ? head.parent_path() : fs::path(".");
+    std::optional<std::pair<int, int>> range;
+    std::error_code ec;
+    for (const auto& entry : fs::directory_iterator(folder, ec)) {
+        const std::string name = entry.path().filename().string();
+        if (name.size() <= lead.size() + suffix.size() || name.rfind(lead, 0) != 0 ||
+            name.compare(name.size() - suffix.size(), suffix.size(), suffix) != 0)
+            continue;
+        const std::string middle = name.substr(lead.size(), name.size() - lead.size() - suffix.size());
+        const size_t sign = middle[0] == '-' ? 1 : 0;
+        if (middle.size() <= sign || middle.size() > 9 ||
+            middle.find_first_not_of("0123456789", sign) != std::string::npos)
+            continue;
+        const int frame = std::stoi(middle);
+        if (fs::path(FramePath(pattern, frame)).filename().string() != name) continue;
+        range = range ? std::make_pair(std::min(range->first, frame), std::max(range->second, frame))
+                      : std::make_pair(frame, frame);
+    }
+    return range;
+}
+
 void CheckImageFile(const std::string& path)
 {
     CheckReadableFile(path, UINTMAX_MAX, "file");
@@ -123,14 +199,25 @@ Image* ReadImage(const std::string& path)
     const OIIO::TypeDesc::BASETYPE base = static_cast<OIIO::TypeDesc::BASETYPE>(spec.format.basetype);
     const bool isFloat = base == OIIO::TypeDesc::HALF || base == OIIO::TypeDesc::FLOAT ||
                          base == OIIO::TypeDesc::DOUBLE;
+    // Planes the host knows by name (vectors, normals, depth, ...) come along;
+    // the first of the file's names for a channel wins.
+    std::vector<std::pair<int, int>> planes;  // file channel, host channel
+    for (int c = 0; c < spec.nchannels; ++c) {
+        const int channel = AuxChannelOf(spec.channel_name(c));
+        if (channel < 0 || c == spec.alpha_channel) continue;
+        if (std::none_of(planes.begin(), planes.end(), [&](auto& p) { return p.second == channel; }))
+            planes.push_back({c, channel});
+    }
+    const int plain = spec.nchannels - static_cast<int>(planes.size());
     int alpha = spec.alpha_channel;
-    if (alpha < 0 && (spec.nchannels == 4 || spec.nchannels == 2)) alpha = spec.nchannels - 1;
-    const int colours = std::min(alpha >= 0 ? spec.nchannels - 1 : spec.nchannels, 3);
+    if (alpha < 0 && (plain == 4 || plain == 2)) alpha = plain - 1;
+    const int colours = std::max(std::min(alpha >= 0 ? plain - 1 : plain, 3), 1);
     ImageSpec is;
     is.width = spec.width;
     is.height = spec.height;
     is.depth = isFloat ? DepthFloat32 : DepthInt16;
     is.fileBits = static_cast<int>(spec.format.size()) * 8;
+    for (auto& p : planes) is.aux.push_back(p.second);
     is.xAspect = spec.get_float_attribute("PixelAspectRatio", 1.0f);
     if (!(is.xAspect > 0.0)) is.xAspect = 1.0;
     // Only the channels used are read, each in the image's own type: a file
@@ -163,6 +250,16 @@ Image* ReadImage(const std::string& path)
                 else img->RowW(y)[4 * x + c] = from >= 0 ? wpix[at + from] : 65535;
             }
         }
+    }
+    std::vector<float> plane(size_t(spec.width) * spec.height);
+    for (auto& [fileChannel, channel] : planes) {
+        if (!in->read_image(0, 0, fileChannel, fileChannel + 1, OIIO::TypeDesc::FLOAT, plane.data())) {
+            img->Recycle();
+            throw BadInput("cannot read image " + path + ": " + FirstLine(in->geterror()));
+        }
+        float* to = img->AuxPlane(channel);
+        for (int y = 0; y < spec.height; ++y)
+            std::copy_n(plane.data() + size_t(spec.height - 1 - y) * spec.width, spec.width, to + size_t(y) * spec.width);
     }
     return img;
 }
@@ -205,9 +302,22 @@ void WriteImage(const Image& image, const std::string& path, FileDepth depth)
         format = OIIO::TypeDesc::UINT16;
     if (fmt == "jpeg") format = OIIO::TypeDesc::UINT8;
 
-    const int channels = fmt == "jpeg" ? 3 : 4;
+    // EXR takes the extra planes under their common names, always as floats.
+    std::vector<int> planes;
+    if (fmt == "openexr")
+        for (int c : image.AuxChannels())
+            if (!AuxNameOf(c).empty()) planes.push_back(c);
+    const int channels = (fmt == "jpeg" ? 3 : 4) + static_cast<int>(planes.size());
     OIIO::ImageSpec spec(image.Width(), image.Height(), channels, format);
-    if (channels == 4) spec.alpha_channel = 3;
+    if (channels >= 4) spec.alpha_channel = 3;
+    if (!planes.empty()) {
+        spec.channelnames = {"R", "G", "B", "A"};
+        spec.channelformats.assign(4, format);
+        for (int c : planes) {
+            spec.channelnames.push_back(AuxNameOf(c));
+            spec.channelformats.push_back(OIIO::TypeDesc::FLOAT);
+        }
+    }
     spec.attribute("PixelAspectRatio", static_cast<float>(image.XAspect() / image.YAspect()));
     if (!out->open(temp.string(), spec)) {
         std::error_code ec;
@@ -219,10 +329,27 @@ void WriteImage(const Image& image, const std::string& path, FileDepth depth)
     const OIIO::stride_t pixel = static_cast<OIIO::stride_t>(image.PixelBytes());
     const OIIO::stride_t up = -static_cast<OIIO::stride_t>(image.RowBytes());
     const void* top = image.Row(image.Height() - 1);
-    if (image.IsFloat())
+    if (!planes.empty()) {
+        // Colours and planes side by side, a row at a time, in floats.
+        const int w = image.Width(), h = image.Height();
+        std::vector<float> row(size_t(w) * channels);
+        ok = true;
+        for (int fileRow = 0; fileRow < h && ok; ++fileRow) {
+            const int y = h - 1 - fileRow;
+            for (int x = 0; x < w; ++x) {
+                float* o = row.data() + size_t(x) * channels;
+                for (int c = 0; c < 4; ++c)
+                    o[c] = image.IsFloat() ? image.RowF(y)[4 * x + c]
+                                           : static_cast<float>(image.RowW(y)[4 * x + c]) / 65535.0f;
+                for (size_t p = 0; p < planes.size(); ++p) o[4 + p] = image.AuxPlane(planes[p])[size_t(y) * w + x];
+            }
+            ok = out->write_scanline(fileRow, 0, OIIO::TypeDesc::FLOAT, row.data());
+        }
+    } else if (image.IsFloat()) {
         ok = out->write_image(OIIO::TypeDesc::FLOAT, top, pixel, up);
-    else
+    } else {
         ok = out->write_image(OIIO::TypeDesc::UINT16, top, pixel, up);
+    }
     ok = out->close() && ok;
     if (!ok) {
         std::error_code ec;

@@ -27,7 +27,21 @@ public:
     {
         auto* text = dynamic_cast<const Text*>(request.GetInputData(fileInput).get());
         if (!text || text->value.empty()) throw BadInput("Loader: no file given");
-        const int frame = static_cast<int>(std::lround(request.Time()));
+        // Frame n of a sequence stands from time n until n + 1: tools ask
+        // just past a whole time, and a time between two frames gets the earlier.
+        const int frame = static_cast<int>(std::floor(request.Time() + 0.001));
+        // A sequence has no frame before its first file or after its last: a
+        // tool asking there for a neighbour gets none.
+        if (IsSequence(text->value)) {
+            if (text->value != rangeOf) {
+                range = SequenceRange(text->value);
+                rangeOf = text->value;
+            }
+            if (!range || frame < range->first || frame > range->second) {
+                request.SetOutputData(output, nullptr);
+                return;
+            }
+        }
         const std::string path = FramePath(text->value, frame);
         if (path != cachedPath) {
             const ParameterClass* kind = FindParameterClassReading(FileExtension(path));
@@ -52,6 +66,8 @@ private:
     Output* output;
     std::string cachedPath;
     Value cached;
+    std::string rangeOf;
+    std::optional<std::pair<int, int>> range;
 };
 
 [[maybe_unused]] const bool registered = [] {

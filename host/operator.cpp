@@ -107,6 +107,12 @@ Value Input::ValueAt(double time) const
         });
         return MakePoint(p.first, p.second);
     }
+    if (!keys.values.empty()) {
+        const ParameterClass* c = FindParameterClass(attrs.typeId);
+        return Interpolate(keys.values, time, [&](const Value& a, const Value& b, double f) {
+            return c && c->interpolate && a && b ? c->interpolate(*a, *b, f) : a;
+        });
+    }
     if (constant) return constant;
     return Default();
 }
@@ -256,6 +262,7 @@ void Operator::SetInputValue(Input* input, Value value, double time)
         if (auto* n = dynamic_cast<const Number*>(value.get())) input->keys.numbers[time] = n->value;
         else if (auto* p = dynamic_cast<const Point*>(value.get()))
             input->keys.points[time] = {p->x, p->y};
+        else if (!input->keys.values.empty()) input->keys.values[time] = value;
         else input->constant = value;
     } else {
         input->constant = value;

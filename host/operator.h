@@ -64,6 +64,7 @@ struct InputAttrs {
 struct Keyframes {
     std::map<double, double> numbers;  // time -> value, linear between keys
     std::map<double, std::pair<double, double>> points;
+    std::map<double, Value> values;  // a custom class's, blended by the class
 };
 
 // A value from outside (command line, flow file) held to what `input` declares:
@@ -88,7 +89,7 @@ public:
     // Value sources: a constant, keyframes, or a connection (set by the flow).
     Value constant;
     Keyframes keys;
-    bool HasKeys() const { return !keys.numbers.empty() || !keys.points.empty(); }
+    bool HasKeys() const { return !keys.numbers.empty() || !keys.points.empty() || !keys.values.empty(); }
     Value ValueAt(double time) const;  // constant, keyed, or the default; null for none
     Value Default() const;
 };

@@ -126,7 +126,8 @@ const ParameterClass* FindByExtension(const std::string& extension, bool reading
 {
     for (auto& [id, c] : Classes()) {
         if (reading ? !c.read : !c.write) continue;
-        if (std::find(c.extensions.begin(), c.extensions.end(), extension) != c.extensions.end()) return &c;
+        const std::vector<std::string>& known = reading && !c.readExtensions.empty() ? c.readExtensions : c.extensions;
+        if (std::find(known.begin(), known.end(), extension) != known.end()) return &c;
     }
     return nullptr;
 }

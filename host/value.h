@@ -100,6 +100,15 @@ struct ParameterClass {
     // Reads a file of one of the extensions into a value, or throws BadInput
     // naming the file and what is wrong; empty for a class that reads no files.
     std::function<Value(const std::string& path)> read;
+    // The extensions `read` takes, when fewer than those written; empty: all.
+    std::vector<std::string> readExtensions;
+    // Reads a value written out in JSON (a flow file's value, a command line's
+    // text); files it names are taken from `folder`. Throws BadInput naming
+    // what is wrong. Empty for a class that is only connected.
+    std::function<Value(const std::string& json, const std::string& folder)> parse;
+    // The value a fraction `f` of the way from `a` to `b`, for keys; throws
+    // BadInput when the two cannot be blended. Empty: values of the class are not keyed.
+    std::function<Value(const Parameter& a, const Parameter& b, double f)> interpolate;
 };
 void RegisterParameterClass(const ParameterClass& info);
 const ParameterClass* FindParameterClass(const std::string& typeId);

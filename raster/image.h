@@ -88,6 +88,8 @@ public:
     // row's integer or float pixels (the other pointer is null). fn writes
     // only what belongs to its row: results come out the same on any thread count.
     void EachRow(const std::function<void(int32_t y, const uint16_t* w, const float* f)>& fn) const;
+    // Calls fn(job) for jobs 0..n-1 on the host's workers and returns when all are done.
+    static void RunJobs(int32_t n, const std::function<void(int32_t job)>& fn);
     // Pixel x of such a row as a channel selector reads it, in integer codes:
     // 0 to 3 a channel, any other the luminance 0.299, 0.587, 0.114.
     static uint32_t ChannelValue(const uint16_t* w, const float* f, int32_t x, int32_t channel);

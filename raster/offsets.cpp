@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <vector>
 #include "raster/image.h"
 
 namespace {
@@ -32,7 +33,8 @@ void Push(KOffsetsList& list, int32_t x, int32_t y, int32_t weight, bool negativ
 
 // Walks a stroke from the centre along its major axis; at each unit step the
 // minor-axis position is covered by `width` pixels of box weight, 65535 in all.
-KOffsetsList* Stroke(float angle, float length, float aspect, bool roundUp, float width)
+void StrokeInto(std::vector<KOffsetsEntry>& out, float angle, float length, float aspect, bool roundUp,
+                float width)
 {
     const float fx = std::cos(angle) * aspect;
     const float fy = -std::sin(angle);
@@ -44,12 +46,9 @@ KOffsetsList* Stroke(float angle, float length, float aspect, bool roundUp, floa
     const int32_t n = static_cast<int32_t>(steps);
     const float slope = major != 0.0f ? minor / std::fabs(major) : 0.0f;
     const int32_t dir = major < 0.0f ? -1 : 1;
-    const int32_t perStep = static_cast<int32_t>(std::ceil(width)) + 1;
 
-    auto* list = new KOffsetsList;
-    const int32_t capacity = std::max(static_cast<int32_t>(2 * length + 5), n * perStep + 5);
-    list->entries = new KOffsetsEntry[capacity];
-    Push(*list, 0, 0, 65535);
+    out.clear();
+    out.push_back({0, 0, 65535, false});
     for (int32_t i = 1; i < n; ++i) {
         const int32_t along = i * dir;
         const float lo = static_cast<float>(i) * slope - 0.5f * (width - 1.0f);
@@ -64,10 +63,19 @@ KOffsetsList* Stroke(float angle, float length, float aspect, bool roundUp, floa
                                   : static_cast<int32_t>(cover / width * 65535.0f + 0.5f);
             if (w <= 0) continue;
             total += w;
-            if (alongX) Push(*list, along, m, w);
-            else Push(*list, m, along, w);
+            if (alongX) out.push_back({along, m, w, false});
+            else out.push_back({m, along, w, false});
         }
     }
+}
+
+KOffsetsList* Stroke(float angle, float length, float aspect, bool roundUp, float width)
+{
+    std::vector<KOffsetsEntry> entries;
+    StrokeInto(entries, angle, length, aspect, roundUp, width);
+    auto* list = new KOffsetsList;
+    list->entries = new KOffsetsEntry[std::max<size_t>(entries.size(), static_cast<size_t>(2 * length + 5))];
+    for (const KOffsetsEntry& e : entries) list->entries[list->count++] = e;
     return list;
 }
 
@@ -148,6 +156,12 @@ KOffsetsList* KOffsetsTable::FromImage(const KImage* image, int32_t channel, boo
 KOffsetsList* KOffsetsTable::BuildStraight(float angle, float length, float aspect, bool roundUp)
 {
     return Stroke(angle, length, aspect, roundUp, 1.0f);
+}
+
+void KOffsetsTable::BuildStraightInto(std::vector<KOffsetsEntry>& out, float angle, float length, float aspect,
+                                      bool roundUp)
+{
+    StrokeInto(out, angle, length, aspect, roundUp, 1.0f);
 }
 
 KOffsetsList* KOffsetsTable::BuildThick(float angle, float length, float aspect, bool roundUp)

@@ -3,6 +3,7 @@
 #pragma once
 #include <cstdint>
 #include <mutex>
+#include <vector>
 
 class KImage;
 
@@ -40,6 +41,10 @@ public:
     static KOffsetsList* FromImage(const KImage* image, int32_t channel, bool mirror,
                                    int32_t mode);
     static KOffsetsList* BuildStraight(float angle, float length, float aspect, bool roundUp);
+    // The straight stroke into a vector the caller keeps: a tool that builds
+    // one per pixel reuses its storage.
+    static void BuildStraightInto(std::vector<KOffsetsEntry>& out, float angle, float length, float aspect,
+                                  bool roundUp);
     static KOffsetsList* BuildThick(float angle, float length, float aspect, bool roundUp);
 
     // The list of angle index i (angle i * 2pi / angleCount), built on first use.

@@ -155,6 +155,11 @@ void KImage::EachRow(const std::function<void(int32_t y, const uint16_t* w, cons
     });
 }
 
+void KImage::RunJobs(int32_t n, const std::function<void(int32_t)>& fn)
+{
+    host::DoMultiProcess(n, [&](int job) { fn(job); });
+}
+
 bool KImage::FindChannelBounds(int32_t channel, float low, float high, float outMin[2],
                                float outMax[2]) const
 {

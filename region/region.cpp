@@ -107,6 +107,21 @@ float NoiseValue(const KRegionNoise& noise, Vector3f q)
     return total > 0.0f ? std::clamp(0.5f + 0.5f * sum / total, 0.0f, 1.0f) : 0.5f;
 }
 
+// Inside when any sub-path holds the point by the even/odd rule, as a shape's own test has it.
+bool ShapeHolds(const std::vector<std::vector<Vector2f>>& paths, float x, float y)
+{
+    for (const std::vector<Vector2f>& path : paths) {
+        bool inside = false;
+        const size_t n = path.size();
+        for (size_t i = 0, j = n - 1; i < n; j = i++) {
+            const Vector2f u = path[i], v = path[j];
+            if ((u.y > y) != (v.y > y) && x < (v.x - u.x) * (y - u.y) / (v.y - u.y) + u.x) inside = !inside;
+        }
+        if (inside) return true;
+    }
+    return false;
+}
+
 const char* KindName(uint32_t kind)
 {
     switch (kind) {
@@ -189,6 +204,8 @@ float KRegionValue(const KRegion3DNode& n, Vector3f p)
         break;
     case kRegionImage: v = Adjust(n, ImageValue(n, q)); break;
     case kRegionNoise: v = Adjust(n, NoiseValue(n.noise, q)); break;
+    // The point as it came in: a shape region does not move with its own transform.
+    case kRegionShape: v = n.shape && ShapeHolds(*n.shape, p.x, p.y) ? 1.0f : 0.0f; break;
     default: v = 1.0f; break;
     }
     if (const KRegionLookup* l = n.lookup.get(); l && l->count > 0) {

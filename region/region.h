@@ -59,6 +59,8 @@ struct KRegion3DNode {
     int32_t mapping = 0;                          // kept; no kind reads it
     bool interpolate = false;                     // kept; no kind reads it
     std::vector<float> sampled;                   // sampledWidth x sampledHeight, row 0 at the bottom
+    // Shape node: the sub-paths of its shapes, curves flattened, tested even/odd each.
+    std::shared_ptr<const std::vector<std::vector<Vector2f>>> shape;
 };
 
 // The value of the tree at p: 0 outside, 1 inside.

@@ -131,6 +131,14 @@ inline float MaxDiff(const KImage& a, const KImage& b, int32_t x0, int32_t y0, i
 constexpr int32_t Depth(bool isFloat) { return isFloat ? 2 : 1; }
 inline KRenderSettings Settings(bool isFloat) { return {.depth = Depth(isFloat)}; }
 
+// Lends images to a time tool's frame slots in order, as the bridge fills them
+// from its input; null leaves a slot without a frame. Each run gives them back.
+inline void LendFrames(KEffectImage& effect, std::initializer_list<const KImage*> images)
+{
+    int32_t i = 0;
+    for (const KImage* img : images) effect.frames[i++].reset(img ? KImage::Wrap(img->HostImage(), false) : nullptr);
+}
+
 // Runs an effect of an image family over `source` into a new image like it;
 // a source effect (no source) makes `target` from itself.
 inline Img RunEffect(KEffectImage& effect, KImage* source, const KRenderSettings& s, bool threaded, Img target = nullptr)

@@ -118,6 +118,30 @@ TEST_F(CommandTest, TwoToolFlowOverASequenceWithAKeyedValue)
     EXPECT_EQ(r.code, 0) << r.err;
 }
 
+// A time tool over a sequence from the command line: each output frame the
+// mean of the frames from it on that exist; refusals name what was wrong.
+TEST_F(CommandTest, ATimeToolRunsOverASequenceFrameByFrame)
+{
+    for (int f = 1; f <= 4; ++f) Write("shot.000" + std::to_string(f) + ".exr", {0.25f * f, 0.0f, 0.0f, 1.0f}, 2, 2);
+    Result r = Run("run Average Image=shot.####.exr Numberofframes=2 Nonexistingframes=1 --frames 2-4 -o avg.####.exr");
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(r.err, "");  // no progress line when not on a terminal
+    const float want[] = {0.625f, 0.875f, 1.0f};  // frame 4 has no frame 5 to average with
+    for (int f = 2; f <= 4; ++f) EXPECT_FLOAT_EQ(Read("avg.000" + std::to_string(f) + ".exr")->RowF(0)[0], want[f - 2]);
+    EXPECT_EQ(Run("run Average Image=shot.####.exr --time 3 --cache-mb 0 -o one.exr").code, 0);
+    const std::pair<const char*, const char*> rows[] = {
+        {"run Average Image=shot.####.exr --frames 1-2 -o avg.exr", "would be written over again on each of 2 frames"},
+        {"run Average Image=none.####.exr --frames 1-2 -o a.####.exr", "no file of the sequence none.####.exr"},
+        {"run Average Image=shot.####.exr --frames 5-6 -o a.####.exr", "frame 5: Average made no image"},
+        {"run Average Image=shot.####.exr --frames 2-1 -o a.####.exr", "the first frame 2 is after the last 1"},
+        {"run Average Image=shot.####.exr --cache-mb -1 -o a.exr", "--cache-mb takes a whole number of megabytes"},
+        {"run Average Image=shot.####.exr --depth float -o a.exr", "--depth converts single images"},
+        {"run Random --frames 1-2", "--frames is for tools that make images"},
+    };
+    for (const auto& [args, what] : rows) ExpectBadInput(Run(args), what);
+    EXPECT_FALSE(fs::exists(dir.path / "a.0005.exr"));
+}
+
 TEST_F(CommandTest, ToolsInfoAndVersionGivePlainAnswers)
 {
     // What each answer holds, or with "!" does not: number and text tools
@@ -230,6 +254,12 @@ TEST_F(CommandTest, CommandLineErrorsNameTheThingAndLeaveNothingBehind)
         {"run S_1 Image=in.png -o in.png", "would overwrite the input in.png"},
         {"run S_1 Image=in.png -o out.txt", "not an image file name"},
         {"run Random -o x.png", "-o x.png: Random makes a number, printed on standard output or written to a .txt or .json file"},
+        // Regions: the plane and size of a slice.
+        {"run rCube --slice w=1 -o s.png", "--slice takes x=, y= or z= and a number, got 'w=1'"},
+        {"run rCube --slice z=nan -o s.png", "--slice takes x=, y= or z= and a number, got 'z=nan'"},
+        {"run rCube --size 4x -o s.png", "--size takes WIDTHxHEIGHT, got '4x'"},
+        {"run Invert Image=in.png --slice z=0 -o o.png", "--slice is for tools that make a region, and Invert makes none"},
+        {"run rCube -o s.svg", "-o s.svg: rCube makes a Region value"},
     };
     for (const auto& [args, what] : rows) ExpectBadInput(Run(args), what);
     if (geteuid() != 0) {  // root enters any folder
@@ -285,6 +315,8 @@ TEST_F(CommandTest, FlowErrorsAreFoundBeforeAnyFrameRenders)
          "Savers a and b would both write out.0001.png"},
         {"[1, 3]", p("", saver("still", "out.png", "p")),
          "Saver still would write out.png over again on each of 3 frames: put # in its file name"},
+        {"[1, 1]", R"("r": { "tool": "rCube" }, )" + saver("out", "out.txt", "r"),
+         "Saver out: a Region value is written to .exr, .png, .tif, .tiff, .jpg, .jpeg, .dpx, .csv, .json, not out.txt"},
     };
     for (const auto& r : rows) {
         WriteFlow(r.frames, r.tools);

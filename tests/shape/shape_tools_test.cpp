@@ -111,22 +111,22 @@ TEST_F(ShapeTools, BadFilesAndOutputsAreRefusedInOneLine)
     Put("broken.svg", "<svg><path d='M0 0 L 1'/></svg>");
     Put("a.svg", kSquareA);
     Put("flow.json", R"({"tools": {"a": {"tool": "Loader", "file": "a.svg"},
-      "s": {"tool": "Saver", "file": "a.png", "inputs": {"Image": {"from": "a"}}}}})");
+      "s": {"tool": "Saver", "file": "a.txt", "inputs": {"Image": {"from": "a"}}}}})");
     const struct { const char* args; const char* err; } rows[] = {
         {"run sOffset Shape=broken.svg -o x.svg",
          "zelvarine: SVG file broken.svg: path data \"M0 0 L 1\" breaks at character 9\n"},
         {"run sOffset Shape=a.png -o x.svg",
          "zelvarine: input Shape of sOffset takes a Shape value from a .svg file, got 'a.png'\n"},
-        {"run sOffset Shape=a.svg -o x.png",
-         "zelvarine: -o x.png: sOffset makes a Shape value, printed on standard output or written to a .txt or .json file\n"},
-        {"render flow.json", "zelvarine: Saver s: a Shape value is written to .svg, not a.png\n"},
+        {"run sOffset Shape=a.svg -o x.csv",
+         "zelvarine: -o x.csv: sOffset makes a Shape value, printed on standard output or written to a .txt or .json file\n"},
+        {"render flow.json", "zelvarine: Saver s: a Shape value is written to .svg, .exr, .png, .tif, .tiff, .jpg, .jpeg, .dpx, not a.txt\n"},
     };
     for (const auto& row : rows) {
         const Result r = Run(row.args);
         EXPECT_EQ(std::make_tuple(r.code, r.err), std::make_tuple(2, std::string(row.err))) << row.args;
     }
     EXPECT_FALSE(fs::exists(dir.path / "x.svg"));
-    EXPECT_FALSE(fs::exists(dir.path / "a.png"));
+    EXPECT_FALSE(fs::exists(dir.path / "a.txt"));
     // Unsupported features are named once, and the rest is read.
     Put("text.svg", R"(<svg xmlns="http://www.w3.org/2000/svg"><text>a</text><text>b</text><rect width="9" height="9"/></svg>)");
     const Result r = Run("run sMerge Shape1=text.svg");
