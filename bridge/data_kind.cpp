@@ -19,20 +19,11 @@ public:
     std::unique_ptr<KDataTable> table;
 };
 
-void Release(void* field)
-{
-    auto** table = static_cast<KDataTable**>(field);
-    delete *table;
-    *table = nullptr;
-}
-
 // With nothing connected the tool gets an empty table, never null.
 void Read(const host::Parameter* value, void* field)
 {
-    Release(field);
     auto* data = dynamic_cast<const KDataParameter*>(value);
-    *static_cast<KDataTable**>(field) =
-        data && data->table ? data->table->Clone().release() : new KDataTable;
+    KSetField(field, data && data->table ? data->table->Clone().release() : new KDataTable);
 }
 
 host::Value Write(const void* field)
@@ -57,7 +48,7 @@ KValueKind DataKind()
     data.outputId = "Output";
     data.read = Read;
     data.write = Write;
-    data.release = Release;
+    data.release = KReleaseField<KDataTable>;
     data.name = "Data";
     data.extensions = {".csv", ".json"};
     data.writeFile = [](const host::Parameter& value, const std::string& path, const std::string& extension,

@@ -36,19 +36,11 @@ public:
     MW_WarpData data;
 };
 
-void Release(void* field)
-{
-    auto** d = static_cast<MW_WarpData**>(field);
-    delete *d;
-    *d = nullptr;
-}
-
 // With nothing set the tool gets no curves, never null.
 void Read(const host::Parameter* value, void* field)
 {
-    Release(field);
     auto* morph = dynamic_cast<const KMorphParameter*>(value);
-    *static_cast<MW_WarpData**>(field) = morph ? new MW_WarpData(morph->data) : new MW_WarpData;
+    KSetField(field, morph ? new MW_WarpData(morph->data) : new MW_WarpData);
 }
 
 float Coordinate(const json& v, const std::string& where)
@@ -203,7 +195,7 @@ KValueKind MorphKind()
     morph.dataType = host::DataType::Custom;
     morph.typeId = kTypeId;
     morph.read = Read;
-    morph.release = Release;
+    morph.release = KReleaseField<MW_WarpData>;
     morph.name = "Morph";
     morph.parse = Parse;
     morph.interpolate = Interpolate;

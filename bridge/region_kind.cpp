@@ -28,18 +28,11 @@ public:
     KRegion3D region;
 };
 
-void Release(void* field)
-{
-    auto** region = static_cast<KRegion3D**>(field);
-    delete *region;
-    *region = nullptr;
-}
-
 // Nothing connected leaves the field null: a tool tells "no region" from an empty one.
 void Read(const host::Parameter* value, void* field)
 {
-    Release(field);
-    if (auto* r = dynamic_cast<const KRegion3DParameter*>(value)) *static_cast<KRegion3D**>(field) = new KRegion3D(r->region);
+    auto* r = dynamic_cast<const KRegion3DParameter*>(value);
+    KSetField(field, r ? new KRegion3D(r->region) : nullptr);
 }
 
 host::Value Write(const void* field)
@@ -133,7 +126,7 @@ KValueKind RegionKind()
     region.outputId = "Output";
     region.read = Read;
     region.write = Write;
-    region.release = Release;
+    region.release = KReleaseField<KRegion3D>;
     region.name = "Region";
     region.extensions = {".exr", ".png", ".tif", ".tiff", ".jpg", ".jpeg", ".dpx", ".csv", ".json"};
     region.writeFile = WriteFile;

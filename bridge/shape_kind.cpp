@@ -33,20 +33,11 @@ public:
     std::unique_ptr<ShapeListVector> lists;
 };
 
-void Release(void* field)
-{
-    auto** v = static_cast<ShapeListVector**>(field);
-    delete *v;
-    *v = nullptr;
-}
-
 // With nothing connected the tool gets an empty vector, never null.
 void Read(const host::Parameter* value, void* field)
 {
-    Release(field);
     auto* shape = dynamic_cast<const KShapeParameter*>(value);
-    *static_cast<ShapeListVector**>(field) =
-        shape && shape->lists ? shape->lists->Clone().release() : new ShapeListVector;
+    KSetField(field, shape && shape->lists ? shape->lists->Clone().release() : new ShapeListVector);
 }
 
 host::Value Write(const void* field)
@@ -126,7 +117,7 @@ KValueKind ShapeKind()
     shape.outputId = "Output";
     shape.read = Read;
     shape.write = Write;
-    shape.release = Release;
+    shape.release = KReleaseField<ShapeListVector>;
     shape.name = "Shape";
     shape.extensions = {".svg", ".exr", ".png", ".tif", ".tiff", ".jpg", ".jpeg", ".dpx"};
     shape.options = {"size"};

@@ -44,6 +44,20 @@ struct KValueKind {
     host::Value (*interpolate)(const host::Parameter& a, const host::Parameter& b, double f) = nullptr;
 };
 
+// The field of a kind that the tool owns, a T*: freed, or given a new value
+// with the old one freed. Kinds use these as their `release` and in `read`.
+template <class T> void KReleaseField(void* field)
+{
+    auto** value = static_cast<T**>(field);
+    delete *value;
+    *value = nullptr;
+}
+template <class T> void KSetField(void* field, T* value)
+{
+    KReleaseField<T>(field);
+    *static_cast<T**>(field) = value;
+}
+
 // A wrapper, not owning, of the image a value carries; null for no image.
 KImage* KWrapImage(const host::Parameter* value);
 
