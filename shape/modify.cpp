@@ -138,3 +138,13 @@ KShape* KWriteOnShape(const KShape& shape, float start, float end, int32_t preci
     }
     return out;
 }
+
+void KSpiralControls::Declare(KParameterList& in)
+{
+    in.AddSlider(&radiusStart, 0.1f, "RadiusStart", "RSta"_id, 0, 0.0, 1.0);
+    in.AddSlider(&radiusEnd, 0.3f, "RadiusEnd", "REnd"_id, 0, 0.0, 2.0);
+    in.AddAngle(&angleStart, 0.0f, "Angle Start", "ASta"_id, 0, 1);
+    in.AddAngle(&angleEnd, 720.0f, "Angle End", "AEnd"_id, 0, 1);
+    in.AddSlider(&angleStep, 20.0f, "Angle Step", "ASte"_id, 0, 0.5, 90.0);
+    in.AddMultiButton(&endType, 1, "Angle End Type", "AETy"_id, 0, {"None", "Type 1", "Type 2", "[end]"});
+}

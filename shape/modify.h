@@ -1,6 +1,7 @@
 // Shape makers and modifiers the image shape tools share: the spiral, the
 // zig-zag, the smoothing into cubics and the write-on range.
 #pragma once
+#include "framework/parameter.h"
 #include "shape/shape.h"
 
 struct KSpiralSettings {
@@ -11,6 +12,20 @@ struct KSpiralSettings {
 };
 // A spiral around the origin from angleStart to angleEnd.
 KShape* KSpiralShape(const KSpiralSettings& settings);
+
+// The spiral controls that Spiral and sSpiral Create share, as the host
+// leaves them: angles negated, in radians, the step in degrees.
+struct KSpiralControls {
+    float radiusStart = 0.1f, radiusEnd = 0.3f, angleStart = 0.0f, angleEnd = 0.0f, angleStep = 20.0f;
+    int32_t endType = 1;
+
+    void Declare(KParameterList& in);
+    // Counter-clockwise from start to end.
+    KSpiralSettings Settings() const
+    {
+        return {radiusStart, radiusEnd, -angleStart, -angleEnd, angleStep * 0.017453292f, endType};
+    }
+};
 
 // Points pushed alternately to either side of each segment, `steps` per
 // segment; type 1 only, any other type copies the array.

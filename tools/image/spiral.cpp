@@ -11,12 +11,7 @@ public:
     {
         KParameterList& in = inputList;
         in.AddPage("Spiral");
-        in.AddSlider(&radiusStart, 0.1f, "RadiusStart", "RSta"_id, 0, 0.0, 1.0);
-        in.AddSlider(&radiusEnd, 0.3f, "RadiusEnd", "REnd"_id, 0, 0.0, 2.0);
-        in.AddAngle(&angleStart, 0.0f, "Angle Start", "ASta"_id, 0, 1);
-        in.AddAngle(&angleEnd, 720.0f, "Angle End", "AEnd"_id, 0, 1);
-        in.AddSlider(&angleStep, 20.0f, "Angle Step", "ASte"_id, 0, 0.5, 90.0);
-        in.AddMultiButton(&endType, 1, "Angle End Type", "AETy"_id, 0, {"None", "Type 1", "Type 2", "[end]"});
+        spiral.Declare(in);
         in.AddCheckbox(&closeShape, false, "Close Shape", "ShCl"_id, 0, 0);
         in.AddSlider(&subdivisions, 16, "Curve subdivisions", "Subd"_id, 0, 1, 32);
         in.AddMultiButton(&zigZagType, 0, "ZigZag Type", "ZZTy"_id, 0, {"None", "By segment", "By distance", "[end]"});
@@ -30,8 +25,7 @@ public:
 
     ShapeListVector* GetShapes() override
     {
-        // Angles arrive negated; the spiral turns counter-clockwise from start to end.
-        const KSpiralSettings s{radiusStart, radiusEnd, -angleStart, -angleEnd, angleStep * 0.017453292f, endType};
+        const KSpiralSettings s = spiral.Settings();
         std::unique_ptr<KShape> shape(KSpiralShape(s));
         Matrix3f place;
         place.Translate(center.x, center.y);
@@ -58,8 +52,8 @@ public:
     }
 
 private:
-    float radiusStart = 0.1f, radiusEnd = 0.3f, angleStart = 0.0f, angleEnd = 0.0f, angleStep = 20.0f;
-    int32_t endType = 1, subdivisions = 16, zigZagType = 0, zigZagSteps = 3;
+    KSpiralControls spiral;
+    int32_t subdivisions = 16, zigZagType = 0, zigZagSteps = 3;
     bool closeShape = false;
     float zigZagDistance = 0.01f, zigZagOffset = 0.01f, smooth = 1.0f, smoothCurvature = 1.0f;
 };
