@@ -5,9 +5,13 @@
 // 16 bits on the way in, so its values clip to 0..1.
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <vector>
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
 #include <emmintrin.h>
 #include "framework/effect.h"
 #include "framework/lanes.h"
@@ -232,7 +236,17 @@ public:
         // column spreads over the cache's sets; the buffer is kept for the next render.
         stride = (size_t(width) * 8 + 63) / 64 | 1;
         stride *= 32;
-        if (work.size() < stride * size_t(height)) work.resize(stride * size_t(height));
+        if (workSize < stride * size_t(height)) {
+            // A column step moves a whole row on: in 4 KB pages every step of a
+            // UHD column is another page, so the buffer asks for 2 MB pages.
+            const size_t page = size_t(1) << 21, bytes = (stride * size_t(height) * 2 + page - 1) / page * page;
+            work.reset(static_cast<uint16_t*>(std::aligned_alloc(page, bytes)));
+            if (!work) return false;
+#if defined(MADV_HUGEPAGE)
+            madvise(work.get(), bytes, MADV_HUGEPAGE);
+#endif
+            workSize = bytes / 2;
+        }
         return true;
     }
 
@@ -248,7 +262,7 @@ public:
     {
         const int32_t w = target->width, h = target->height;
         const KRings rings(static_cast<float>(w - 1) * center.x, static_cast<float>(h - 1) * center.y, w, h);
-        uint16_t* codes = work.data();
+        uint16_t* codes = work.get();
         // In: the source as 16-bit codes, as the integer pixel read gives them.
         source->EachRow([&](int32_t y, const uint16_t* s, const float* f) {
             uint16_t* d = codes + stride * size_t(y);
@@ -273,7 +287,11 @@ private:
     float exponent = 2.0f;
 
     float power = 0.5f, decay = 0.0f;  // from Start
-    std::vector<uint16_t> work;  // 16-bit codes, `stride` channels a row
+    struct Free {
+        void operator()(uint16_t* p) const { std::free(p); }
+    };
+    std::unique_ptr<uint16_t[], Free> work;  // 16-bit codes, `stride` channels a row
+    size_t workSize = 0;                     // in channels
     size_t stride = 0;
 };
 
