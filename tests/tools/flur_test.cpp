@@ -83,9 +83,14 @@ TEST(Flur, SixteenStepsAtOnceGiveThePlainWalksBits)
         for (int c = 0; c < 4; ++c) p[c] = (seed = seed * 1103515245u + 12345u) >> 16;
         return p;
     };
+    // Float values beyond 0..1 test the way in and out of the codes too.
+    auto randomFloat = [&](int32_t x, int32_t y) {
+        const KPixel p = random(x, y);
+        return KPixelF{p[0] / 50000.0f - 0.1f, p[1] / 50000.0f - 0.1f, p[2] / 50000.0f - 0.1f, p[3] / 50000.0f - 0.1f};
+    };
     Tool<KEffectThreads> t("ZV_Flur");
-    for (auto [w, h] : {std::pair{157, 93}, {737, 41}}) {
-        Img plate = Made(w, h, false, random);
+    for (auto [w, h, isFloat] : {std::tuple{157, 93, false}, {737, 41, false}, {155, 61, true}}) {
+        Img plate = isFloat ? Made(w, h, true, randomFloat) : Made(w, h, false, random);
         for (auto [cx, cy] : {std::pair{0.5, 0.5}, {0.13, 0.81}, {-0.4, 0.3}, {1.6, 1.25}, {0.5, -3.0}})
             for (double length : {0.1, 0.6, 1.0})
                 for (int shape : {0, 1, 2}) {
@@ -94,7 +99,7 @@ TEST(Flur, SixteenStepsAtOnceGiveThePlainWalksBits)
                     Img plain = t.Run(plate.get(), true);
                     KLimitLaneWidth(kLaneWidthMost);
                     EXPECT_EQ(Differ(*t.Run(plate.get(), true), *plain), "")
-                        << w << " centre " << cx << "," << cy << " length " << length << " shape " << shape;
+                        << w << (isFloat ? " float" : "") << " centre " << cx << "," << cy << " length " << length << " shape " << shape;
                 }
     }
 }

@@ -123,19 +123,42 @@ struct KFlurLanes {
                                           *reinterpret_cast<const long long*>(o + 8 * ownStep), *reinterpret_cast<const long long*>(o + 12 * ownStep));
             const __m512 between = Cut4(_mm512_add_ps(_mm512_mul_ps(a, _mm512_permutexvar_ps(spread, rest)),
                                                       _mm512_mul_ps(b, _mm512_permutexvar_ps(spread, f))));
-            const __m512 blend = _mm512_add_ps(_mm512_mul_ps(Codes4(mine), _mm512_permutexvar_ps(spread, keep)),
-                                               _mm512_mul_ps(between, _mm512_permutexvar_ps(spread, w)));
+            const __m512 keeps = square ? keep : _mm512_permutexvar_ps(spread, keep);
+            const __m512 ws = square ? w : _mm512_permutexvar_ps(spread, w);
+            const __m512 blend = _mm512_add_ps(_mm512_mul_ps(Codes4(mine), keeps), _mm512_mul_ps(between, ws));
             // Cut to 0..65535, so keeping each value's low 16 bits packs it exactly.
             const __m256i packed = _mm512_cvtepi32_epi16(_mm512_cvttps_epi32(_mm512_min_ps(_mm512_max_ps(blend, _mm512_setzero_ps()), _mm512_set1_ps(65535.0f))));
             if (ownStep == 1) _mm256_storeu_si256(reinterpret_cast<__m256i*>(o), packed);
             else {
-                alignas(32) long long px[4];
-                _mm256_store_si256(reinterpret_cast<__m256i*>(px), packed);
-                for (int k = 0; k < 4; ++k) std::memcpy(o + 4 * ownStep * k, &px[k], 8);
+                const __m128i lo = _mm256_castsi256_si128(packed), hi = _mm256_extracti128_si256(packed, 1);
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(o), lo);
+                _mm_storeh_pd(reinterpret_cast<double*>(o + 4 * ownStep), _mm_castsi128_pd(lo));
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(o + 8 * ownStep), hi);
+                _mm_storeh_pd(reinterpret_cast<double*>(o + 12 * ownStep), _mm_castsi128_pd(hi));
             }
         }
     }
 };
+
+// The way in and out of the codes, four pixels at a time; the rest as the plain loops do it.
+ZV_AVX512 int32_t KFlurCodesIn(const float* f, uint16_t* d, int32_t channels)
+{
+    int32_t x = 0;
+    for (; x + 16 <= channels; x += 16) {
+        const __m512 v = _mm512_mul_ps(_mm512_loadu_ps(f + x), _mm512_set1_ps(65535.0f));
+        const __m512 cut = _mm512_min_ps(_mm512_max_ps(v, _mm512_setzero_ps()), _mm512_set1_ps(65535.0f));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + x), _mm512_cvtepi32_epi16(_mm512_cvttps_epi32(cut)));
+    }
+    return x;
+}
+ZV_AVX512 int32_t KFlurCodesOut(const uint16_t* s, float* d, int32_t channels)
+{
+    int32_t x = 0;
+    for (; x + 16 <= channels; x += 16)
+        _mm512_storeu_ps(d + x, _mm512_mul_ps(KFlurLanes::Codes4(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + x))),
+                                              _mm512_set1_ps(kIntToFloat)));
+    return x;
+}
 #pragma GCC diagnostic pop
 #endif
 
@@ -263,20 +286,28 @@ public:
         const int32_t w = target->width, h = target->height;
         const KRings rings(static_cast<float>(w - 1) * center.x, static_cast<float>(h - 1) * center.y, w, h);
         uint16_t* codes = work.get();
+        // Crossings are gathered by 32-bit qword offsets, which a column's must fit.
+        const bool lanes = KLaneWidth() >= 32 && size_t(h) * stride / 4 < (size_t(1) << 31);
         // In: the source as 16-bit codes, as the integer pixel read gives them.
         source->EachRow([&](int32_t y, const uint16_t* s, const float* f) {
             uint16_t* d = codes + stride * size_t(y);
             if (s) return void(std::memcpy(d, s, size_t(w) * 8));
-            for (int32_t x = 0; x < 4 * w; x += 4) Put(d + x, Cut(_mm_mul_ps(_mm_loadu_ps(f + x), _mm_set1_ps(65535.0f))));
+            int32_t x = 0;
+#if defined(ZV_LANES)
+            if (lanes) x = KFlurCodesIn(f, d, 4 * w);
+#endif
+            for (; x < 4 * w; x += 4) Put(d + x, Cut(_mm_mul_ps(_mm_loadu_ps(f + x), _mm_set1_ps(65535.0f))));
         });
-                // Crossings are gathered by 32-bit qword offsets, which a column's must fit.
-        const bool lanes = KLaneWidth() >= 32 && size_t(h) * stride / 4 < (size_t(1) << 31);
-        Walk{rings, codes, stride, decay, power, shape == kSquare, lanes}.Run();
+                Walk{rings, codes, stride, decay, power, shape == kSquare, lanes}.Run();
         target->EachRow([&](int32_t y, const uint16_t*, const float*) {
             const uint16_t* s = codes + stride * size_t(y);
             if (!target->IsFloat()) return void(std::memcpy(target->RowW(y), s, size_t(w) * 8));
             float* d = target->RowF(y);
-            for (int32_t x = 0; x < 4 * w; x += 4) _mm_storeu_ps(d + x, _mm_mul_ps(Codes(s + x), _mm_set1_ps(kIntToFloat)));
+            int32_t x = 0;
+#if defined(ZV_LANES)
+            if (lanes) x = KFlurCodesOut(s, d, 4 * w);
+#endif
+            for (; x < 4 * w; x += 4) _mm_storeu_ps(d + x, _mm_mul_ps(Codes(s + x), _mm_set1_ps(kIntToFloat)));
         });
     }
 
