@@ -1,5 +1,6 @@
 // Flur and Microwaves: the ring filters as identities at no length, the energy a
 // single bright pixel sends along a ray, and the controls that switch parts off.
+#include <tuple>
 #include "support.h"
 
 using namespace zvtest;
