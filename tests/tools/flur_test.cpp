@@ -1,5 +1,6 @@
 // Flur and Microwaves: the ring filters as identities at no length, the energy a
 // single bright pixel sends along a ray, and the controls that switch parts off.
+#include <tuple>
 #include "support.h"
 
 using namespace zvtest;
@@ -70,6 +71,38 @@ TEST(Flur, FalloffShapes)
                 ASSERT_EQ(Raw(*axial, x, y), Raw(*plate, x, y)) << x << "," << y;
             }
     EXPECT_NE(Raw(*axial, 20, 10), Raw(*plate, 20, 10));
+}
+
+TEST(Flur, SixteenStepsAtOnceGiveThePlainWalksBits)
+{
+    // Random codes over every level. Below the reference width the weight is
+    // negative and blends reach both clamps; above it they stay inside. Spans are
+    // long enough for sixteen pixels at once, with short ends left to the plain walk.
+    uint32_t seed = 99;
+    auto random = [&](int32_t, int32_t) {
+        KPixel p;
+        for (int c = 0; c < 4; ++c) p[c] = (seed = seed * 1103515245u + 12345u) >> 16;
+        return p;
+    };
+    // Float values beyond 0..1 test the way in and out of the codes too.
+    auto randomFloat = [&](int32_t x, int32_t y) {
+        const KPixel p = random(x, y);
+        return KPixelF{p[0] / 50000.0f - 0.1f, p[1] / 50000.0f - 0.1f, p[2] / 50000.0f - 0.1f, p[3] / 50000.0f - 0.1f};
+    };
+    Tool<KEffectThreads> t("ZV_Flur");
+    for (auto [w, h, isFloat] : {std::tuple{157, 93, false}, {737, 41, false}, {155, 61, true}}) {
+        Img plate = isFloat ? Made(w, h, true, randomFloat) : Made(w, h, false, random);
+        for (auto [cx, cy] : {std::pair{0.5, 0.5}, {0.13, 0.81}, {-0.4, 0.3}, {1.6, 1.25}, {0.5, -3.0}})
+            for (double length : {0.1, 0.6, 1.0})
+                for (int shape : {0, 1, 2}) {
+                    t.Apply({{"Center", cx, cy}, {"Length", length}, {"Shape", shape}});
+                    KLimitLaneWidth(4);
+                    Img plain = t.Run(plate.get(), true);
+                    KLimitLaneWidth(kLaneWidthMost);
+                    EXPECT_EQ(Differ(*t.Run(plate.get(), true), *plain), "")
+                        << w << (isFloat ? " float" : "") << " centre " << cx << "," << cy << " length " << length << " shape " << shape;
+                }
+    }
 }
 
 TEST(Microwaves, NoBrightnessOrNoLengthKeepsEachPixelItsOwn)
