@@ -139,9 +139,9 @@ public:
     }
 
 private:
-    std::unique_ptr<KWarpSpecification> MakeWarp(const MW_WarpData& data) const
+    std::unique_ptr<KWarpByCurves> MakeWarp(const MW_WarpData& data) const
     {
-        std::unique_ptr<KWarpSpecification> w;
+        std::unique_ptr<KWarpByCurves> w;
         if (warpType == 1) w = std::make_unique<KWarpRadial>(data);
         else w = std::make_unique<KWarpField>(data);
         w->adherence = adherence;
@@ -192,7 +192,7 @@ private:
     // Made in Start, read by the jobs, freed in Stop.
     float amount = 1.0f;
     int32_t jobs = 0;
-    std::unique_ptr<KWarpSpecification> sourceWarp, targetWarp;
+    std::unique_ptr<KWarpByCurves> sourceWarp, targetWarp;
     std::unique_ptr<KProcessImageInverse> sourceRun, targetRun;
     KImage* second = nullptr;
     std::unique_ptr<KImage> resizedTarget, resizedMap;

@@ -138,7 +138,7 @@ int32_t MW_WarpData::PointCount() const
     return n;
 }
 
-bool KWarpSpecification::Start(KImage* input, KImage** output, void* extras)
+bool KWarpByCurves::Start(KImage* input, KImage** output, void* extras)
 {
     KEffectWarp::Start(input, output, extras);
     all.clear();
@@ -151,7 +151,7 @@ bool KWarpSpecification::Start(KImage* input, KImage** output, void* extras)
 
 bool KWarpField::Start(KImage* input, KImage** output, void* extras)
 {
-    KWarpSpecification::Start(input, output, extras);
+    KWarpByCurves::Start(input, output, extras);
     for (WarpSegment& s : all) s.lengthPower = s.isPoint ? 1.0f : std::pow(s.length, lengthInfluence);
     return true;
 }
@@ -183,7 +183,7 @@ bool KWarpField::InverseMap(KPosition& out, const KPosition& in)
 
 bool KWarpRadial::Start(KImage* input, KImage** output, void* extras)
 {
-    KWarpSpecification::Start(input, output, extras);
+    KWarpByCurves::Start(input, output, extras);
     k = -1.0f / (radius * radius);
     return true;
 }

@@ -71,9 +71,9 @@ public:
 };
 
 // A warp by curve pairs; the two mappings differ in how segments combine.
-class KWarpSpecification : public KEffectWarp {
+class KWarpByCurves : public KEffectWarp {
 public:
-    explicit KWarpSpecification(const MW_WarpData& d) : data(d) {}
+    explicit KWarpByCurves(const MW_WarpData& d) : data(d) {}
     bool Start(KImage* input, KImage** output, void* extras) override;
 
     MW_WarpData data;
@@ -86,18 +86,18 @@ protected:
 // Every segment pulls with 1 / (distance + Adherence), raised to Locality and
 // scaled by its weight; the pulls are normalised. With no segment the weight
 // sum is zero and there is nothing to read.
-class KWarpField : public KWarpSpecification {
+class KWarpField : public KWarpByCurves {
 public:
-    using KWarpSpecification::KWarpSpecification;
+    using KWarpByCurves::KWarpByCurves;
     bool Start(KImage* input, KImage** output, void* extras) override;
     bool InverseMap(KPosition& out, const KPosition& in) override;
 };
 
 // Every segment pulls by a Gaussian of its distance over Radius, unnormalised:
 // far from every curve, and with no curves, the picture stays.
-class KWarpRadial : public KWarpSpecification {
+class KWarpRadial : public KWarpByCurves {
 public:
-    using KWarpSpecification::KWarpSpecification;
+    using KWarpByCurves::KWarpByCurves;
     bool Start(KImage* input, KImage** output, void* extras) override;
     bool InverseMap(KPosition& out, const KPosition& in) override;
 
