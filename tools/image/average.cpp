@@ -4,19 +4,19 @@
 #include <vector>
 #include "framework/effect.h"
 #include "framework/registration.h"
+#include "tools/image/time_adjust.h"
 #include "raster/image.h"
 
 class KEffectAverage : public KEffectPixel {
 public:
     static constexpr int32_t kTimes = 128;
-    enum MainTime : int32_t { kFlowTime = 0, kTimeSpeed, kTimeStretch };
     enum Missing : int32_t { kBlack = 0, kIgnore };
 
     KEffectAverage()
     {
         AllocFrames(kTimes);
         inputList.AddPage("Average");
-        inputList.AddMultiButton(&mainTime, kFlowTime, "Main Time", "TiAd"_id, kFlagNotify,
+        inputList.AddMultiButton(&mainTime, kTimeAsIs, "Main Time", "TiAd"_id, kFlagNotify,
                                  {"Flow Time", "Time Speed", "Time Stretch", "[end]"});
         inputList.AddSlider(&speed, 1.0f, "Speed", "TiSp"_id, kFlagHardMax, 0.0001, 32.0);
         inputList.AddSlider(&sourceTime, 0.0f, "Source time", "TiSo"_id, kFlagHardMin | kFlagHardMax, 0.0, 100.0);
@@ -31,7 +31,7 @@ public:
     int32_t GetFrameTimes(int32_t, float time, float* times) override
     {
         if (!times) return kTimes;
-        const float base = mainTime == kTimeSpeed ? time * speed : mainTime == kTimeStretch ? sourceTime : time;
+        const float base = KAdjustedTime(mainTime, time, speed, sourceTime);
         for (int32_t i = 0; i < kTimes; ++i) times[i] = 1e10f;
         int32_t n = 0;
         for (int32_t i = 0; i < count && n < kTimes; ++i) times[n++] = base + static_cast<float>(i * step);
@@ -80,7 +80,7 @@ public:
     }
 
 private:
-    int32_t mainTime = kFlowTime;
+    int32_t mainTime = kTimeAsIs;
     float speed = 1.0f;
     float sourceTime = 0.0f;
     int32_t count = 8;

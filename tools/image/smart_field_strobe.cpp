@@ -6,12 +6,12 @@
 #include <memory>
 #include "framework/effect.h"
 #include "framework/registration.h"
+#include "tools/image/time_adjust.h"
 #include "raster/image.h"
 
 class KEffectSmartFieldStrobe : public KEffectThreads {
 public:
     enum Strip : int32_t { kOne = 0, kTwo, kTimeOne, kTimeTwo };
-    enum Adjust : int32_t { kNot = 0, kTimeSpeed, kTimeStretch };
 
     KEffectSmartFieldStrobe()
     {
@@ -27,16 +27,13 @@ public:
         inputList.AddSlider(&gamma, 1.0f, "Gamma", "SmGa"_id, kFlagHardMax, 0.0, 3.0);
         inputList.AddRange(&levels, 0.015f, 1.0f, "Low", "High", 1399673928u, 1399673932u, 0, 0.0, 1.0);
         inputList.AddPage("Time");
-        inputList.AddMultiButton(&adjust, kNot, "Adjust", "TiAd"_id, kFlagNotify,
-                                 {"Not", "Time Speed", "Time Stretch", "[end]"});
-        inputList.AddSlider(&speed, 1.0f, "Speed", "TiSp"_id, kFlagHardMax, 0.0, 3.0);
-        inputList.AddSlider(&sourceTime, 0.0f, "Source time", "TiSo"_id, kFlagHardMin | kFlagHardMax, 0.0, 100.0);
+        timeAdjust.Declare(inputList);
     }
 
     int32_t GetFrameTimes(int32_t, float time, float* times) override
     {
         if (times) {
-            const float T = Base(time);
+            const float T = timeAdjust.At(time);
             times[0] = std::floor(T + 0.0001f);
             times[1] = std::floor(T - 1.0f + 0.0001f);
             times[2] = std::floor(T + 1.0f + 0.0001f);
@@ -56,7 +53,7 @@ public:
         int32_t s = strip;
         // Each render swaps the pairs of items, as a host that prepares its tools does.
         if (settings.prepared) s = s == kOne ? kTwo : s == kTwo ? kOne : s == kTimeOne ? kTimeTwo : s == kTimeTwo ? kTimeOne : s;
-        const float T = Base(settings.time) + 0.0001f;
+        const float T = timeAdjust.At(settings.time) + 0.0001f;
         const float fraction = T - std::floor(T);
         field = s == kTimeOne ? (fraction < 0.5f ? 1 : 0) : s == kTimeTwo ? (fraction >= 0.5f ? 1 : 0) : s;
         low = static_cast<int32_t>(levels.low * 65535.0f);
@@ -86,18 +83,11 @@ public:
     KMessageList OnChange(uint32_t id, const KMessageValue& value) override
     {
         KMessageList list;
-        if (id == "TiAd"_id) {
-            list.Add(kMessageVisible, "TiSp"_id, value.intValue == kTimeSpeed ? 1.0f : 0.0f);
-            list.Add(kMessageVisible, "TiSo"_id, value.intValue == kTimeStretch ? 1.0f : 0.0f);
-        }
+        timeAdjust.Show(id, value, list);
         return list;
     }
 
 private:
-    float Base(float time) const
-    {
-        return adjust == kTimeSpeed ? time * speed : adjust == kTimeStretch ? sourceTime : time;
-    }
 
     static void Codes(const KImage& img, int32_t x, int32_t y, KPixel& p) { img.GetPixel(x, y, p, kEdgeDuplicate); }
 
@@ -180,8 +170,7 @@ private:
     bool toAlpha = false;
     float blur = 0.0f, contract = 0.0f, gamma = 1.0f;
     KRange2 levels{0.015f, 1.0f};
-    int32_t adjust = kNot;
-    float speed = 1.0f, sourceTime = 0.0f;
+    KTimeAdjust timeAdjust;
 
     const KImage* current = nullptr;
     const KImage* before = nullptr;

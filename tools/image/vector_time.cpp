@@ -3,26 +3,23 @@
 #include <cmath>
 #include "framework/effect.h"
 #include "framework/registration.h"
+#include "tools/image/time_adjust.h"
 #include "raster/image.h"
 
 class KEffectVectorTime : public KEffectThreads {
 public:
-    enum Adjust : int32_t { kNot = 0, kTimeSpeed, kTimeStretch };
 
     KEffectVectorTime()
     {
         AllocFrames(2);
         inputList.AddPage("Vector Time");
-        inputList.AddMultiButton(&adjust, kNot, "Adjust", "TiAd"_id, kFlagNotify,
-                                 {"Not", "Time Speed", "Time Stretch", "[end]"});
-        inputList.AddSlider(&speed, 1.0f, "Speed", "TiSp"_id, kFlagHardMax, 0.0, 3.0);
-        inputList.AddSlider(&sourceTime, 0.0f, "Source time", "TiSo"_id, kFlagHardMin | kFlagHardMax, 0.0, 100.0);
+        timeAdjust.Declare(inputList);
     }
 
     int32_t GetFrameTimes(int32_t, float time, float* times) override
     {
         if (times) {
-            times[0] = Base(time);
+            times[0] = timeAdjust.At(time);
             times[1] = times[0] + 1.0f;
         }
         return 2;
@@ -35,12 +32,12 @@ public:
         KEffectImage::Start(input, output, extras);
         a = frames[0].get();
         b = frames[1].get();
-        if (adjust == kNot || !a || !b || !input) return false;
+        if (timeAdjust.mode == kTimeAsIs || !a || !b || !input) return false;
         if (b->width != a->width || b->height != a->height || b->IsFloat() != a->IsFloat() ||
             (*output)->width != a->width || (*output)->height != a->height)
             return false;
-        const float T = Base(settings.time);
-        vectorFactor = adjust == kTimeSpeed ? 1.0f / std::max(speed, 1.1920929e-07f) : 1.0f;
+        const float T = timeAdjust.At(settings.time);
+        vectorFactor = timeAdjust.mode == kTimeSpeed ? 1.0f / std::max(timeAdjust.speed, 1.1920929e-07f) : 1.0f;
         vectors = a->AuxPlane(kVectorX) && a->AuxPlane(kVectorY) && b->AuxPlane(kVectorX) && b->AuxPlane(kVectorY);
         positionFactor = 1.0 / static_cast<double>(input->ProxyScale());
         f = T - std::floor(T);
@@ -89,10 +86,6 @@ public:
 private:
     static constexpr int32_t kVectorX = 22, kVectorY = 23;
 
-    float Base(float time) const
-    {
-        return adjust == kTimeSpeed ? time * speed : adjust == kTimeStretch ? sourceTime : time;
-    }
     // Moved along the vectors: a bilinear read; otherwise the pixel itself.
     template <class P> void Read(const KImage& frame, int32_t x, int32_t y, float X, float Y, P& out) const
     {
@@ -100,8 +93,7 @@ private:
         else frame.GetPixel(x, y, out, kEdgeDuplicate);
     }
 
-    int32_t adjust = kNot;
-    float speed = 1.0f, sourceTime = 0.0f;
+    KTimeAdjust timeAdjust;
     const KImage* a = nullptr;
     const KImage* b = nullptr;
     bool vectors = false;
