@@ -141,14 +141,7 @@ struct Matrix4f {
         *this = Product(step, *this);
         return *this;
     }
-    Matrix4f& Translate(float tx, float ty, float tz)
-    {
-        Matrix4f t;
-        t.m[0][3] = tx;
-        t.m[1][3] = ty;
-        t.m[2][3] = tz;
-        return Then(t);
-    }
+    Matrix4f& Translate(float tx, float ty, float tz) { return Then(Translation(tx, ty, tz)); }
     Matrix4f& Scale(float sx, float sy, float sz)
     {
         Matrix4f s;

@@ -112,6 +112,18 @@ void OffsetOpenArray(KShape& out, KShapeArray& a, int32_t join, float offset, in
     if (a.closed) out.Close();
 }
 
+// The paths grown by `distance` (shrunk when negative), in shape units;
+// joins 0 miter, 1 square, 2 round.
+KShape* Offset(const Paths& paths, int32_t join, EndType end, double miterLimit, float distance)
+{
+    static const JoinType joins[] = {jtMiter, jtSquare, jtRound};
+    ClipperOffset co(miterLimit, 0.0);
+    co.AddPaths(paths, joins[std::clamp(join, 0, 2)], end);
+    Paths solution;
+    co.Execute(solution, static_cast<double>(distance) * 1e6);
+    return KFromPaths(solution);
+}
+
 }  // namespace
 
 KShape* KOffsetShape(const KShape& shape, const KOffsetSettings& s)
@@ -121,12 +133,7 @@ KShape* KOffsetShape(const KShape& shape, const KOffsetSettings& s)
     const KShape& src = flat ? *flat : shape;
     auto* out = new KShape(&shape);
     if (src.IsClosed()) {
-        static const JoinType joins[] = {jtMiter, jtSquare, jtRound};
-        ClipperOffset co(0.0, 0.0);
-        co.AddPaths(KToPaths(src), joins[std::clamp(s.joinType, 0, 2)], etClosedPolygon);
-        Paths solution;
-        co.Execute(solution, static_cast<double>(s.offset) * 1e6);
-        std::unique_ptr<KShape> grown(KFromPaths(solution));
+        std::unique_ptr<KShape> grown(Offset(KToPaths(src), s.joinType, etClosedPolygon, 0.0, s.offset));
         out->Append(grown.get(), true);
         return out;
     }
@@ -144,11 +151,7 @@ KShape* KStrokeByClipper(const KShape& flat, const KShapePen& pen, float outer, 
     const Paths paths = KToPaths(flat);
     if (!flat.IsClosed()) {
         const EndType end = pen.endType == 0 ? etOpenButt : pen.endRoundness < 0.5f ? etOpenSquare : etOpenRound;
-        ClipperOffset co(pen.miterLimit, 0.0);
-        co.AddPaths(paths, join, end);
-        Paths solution;
-        co.Execute(solution, static_cast<double>(outer) * 1e6);
-        std::unique_ptr<KShape> band(KFromPaths(solution));
+        std::unique_ptr<KShape> band(Offset(paths, pen.joinType, end, pen.miterLimit, outer));
         out->Append(band.get(), true);
         return out;
     }
