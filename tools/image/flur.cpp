@@ -59,176 +59,334 @@ inline void Crossing(float s, int32_t last, int32_t& i0, int32_t& i1, float& f)
 // GCC 12 takes the AVX-512 conversions' undefined starting registers for uninitialized.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wuninitialized"
-// Sixteen steps of one ring side at once, with the same operations as Step in
-// the same order. A side's pixels read only the ring before, so they are
-// independent. Pixels sit four to a register, their channels side by side; a
-// pixel's crossing, fraction and weight come from sixteen-lane vectors, spread
-// over its four channels. `near` is the neighbour line as seen by pixel 0
-// (qword offsets into it are crossing * step), `own` is pixel 0's codes,
-// `ownStep` the qword distance from one pixel to the next along the side.
-struct KFlurLanes {
-    float t, c;       // crossing = t (p - c) + c for a pixel at p
-    int32_t last;
-    float decay, power;
-    bool square;
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 
-    ZV_AVX512 static __m512 Codes4(__m256i v) { return _mm512_cvtepi32_ps(_mm512_cvtepu16_epi32(v)); }
-    ZV_AVX512 static __m512 Cut4(__m512 v)
-    {
-        return _mm512_cvtepi32_ps(_mm512_cvttps_epi32(_mm512_min_ps(_mm512_max_ps(v, _mm512_setzero_ps()), _mm512_set1_ps(65535.0f))));
+ZV_AVX512 inline __m256i Half(__m512i v, int h) { return h ? _mm512_extracti64x4_epi64(v, 1) : _mm512_castsi512_si256(v); }
+ZV_AVX512 inline __m512 Codes4(__m256i v) { return _mm512_cvtepi32_ps(_mm512_cvtepu16_epi32(v)); }
+
+// Sixteen values cut to 0..65535 and packed: the float clamp takes NaN to 0, and
+// the unsigned narrowing caps everything above (the conversion's overflow value
+// reads as 2^31).
+ZV_AVX512 inline __m256i Pack4(__m512 v) { return _mm512_cvtusepi32_epi16(_mm512_cvttps_epi32(_mm512_max_ps(v, _mm512_setzero_ps()))); }
+
+// Eight pixels' codes from floats, as the integer pixel read gives them, and back.
+ZV_AVX512 inline __m512i CodesIn8(const float* f)
+{
+    const __m512 scale = _mm512_set1_ps(65535.0f);
+    return _mm512_inserti64x4(_mm512_castsi256_si512(Pack4(_mm512_mul_ps(_mm512_loadu_ps(f), scale))),
+                              Pack4(_mm512_mul_ps(_mm512_loadu_ps(f + 16), scale)), 1);
+}
+ZV_AVX512 inline void CodesOut8(__m512i v, float* f, bool stream)
+{
+    const __m512 scale = _mm512_set1_ps(kIntToFloat);
+    const __m512 lo = _mm512_mul_ps(Codes4(Half(v, 0)), scale), hi = _mm512_mul_ps(Codes4(Half(v, 1)), scale);
+    if (stream) {
+        _mm512_stream_ps(f, lo);
+        _mm512_stream_ps(f + 16, hi);
+    } else {
+        _mm512_storeu_ps(f, lo);
+        _mm512_storeu_ps(f + 16, hi);
     }
+}
 
-    ZV_AVX512 void Sixteen(int32_t p, const uint16_t* near, int32_t nearStep, uint16_t* own, ptrdiff_t ownStep) const
+// Eight lines of eight pixels become eight lines across them.
+[[gnu::always_inline]] ZV_AVX512 inline void Transpose8(__m512i v[8])
+{
+    __m512i t[8], u[8];
+    for (int i = 0; i < 8; i += 2) {
+        t[i / 2] = _mm512_unpacklo_epi64(v[i], v[i + 1]);      // pixels 0, 2, 4, 6 of the pair
+        t[4 + i / 2] = _mm512_unpackhi_epi64(v[i], v[i + 1]);  // pixels 1, 3, 5, 7
+    }
+    // Each 128-bit quarter now holds one pixel of a pair of lines: transpose the quarters.
+    for (int h = 0; h < 8; h += 4) {
+        u[h + 0] = _mm512_shuffle_i64x2(t[h + 0], t[h + 1], _MM_SHUFFLE(2, 0, 2, 0));
+        u[h + 1] = _mm512_shuffle_i64x2(t[h + 0], t[h + 1], _MM_SHUFFLE(3, 1, 3, 1));
+        u[h + 2] = _mm512_shuffle_i64x2(t[h + 2], t[h + 3], _MM_SHUFFLE(2, 0, 2, 0));
+        u[h + 3] = _mm512_shuffle_i64x2(t[h + 2], t[h + 3], _MM_SHUFFLE(3, 1, 3, 1));
+    }
+    for (int h = 0; h < 2; ++h) {  // even pixels from u[0..3], odd from u[4..7]
+        v[h + 0] = _mm512_shuffle_i64x2(u[4 * h + 0], u[4 * h + 2], _MM_SHUFFLE(2, 0, 2, 0));
+        v[h + 4] = _mm512_shuffle_i64x2(u[4 * h + 0], u[4 * h + 2], _MM_SHUFFLE(3, 1, 3, 1));
+        v[h + 2] = _mm512_shuffle_i64x2(u[4 * h + 1], u[4 * h + 3], _MM_SHUFFLE(2, 0, 2, 0));
+        v[h + 6] = _mm512_shuffle_i64x2(u[4 * h + 1], u[4 * h + 3], _MM_SHUFFLE(3, 1, 3, 1));
+    }
+}
+
+// One step for four pixels: own (1 - w) + (a (1 - f) + b f) w, with f, 1 - f,
+// w and 1 - w spread over each pixel's channels. A blend of two codes by a
+// fraction stays within 0..65535, so its cut is a truncation.
+[[gnu::always_inline]] ZV_AVX512 inline __m256i Blend4(__m256i a, __m256i b, __m256i own, __m512 rest, __m512 f, __m512 keep, __m512 w)
+{
+    const __m512 between = _mm512_roundscale_ps(_mm512_add_ps(_mm512_mul_ps(Codes4(a), rest), _mm512_mul_ps(Codes4(b), f)),
+                                                _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC);
+    return Pack4(_mm512_add_ps(_mm512_mul_ps(Codes4(own), keep), _mm512_mul_ps(between, w)));
+}
+
+// Steps of one line sixteen pixels at a time, with the same operations as Step in
+// the same order. A line's pixels read only the line before, so they are
+// independent. The caller has checked that 0 <= t <= 1.5, so crossings grow
+// with p and each eight pixels read within sixteen pixels of the first; these
+// take only blocks whose crossings lie in 0..2e9 and read within lo..hi of the
+// near line, so that two loads and a permute fetch them. Returns where they stopped.
+struct KFlurLanes {
+    float t, c;  // crossing = t (p - c) + c for a pixel at p
+    int32_t last, lo, hi;
+    float decay, power;
+
+    template <bool kSquare> ZV_AVX512 int32_t Line(int32_t p, int32_t p1, const uint16_t* near, uint16_t* own) const
     {
-        const __m512 pf = _mm512_cvtepi32_ps(_mm512_add_epi32(_mm512_set1_epi32(p), _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15)));
-        const __m512 s = _mm512_add_ps(_mm512_mul_ps(_mm512_set1_ps(t), _mm512_sub_ps(pf, _mm512_set1_ps(c))), _mm512_set1_ps(c));
-        // The crossing as KCrossing takes it: whole part and fraction below 2e9, else
-        // +-2e9 with no fraction, anything not finite at -2e9.
-        const __m512 mag = _mm512_abs_ps(s);
-        const __mmask16 inRange = _mm512_cmp_ps_mask(mag, _mm512_set1_ps(2.0e9f), _CMP_LT_OQ);
-        const __mmask16 high = _mm512_cmp_ps_mask(mag, _mm512_set1_ps(INFINITY), _CMP_LT_OQ) &
-                               _mm512_cmp_ps_mask(s, _mm512_setzero_ps(), _CMP_GT_OQ) & ~inRange;
-        const __m512i whole = _mm512_cvttps_epi32(s);
-        __m512i i = _mm512_mask_mov_epi32(_mm512_set1_epi32(-2000000000), high, _mm512_set1_epi32(2000000000));
-        i = _mm512_mask_mov_epi32(i, inRange, whole);
-        const __m512 f = _mm512_maskz_sub_ps(inRange, s, _mm512_cvtepi32_ps(whole));
-        const __m512i zero = _mm512_setzero_si512(), top = _mm512_set1_epi32(last);
-        const __m512i step = _mm512_set1_epi32(nearStep);
-        const __m512i i0 = _mm512_mullo_epi32(_mm512_max_epi32(_mm512_min_epi32(i, top), zero), step);
-        const __m512i i1 = _mm512_mullo_epi32(_mm512_max_epi32(_mm512_min_epi32(_mm512_add_epi32(i, _mm512_set1_epi32(1)), top), zero), step);
-        __m512 w = _mm512_set1_ps(decay);
-        if (!square) {
-            alignas(64) float d[16];
-            _mm512_store_ps(d, _mm512_sub_ps(pf, s));
-            for (float& v : d) v = decay * std::pow(v * v + 1.0f, -power);
-            w = _mm512_load_ps(d);
-        }
-        const __m512 keep = _mm512_sub_ps(_mm512_set1_ps(1.0f), w), rest = _mm512_sub_ps(_mm512_set1_ps(1.0f), f);
-        const long long* line = reinterpret_cast<const long long*>(near);
-        alignas(64) int32_t o0[16], o1[16];
-        _mm512_store_si512(o0, i0);
-        _mm512_store_si512(o1, i1);
-        for (int q = 0; q < 4; ++q) {
-            // Each of the quarter's pixels spread over its four channels.
-            const __m512i spread = _mm512_add_epi32(_mm512_set1_epi32(4 * q), _mm512_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3));
-            const __m128i at0 = _mm_load_si128(reinterpret_cast<const __m128i*>(o0 + 4 * q));
-            const __m128i at1 = _mm_load_si128(reinterpret_cast<const __m128i*>(o1 + 4 * q));
-            const __m512 a = Codes4(_mm256_i32gather_epi64(line, at0, 8));
-            const __m512 b = Codes4(_mm256_i32gather_epi64(line, at1, 8));
-            uint16_t* o = own + 4 * ownStep * 4 * q;
-            __m256i mine;
-            if (ownStep == 1) mine = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(o));
-            else
-                mine = _mm256_setr_epi64x(*reinterpret_cast<const long long*>(o), *reinterpret_cast<const long long*>(o + 4 * ownStep),
-                                          *reinterpret_cast<const long long*>(o + 8 * ownStep), *reinterpret_cast<const long long*>(o + 12 * ownStep));
-            const __m512 between = Cut4(_mm512_add_ps(_mm512_mul_ps(a, _mm512_permutexvar_ps(spread, rest)),
-                                                      _mm512_mul_ps(b, _mm512_permutexvar_ps(spread, f))));
-            const __m512 keeps = square ? keep : _mm512_permutexvar_ps(spread, keep);
-            const __m512 ws = square ? w : _mm512_permutexvar_ps(spread, w);
-            const __m512 blend = _mm512_add_ps(_mm512_mul_ps(Codes4(mine), keeps), _mm512_mul_ps(between, ws));
-            // Cut to 0..65535, so keeping each value's low 16 bits packs it exactly.
-            const __m256i packed = _mm512_cvtepi32_epi16(_mm512_cvttps_epi32(_mm512_min_ps(_mm512_max_ps(blend, _mm512_setzero_ps()), _mm512_set1_ps(65535.0f))));
-            if (ownStep == 1) _mm256_storeu_si256(reinterpret_cast<__m256i*>(o), packed);
-            else {
-                const __m128i lo = _mm256_castsi256_si128(packed), hi = _mm256_extracti128_si256(packed, 1);
-                _mm_storel_epi64(reinterpret_cast<__m128i*>(o), lo);
-                _mm_storeh_pd(reinterpret_cast<double*>(o + 4 * ownStep), _mm_castsi128_pd(lo));
-                _mm_storel_epi64(reinterpret_cast<__m128i*>(o + 8 * ownStep), hi);
-                _mm_storeh_pd(reinterpret_cast<double*>(o + 12 * ownStep), _mm_castsi128_pd(hi));
+        const __m512 tv = _mm512_set1_ps(t), cv = _mm512_set1_ps(c), one = _mm512_set1_ps(1.0f);
+        const __m512i iota = _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15), top = _mm512_set1_epi32(last);
+        const __m512i firsts = _mm512_setr_epi32(0, 0, 0, 0, 0, 0, 0, 0, 8, 8, 8, 8, 8, 8, 8, 8);
+        const __m512i quad = _mm512_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3);
+        const __m512i spread[4] = {quad, _mm512_add_epi32(quad, _mm512_set1_epi32(4)), _mm512_add_epi32(quad, _mm512_set1_epi32(8)),
+                                   _mm512_add_epi32(quad, _mm512_set1_epi32(12))};
+        for (; p + 16 <= p1; p += 16) {
+            const __m512 pf = _mm512_cvtepi32_ps(_mm512_add_epi32(_mm512_set1_epi32(p), iota));
+            const __m512 s = _mm512_add_ps(_mm512_mul_ps(tv, _mm512_sub_ps(pf, cv)), cv);
+            const __m512i whole = _mm512_cvttps_epi32(s);
+            const __m512i i0 = _mm512_min_epi32(whole, top), i1 = _mm512_min_epi32(_mm512_add_epi32(whole, _mm512_set1_epi32(1)), top);
+            if ((_mm512_cmp_ps_mask(s, _mm512_setzero_ps(), _CMP_GE_OQ) & _mm512_cmp_ps_mask(s, _mm512_set1_ps(2.0e9f), _CMP_LT_OQ) &
+                 ~_mm512_cmp_epi32_mask(i0, _mm512_set1_epi32(lo), _MM_CMPINT_LT) & ~_mm512_cmp_epi32_mask(i1, _mm512_set1_epi32(hi), _MM_CMPINT_NLE)) != 0xFFFF)
+                break;
+            const __m512 f = _mm512_sub_ps(s, _mm512_cvtepi32_ps(whole)), rest = _mm512_sub_ps(one, f);
+            __m512 w = _mm512_set1_ps(decay);
+            if constexpr (!kSquare) {
+                alignas(64) float d[16];
+                _mm512_store_ps(d, _mm512_sub_ps(pf, s));
+                for (float& v : d) v = decay * std::pow(v * v + 1.0f, -power);
+                w = _mm512_load_ps(d);
+            }
+            const __m512 keep = _mm512_sub_ps(one, w);
+            const __m512i base = _mm512_permutexvar_epi32(firsts, i0);
+            const __m512i d0 = _mm512_sub_epi32(i0, base), d1 = _mm512_sub_epi32(i1, base);
+            const int32_t from[2] = {_mm_cvtsi128_si32(_mm512_castsi512_si128(i0)), _mm_cvtsi128_si32(_mm512_extracti32x4_epi32(i0, 2))};
+#pragma GCC unroll 2
+            for (int g = 0; g < 2; ++g) {
+                const uint16_t* at = near + 4 * static_cast<size_t>(from[g]);
+                const __m512i lower = _mm512_loadu_si512(at), upper = _mm512_loadu_si512(at + 32);
+                const __m512i a8 = _mm512_permutex2var_epi64(lower, _mm512_cvtepi32_epi64(Half(d0, g)), upper);
+                const __m512i b8 = _mm512_permutex2var_epi64(lower, _mm512_cvtepi32_epi64(Half(d1, g)), upper);
+                uint16_t* o = own + 4 * static_cast<size_t>(p + 8 * g);
+                const __m512i mine = _mm512_loadu_si512(o);
+                __m256i out[2];
+#pragma GCC unroll 2
+                for (int h = 0; h < 2; ++h) {
+                    const __m512i q = spread[2 * g + h];
+                    out[h] = Blend4(Half(a8, h), Half(b8, h), Half(mine, h), _mm512_permutexvar_ps(q, rest), _mm512_permutexvar_ps(q, f),
+                                    kSquare ? keep : _mm512_permutexvar_ps(q, keep), kSquare ? w : _mm512_permutexvar_ps(q, w));
+                }
+                _mm512_storeu_si512(o, _mm512_inserti64x4(_mm512_castsi256_si512(out[0]), out[1], 1));
             }
         }
+        return p;
     }
 };
 
-// The way in and out of the codes, four pixels at a time; the rest as the plain loops do it.
-ZV_AVX512 int32_t KFlurCodesIn(const float* f, uint16_t* d, int32_t channels)
-{
-    int32_t x = 0;
-    for (; x + 16 <= channels; x += 16) {
-        const __m512 v = _mm512_mul_ps(_mm512_loadu_ps(f + x), _mm512_set1_ps(65535.0f));
-        const __m512 cut = _mm512_min_ps(_mm512_max_ps(v, _mm512_setzero_ps()), _mm512_set1_ps(65535.0f));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + x), _mm512_cvtepi32_epi16(_mm512_cvttps_epi32(cut)));
-    }
-    return x;
-}
-ZV_AVX512 int32_t KFlurCodesOut(const uint16_t* s, float* d, int32_t channels)
-{
-    int32_t x = 0;
-    for (; x + 16 <= channels; x += 16)
-        _mm512_storeu_ps(d + x, _mm512_mul_ps(KFlurLanes::Codes4(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + x))),
-                                              _mm512_set1_ps(kIntToFloat)));
-    return x;
-}
 #pragma GCC diagnostic pop
 #endif
 
-// One run of the rings over 16-bit codes. Each pixel is written once on the way
-// out, so until then it still holds its source value: own and neighbours are
-// all read from the one buffer.
+// Pixels x0..x1-1 of a row, to codes and back.
+void CodesIn(const KImage& source, int32_t y, int32_t x0, int32_t x1, uint16_t* d)
+{
+    if (x1 <= x0) return;
+    if (!source.IsFloat()) return void(std::memcpy(d, source.RowW(y) + 4 * x0, size_t(x1 - x0) * 8));
+    const float* f = source.RowF(y) + 4 * x0;
+    for (int32_t x = 0; x < x1 - x0; ++x) Put(d + 4 * x, Cut(_mm_mul_ps(_mm_loadu_ps(f + 4 * x), _mm_set1_ps(65535.0f))));
+}
+void CodesOut(const uint16_t* s, KImage& target, int32_t y, int32_t x0, int32_t x1)
+{
+    if (x1 <= x0) return;
+    if (!target.IsFloat()) return void(std::memcpy(target.RowW(y) + 4 * x0, s, size_t(x1 - x0) * 8));
+    float* d = target.RowF(y) + 4 * x0;
+    for (int32_t x = 0; x < x1 - x0; ++x) _mm_storeu_ps(d + 4 * x, _mm_mul_ps(Codes(s + 4 * x), _mm_set1_ps(kIntToFloat)));
+}
+
+// The nearest and farthest distance from c over the eight values a..a+7.
+int32_t Nearest8(int32_t a, int32_t c) { return c < a ? a - c : c > a + 7 ? c - a - 7 : 0; }
+int32_t Farthest8(int32_t a, int32_t c) { return std::max(std::abs(a - c), std::abs(a + 7 - c)); }
+
+// One run of the rings over 16-bit codes. A step updates pixels p0..p1-1 of one
+// line, a row or a column, from the line next to it. Each pixel is written once
+// on the way out, so until then it still holds its source value.
+//
+// The codes are held once, or for the AVX-512 steps twice: row by row, and column
+// by column so that a column step walks memory in order as a row step does. Each
+// copy is then current only where its own steps read it, the rows' copy wherever
+// |dx| <= |dy| + 2 from the centre and the columns' wherever |dy| <= |dx| + 2;
+// a step writing where both are current writes both.
 struct Walk {
+    struct Lines {
+        uint16_t* base;
+        size_t line, pixel;   // channels from one line to the next, and from one pixel to the next
+        float c, cAcross;     // the centre along the lines and across them
+        int32_t ic, icAcross;
+        int32_t length, count;  // pixels a line, lines
+
+        uint16_t* At(int32_t l, int32_t p) const { return base + line * static_cast<size_t>(l) + pixel * static_cast<size_t>(p); }
+        bool Holds(int32_t l, int32_t p) const { return std::abs(p - ic) <= std::abs(l - icAcross) + 2; }
+    };
     const KRings& r;
-    uint16_t* base;
-    size_t stride;  // in channels
+    Lines lines[2];  // the rows, the columns
+    bool twice;
     float decay, power;
     bool square;
-    bool lanes;  // sixteen steps at once where the processor has AVX-512
 
-    uint16_t* Row(int32_t y) const { return base + stride * static_cast<size_t>(y); }
-    float Weight(float d) const { return square ? decay : decay * std::pow(d * d + 1.0f, -power); }
-
-    void Row(int32_t y, int32_t from, int32_t x0, int32_t x1) const
+    // Codes held once, `stride` channels a row; or twice, the columns after the rows.
+    Walk(const KRings& rings, uint16_t* base, size_t stride, size_t columnStride, bool twice, float decay, float power, bool square)
+        : r(rings), twice(twice), decay(decay), power(power), square(square)
     {
-        const float t = r.RowT(y, from);
-        const uint16_t* near = Row(std::clamp(from, 0, r.height - 1));
-        uint16_t* out = Row(y);
-        const int32_t last = r.width - 1;
-        int32_t x = x0;
-#if defined(ZV_LANES)
-        // A line at the image's edge reads itself, in order: only the plain walk does that.
-        if (lanes && r.RowIn(from)) {
-            const KFlurLanes l{t, r.cx, last, decay, power, square};
-            for (; x + 16 <= x1; x += 16) l.Sixteen(x, near, 1, out + 4 * x, 1);
-        }
-#endif
-        for (; x < x1; ++x) {
-            const float s = t * (static_cast<float>(x) - r.cx) + r.cx;
-            int32_t i0, i1;
-            float f;
-            Crossing(s, last, i0, i1, f);
-            Step(Codes(out + 4 * x), near + 4 * i0, near + 4 * i1, f, Weight(static_cast<float>(x) - s), out + 4 * x);
-        }
+        lines[0] = {base, stride, 4, r.cx, r.cy, r.icx, r.icy, r.width, r.height};
+        lines[1] = twice ? Lines{base + stride * size_t(r.height), columnStride, 4, r.cy, r.cx, r.icy, r.icx, r.height, r.width}
+                         : Lines{base, 4, stride, r.cy, r.cx, r.icy, r.icx, r.height, r.width};
     }
 
-    void Column(int32_t x, int32_t from, int32_t y0, int32_t y1) const
+    float Weight(float d) const { return square ? decay : decay * std::pow(d * d + 1.0f, -power); }
+    // Pixel p of line l of axis a, from whichever copy holds it.
+    const uint16_t* Read(int a, int32_t l, int32_t p) const
     {
-        const float t = r.ColumnT(x, from);
-        const size_t near = 4 * static_cast<size_t>(std::clamp(from, 0, r.width - 1)), at = 4 * static_cast<size_t>(x);
-        const int32_t last = r.height - 1;
-        int32_t y = y0;
+        return !twice || lines[a].Holds(l, p) ? lines[a].At(l, p) : lines[1 - a].At(p, l);
+    }
+
+    void Step(int a, int32_t line, int32_t from, int32_t p0, int32_t p1) const
+    {
+        const Lines& L = lines[a];
+        const float t = (static_cast<float>(from) - L.cAcross) / (static_cast<float>(line) - L.cAcross);
+        const int32_t near = std::clamp(from, 0, L.count - 1), last = L.length - 1;
+        int32_t p = p0;
 #if defined(ZV_LANES)
-        if (lanes && r.ColumnIn(from)) {
-            const KFlurLanes l{t, r.cy, last, decay, power, square};
-            const int32_t step = static_cast<int32_t>(stride / 4);
-            for (; y + 16 <= y1; y += 16) l.Sixteen(y, base + near, step, Row(y) + at, static_cast<ptrdiff_t>(stride / 4));
+        // A line at the image's edge reads itself, in order: only pixel by pixel does that.
+        if (twice && near == from) {
+            const int32_t reach = std::abs(near - L.icAcross) + 2;
+            const KFlurLanes l{t, L.c, last, L.ic - reach, L.ic + reach, decay, power};
+            while (t >= 0.0f && t <= 1.5f && p + 16 <= p1) {
+                p = square ? l.Line<true>(p, p1, L.At(near, 0), L.At(line, 0)) : l.Line<false>(p, p1, L.At(near, 0), L.At(line, 0));
+                if (p + 16 > p1) break;
+                Plain(a, line, near, t, p, p + 16);
+                p += 16;
+            }
         }
 #endif
-        for (; y < y1; ++y) {
-            const float s = t * (static_cast<float>(y) - r.cy) + r.cy;
+        Plain(a, line, near, t, p, p1);
+        if (!twice) return;
+        // Mirror the pixels the other copy holds: those within two of the line's ends.
+        const Lines& other = lines[1 - a];
+        const int32_t n = std::abs(line - L.icAcross), low = std::min(p1, L.ic - n + 3);
+        auto copy = [&](int32_t q0, int32_t q1) {
+            for (int32_t q = q0; q < q1; ++q) std::memcpy(other.At(q, line), L.At(line, q), 8);
+        };
+        copy(p0, low);
+        copy(std::max({p0, low, L.ic + n - 2}), p1);
+    }
+
+    void Plain(int a, int32_t line, int32_t near, float t, int32_t p, int32_t p1) const
+    {
+        const Lines& L = lines[a];
+        for (; p < p1; ++p) {
+            const float s = t * (static_cast<float>(p) - L.c) + L.c;
             int32_t i0, i1;
             float f;
-            Crossing(s, last, i0, i1, f);
-            uint16_t* out = Row(y) + at;
-            Step(Codes(out), Row(i0) + near, Row(i1) + near, f, Weight(static_cast<float>(y) - s), out);
+            Crossing(s, L.length - 1, i0, i1, f);
+            uint16_t* out = L.At(line, p);
+            ::Step(Codes(out), Read(a, near, i0), Read(a, near, i1), f, Weight(static_cast<float>(p) - s), out);
         }
     }
 
     void Run() const
     {
-        auto row = [this](int32_t y, int32_t from, int32_t x0, int32_t x1) { Row(y, from, x0, x1); };
-        auto column = [this](int32_t x, int32_t from, int32_t y0, int32_t y1) { Column(x, from, y0, y1); };
+        auto row = [this](int32_t y, int32_t from, int32_t x0, int32_t x1) { Step(0, y, from, x0, x1); };
+        auto column = [this](int32_t x, int32_t from, int32_t y0, int32_t y1) { Step(1, x, from, y0, y1); };
         for (int32_t n = r.first; n < r.count; ++n) r.Outward(n, row, column, [](int32_t n) { return n % 2 == 0; });
         for (int32_t n = r.count; n >= r.first; --n) r.Inward(n, row, column);
     }
+
+    // Rows y0..y0+7 of the source into the codes, each copy where it is current.
+    void Load(const KImage& source, int32_t y0) const
+    {
+        const int32_t w = r.width, y1 = std::min(y0 + 8, r.height), yTiles = twice && y1 - y0 == 8 ? y1 : y0;
+#if defined(ZV_LANES)
+        if (yTiles > y0) LoadTiles(source, y0);
+#endif
+        for (int32_t y = y0; y < y1; ++y) {
+            if (!twice) {
+                CodesIn(source, y, 0, w, lines[0].At(y, 0));
+                continue;
+            }
+            for (int32_t x = y < yTiles ? w & ~7 : 0; x < w; ++x) {
+                if (lines[0].Holds(y, x)) CodesIn(source, y, x, x + 1, lines[0].At(y, x));
+                if (lines[1].Holds(x, y)) CodesIn(source, y, x, x + 1, lines[1].At(x, y));
+            }
+        }
+    }
+
+    // Rows y0..y0+7 out to the target, each pixel from the copy its own steps
+    // wrote: the rows' where |dx| <= |dy|, else the columns'.
+    void Store(KImage& target, int32_t y0) const
+    {
+        const int32_t w = r.width, y1 = std::min(y0 + 8, r.height), yTiles = twice && y1 - y0 == 8 ? y1 : y0;
+#if defined(ZV_LANES)
+        if (yTiles > y0) StoreTiles(target, y0);
+#endif
+        for (int32_t y = y0; y < y1; ++y) {
+            if (!twice) {
+                CodesOut(lines[0].At(y, 0), target, y, 0, w);
+                continue;
+            }
+            for (int32_t x = y < yTiles ? w & ~7 : 0; x < w; ++x)
+                CodesOut(std::abs(x - r.icx) > std::abs(y - r.icy) ? lines[1].At(x, y) : lines[0].At(y, x), target, y, x, x + 1);
+        }
+    }
+
+#if defined(ZV_LANES)
+    // The eight-by-eight tiles of rows y0..y0+7, the picture's ragged right edge
+    // left to the callers. The codes are written past the caches in whole cache
+    // lines, as is the target where its rows allow.
+    ZV_AVX512 void LoadTiles(const KImage& source, int32_t y0) const
+    {
+        const Lines &rows = lines[0], &columns = lines[1];
+        const int32_t dyNear = Nearest8(y0, r.icy), dyFar = Farthest8(y0, r.icy);
+        for (int32_t x0 = 0; x0 + 8 <= r.width; x0 += 8) {
+            const bool forRows = Nearest8(x0, r.icx) <= dyFar + 2, forColumns = dyNear <= Farthest8(x0, r.icx) + 2;
+            __m512i v[8];
+            for (int j = 0; j < 8; ++j) {
+                v[j] = source.IsFloat() ? CodesIn8(source.RowF(y0 + j) + 4 * x0) : _mm512_loadu_si512(source.RowW(y0 + j) + 4 * x0);
+                if (forRows) _mm512_stream_si512(reinterpret_cast<__m512i*>(rows.At(y0 + j, x0)), v[j]);
+            }
+            if (!forColumns) continue;
+            Transpose8(v);
+            for (int j = 0; j < 8; ++j) _mm512_stream_si512(reinterpret_cast<__m512i*>(columns.At(x0 + j, y0)), v[j]);
+        }
+        _mm_sfence();
+    }
+
+    ZV_AVX512 void StoreTiles(KImage& target, int32_t y0) const
+    {
+        const Lines &rows = lines[0], &columns = lines[1];
+        const bool stream = (reinterpret_cast<uintptr_t>(target.RowW(0)) | target.RowBytes()) % 64 == 0;
+        const int32_t dyNear = Nearest8(y0, r.icy), dyFar = Farthest8(y0, r.icy);
+        for (int32_t x0 = 0; x0 + 8 <= r.width; x0 += 8) {
+            const bool allRows = Farthest8(x0, r.icx) <= dyNear, allColumns = Nearest8(x0, r.icx) > dyFar;
+            __m512i v[8];
+            if (!allRows) {
+                for (int j = 0; j < 8; ++j) v[j] = _mm512_load_si512(columns.At(x0 + j, y0));
+                Transpose8(v);
+            }
+            for (int j = 0; j < 8 && !allColumns; ++j) {
+                // Each pixel from the copy whose steps wrote it.
+                const int32_t dy = std::abs(y0 + j - r.icy);
+                __mmask8 fromColumns = 0;
+                for (int i = 0; i < 8 && !allRows; ++i) fromColumns |= (std::abs(x0 + i - r.icx) > dy ? 1 : 0) << i;
+                v[j] = _mm512_mask_mov_epi64(_mm512_load_si512(rows.At(y0 + j, x0)), fromColumns, v[j]);
+            }
+            for (int j = 0; j < 8; ++j) {
+                if (target.IsFloat()) CodesOut8(v[j], target.RowF(y0 + j) + 4 * x0, stream);
+                else if (stream) _mm512_stream_si512(reinterpret_cast<__m512i*>(target.RowW(y0 + j) + 4 * x0), v[j]);
+                else _mm512_storeu_si512(target.RowW(y0 + j) + 4 * x0, v[j]);
+            }
+        }
+        _mm_sfence();
+    }
+#endif
 };
 
 }  // namespace
@@ -255,14 +413,19 @@ public:
         power = shape == kRound ? static_cast<float>(v * 0.6666666666666666) : 1.0f / exponent;
         // Below a width of 720 a short length drives k under 0; it is left so.
         decay = static_cast<float>(1.0 - (720.0 / static_cast<double>(width)) * v);
-        // The work rows are an odd number of cache lines apart, so that a walk down a
-        // column spreads over the cache's sets; the buffer is kept for the next render.
-        stride = (size_t(width) * 8 + 63) / 64 | 1;
-        stride *= 32;
-        if (workSize < stride * size_t(height)) {
-            // A column step moves a whole row on: in 4 KB pages every step of a
-            // UHD column is another page, so the buffer asks for 2 MB pages.
-            const size_t page = size_t(1) << 21, bytes = (stride * size_t(height) * 2 + page - 1) / page * page;
+        // Work lines are an odd number of cache lines apart, so that a walk across
+        // them spreads over the cache's sets. The AVX-512 steps keep a second copy,
+        // column by column, and read up to fifteen pixels past a line's end.
+        twice = KLaneWidth() >= 32;
+        auto lineOf = [](int32_t pixels) { return ((size_t(pixels) * 8 + 63) / 64 | 1) * 32; };
+        stride = lineOf(width);
+        columnStride = lineOf(height);
+        const size_t need = stride * size_t(height) + (twice ? columnStride * size_t(width) + 64 : 0);
+        if (workSize < need) {
+            // A step across lines moves a whole line on: in 4 KB pages every step of a
+            // UHD column is another page, so the buffer asks for 2 MB pages. It is kept
+            // for the next render.
+            const size_t page = size_t(1) << 21, bytes = (need * 2 + page - 1) / page * page;
             work.reset(static_cast<uint16_t*>(std::aligned_alloc(page, bytes)));
             if (!work) return false;
 #if defined(MADV_HUGEPAGE)
@@ -285,30 +448,12 @@ public:
     {
         const int32_t w = target->width, h = target->height;
         const KRings rings(static_cast<float>(w - 1) * center.x, static_cast<float>(h - 1) * center.y, w, h);
-        uint16_t* codes = work.get();
-        // Crossings are gathered by 32-bit qword offsets, which a column's must fit.
-        const bool lanes = KLaneWidth() >= 32 && size_t(h) * stride / 4 < (size_t(1) << 31);
-        // In: the source as 16-bit codes, as the integer pixel read gives them.
-        source->EachRow([&](int32_t y, const uint16_t* s, const float* f) {
-            uint16_t* d = codes + stride * size_t(y);
-            if (s) return void(std::memcpy(d, s, size_t(w) * 8));
-            int32_t x = 0;
-#if defined(ZV_LANES)
-            if (lanes) x = KFlurCodesIn(f, d, 4 * w);
-#endif
-            for (; x < 4 * w; x += 4) Put(d + x, Cut(_mm_mul_ps(_mm_loadu_ps(f + x), _mm_set1_ps(65535.0f))));
-        });
-                Walk{rings, codes, stride, decay, power, shape == kSquare, lanes}.Run();
-        target->EachRow([&](int32_t y, const uint16_t*, const float*) {
-            const uint16_t* s = codes + stride * size_t(y);
-            if (!target->IsFloat()) return void(std::memcpy(target->RowW(y), s, size_t(w) * 8));
-            float* d = target->RowF(y);
-            int32_t x = 0;
-#if defined(ZV_LANES)
-            if (lanes) x = KFlurCodesOut(s, d, 4 * w);
-#endif
-            for (; x < 4 * w; x += 4) _mm_storeu_ps(d + x, _mm_mul_ps(Codes(s + x), _mm_set1_ps(kIntToFloat)));
-        });
+        const Walk walk(rings, work.get(), stride, columnStride, twice, decay, power, shape == kSquare);
+        // The source as 16-bit codes, as the integer pixel read gives them, and back.
+        // The source as 16-bit codes, as the integer pixel read gives them, and back.
+        source->RunJobs((h + 7) / 8, [&](int32_t band) { walk.Load(*source, 8 * band); });
+        walk.Run();
+        target->RunJobs((h + 7) / 8, [&](int32_t band) { walk.Store(*target, 8 * band); });
     }
 
 private:
@@ -323,7 +468,8 @@ private:
     };
     std::unique_ptr<uint16_t[], Free> work;  // 16-bit codes, `stride` channels a row
     size_t workSize = 0;                     // in channels
-    size_t stride = 0;
+    size_t stride = 0, columnStride = 0;
+    bool twice = false;                      // codes held column by column too
 };
 
 ZV_TOOL(KEffectFlur, ZV_Flur);
