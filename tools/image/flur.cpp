@@ -21,30 +21,57 @@
 
 namespace {
 
+// The work codes of a line are held in two halves: for each pixel, channels 0
+// and 1 in one 32-bit word of the line's first half and channels 2 and 3 in the
+// same word of its second half. Sixteen pixels' words then fill an AVX-512
+// register a channel pair, a pixel a lane, and a channel comes out of it with a
+// mask or a shift.
+struct KWords {
+    uint32_t* w;  // channels 0 and 1; channels 2 and 3 are `half` words on
+    size_t half;
+};
+
 // Four channels at once. Values are 16-bit codes held in floats; every blend is
 // clamped to 0..65535 and cut, a NaN going to 0 as the clamp's first operand.
-inline __m128 Codes(const uint16_t* p)
+inline __m128 Codes(KWords p)
 {
-    return _mm_cvtepi32_ps(_mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)), _mm_setzero_si128()));
+    const __m128i q = _mm_unpacklo_epi32(_mm_cvtsi32_si128(static_cast<int>(p.w[0])), _mm_cvtsi32_si128(static_cast<int>(p.w[p.half])));
+    return _mm_cvtepi32_ps(_mm_unpacklo_epi16(q, _mm_setzero_si128()));
 }
 inline __m128i Cut(__m128 v)
 {
     return _mm_cvttps_epi32(_mm_min_ps(_mm_max_ps(v, _mm_setzero_ps()), _mm_set1_ps(65535.0f)));
 }
-inline void Put(uint16_t* p, __m128i v)
+inline void Put(KWords p, __m128i v)
 {
     // Signed packing of the codes moved down by 32768, then moved back.
     const __m128i half = _mm_set1_epi32(32768);
-    const __m128i packed = _mm_packs_epi32(_mm_sub_epi32(v, half), _mm_setzero_si128());
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_xor_si128(packed, _mm_set1_epi16(-32768)));
+    const __m128i packed = _mm_xor_si128(_mm_packs_epi32(_mm_sub_epi32(v, half), _mm_setzero_si128()), _mm_set1_epi16(-32768));
+    p.w[0] = static_cast<uint32_t>(_mm_cvtsi128_si32(packed));
+    p.w[p.half] = static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_srli_si128(packed, 4)));
+}
+
+// A pixel of the picture into the codes, as the integer pixel read gives it, and back.
+inline void PixelIn(const KImage& source, int32_t x, int32_t y, KWords d)
+{
+    if (source.IsFloat()) return Put(d, Cut(_mm_mul_ps(_mm_loadu_ps(source.RowF(y) + 4 * x), _mm_set1_ps(65535.0f))));
+    uint32_t w[2];
+    std::memcpy(w, source.RowW(y) + 4 * x, 8);
+    d.w[0] = w[0];
+    d.w[d.half] = w[1];
+}
+inline void PixelOut(KWords s, KImage& target, int32_t x, int32_t y)
+{
+    if (target.IsFloat()) return _mm_storeu_ps(target.RowF(y) + 4 * x, _mm_mul_ps(Codes(s), _mm_set1_ps(kIntToFloat)));
+    const uint32_t w[2] = {s.w[0], s.w[s.half]};
+    std::memcpy(target.RowW(y) + 4 * x, w, 8);
 }
 
 // own (1 - w) + (a (1 - f) + b f) w, each blend cut to 16 bits.
-inline void Step(__m128 own, const uint16_t* a, const uint16_t* b, float f, float w, uint16_t* out)
+inline __m128i Step(__m128 own, __m128 a, __m128 b, float f, float w)
 {
-    const __m128 i = _mm_cvtepi32_ps(Cut(_mm_add_ps(_mm_mul_ps(Codes(a), _mm_set1_ps(1.0f - f)),
-                                                    _mm_mul_ps(Codes(b), _mm_set1_ps(f)))));
-    Put(out, Cut(_mm_add_ps(_mm_mul_ps(own, _mm_set1_ps(1.0f - w)), _mm_mul_ps(i, _mm_set1_ps(w)))));
+    const __m128 i = _mm_cvtepi32_ps(Cut(_mm_add_ps(_mm_mul_ps(a, _mm_set1_ps(1.0f - f)), _mm_mul_ps(b, _mm_set1_ps(f)))));
+    return Cut(_mm_add_ps(_mm_mul_ps(own, _mm_set1_ps(1.0f - w)), _mm_mul_ps(i, _mm_set1_ps(w))));
 }
 
 // A crossing's two pixels, clamped into 0..last, and its fraction.
@@ -61,15 +88,9 @@ inline void Crossing(float s, int32_t last, int32_t& i0, int32_t& i1, float& f)
 #pragma GCC diagnostic ignored "-Wuninitialized"
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 
-ZV_AVX512 inline __m256i Half(__m512i v, int h) { return h ? _mm512_extracti64x4_epi64(v, 1) : _mm512_castsi512_si256(v); }
-ZV_AVX512 inline __m512 Codes4(__m256i v) { return _mm512_cvtepi32_ps(_mm512_cvtepu16_epi32(v)); }
-
-// Sixteen values cut to 0..65535 and packed: the float clamp takes NaN to 0, and
-// the unsigned narrowing caps everything above (the conversion's overflow value
-// reads as 2^31).
+// Eight pixels' codes as the picture holds them, four channels in 64 bits, from
+// floats and back; and their words, split into halves and joined again.
 ZV_AVX512 inline __m256i Pack4(__m512 v) { return _mm512_cvtusepi32_epi16(_mm512_cvttps_epi32(_mm512_max_ps(v, _mm512_setzero_ps()))); }
-
-// Eight pixels' codes from floats, as the integer pixel read gives them, and back.
 ZV_AVX512 inline __m512i CodesIn8(const float* f)
 {
     const __m512 scale = _mm512_set1_ps(65535.0f);
@@ -79,7 +100,8 @@ ZV_AVX512 inline __m512i CodesIn8(const float* f)
 ZV_AVX512 inline void CodesOut8(__m512i v, float* f, bool stream)
 {
     const __m512 scale = _mm512_set1_ps(kIntToFloat);
-    const __m512 lo = _mm512_mul_ps(Codes4(Half(v, 0)), scale), hi = _mm512_mul_ps(Codes4(Half(v, 1)), scale);
+    const __m512 lo = _mm512_mul_ps(_mm512_cvtepi32_ps(_mm512_cvtepu16_epi32(_mm512_castsi512_si256(v))), scale);
+    const __m512 hi = _mm512_mul_ps(_mm512_cvtepi32_ps(_mm512_cvtepu16_epi32(_mm512_extracti64x4_epi64(v, 1))), scale);
     if (stream) {
         _mm512_stream_ps(f, lo);
         _mm512_stream_ps(f + 16, hi);
@@ -87,6 +109,16 @@ ZV_AVX512 inline void CodesOut8(__m512i v, float* f, bool stream)
         _mm512_storeu_ps(f, lo);
         _mm512_storeu_ps(f + 16, hi);
     }
+}
+ZV_AVX512 inline void Split8(__m512i v, KWords d)
+{
+    _mm256_stream_si256(reinterpret_cast<__m256i*>(d.w), _mm512_cvtepi64_epi32(v));
+    _mm256_stream_si256(reinterpret_cast<__m256i*>(d.w + d.half), _mm512_cvtepi64_epi32(_mm512_srli_epi64(v, 32)));
+}
+ZV_AVX512 inline __m512i Joined8(KWords s)
+{
+    return _mm512_or_si512(_mm512_cvtepu32_epi64(_mm256_load_si256(reinterpret_cast<const __m256i*>(s.w))),
+                           _mm512_slli_epi64(_mm512_cvtepu32_epi64(_mm256_load_si256(reinterpret_cast<const __m256i*>(s.w + s.half))), 32));
 }
 
 // Eight lines of eight pixels become eight lines across them.
@@ -112,95 +144,77 @@ ZV_AVX512 inline void CodesOut8(__m512i v, float* f, bool stream)
     }
 }
 
-// One step for four pixels: own (1 - w) + (a (1 - f) + b f) w, with f, 1 - f,
-// w and 1 - w spread over each pixel's channels. A blend of two codes by a
-// fraction stays within 0..65535, so its cut is a truncation.
-[[gnu::always_inline]] ZV_AVX512 inline __m256i Blend4(__m256i a, __m256i b, __m256i own, __m512 rest, __m512 f, __m512 keep, __m512 w)
+// One channel of a step for sixteen pixels: own (1 - w) + (a (1 - f) + b f) w.
+// A blend of two codes by a fraction stays within 0..65535, so its cut is a truncation.
+[[gnu::always_inline]] ZV_AVX512 inline __m512i Blend16(__m512 a, __m512 b, __m512 own, __m512 rest, __m512 f, __m512 keep, __m512 w)
 {
-    const __m512 between = _mm512_roundscale_ps(_mm512_add_ps(_mm512_mul_ps(Codes4(a), rest), _mm512_mul_ps(Codes4(b), f)),
-                                                _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC);
-    return Pack4(_mm512_add_ps(_mm512_mul_ps(Codes4(own), keep), _mm512_mul_ps(between, w)));
+    const __m512 between = _mm512_roundscale_ps(_mm512_add_ps(_mm512_mul_ps(a, rest), _mm512_mul_ps(b, f)), _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC);
+    const __m512 v = _mm512_add_ps(_mm512_mul_ps(own, keep), _mm512_mul_ps(between, w));
+    return _mm512_cvttps_epi32(_mm512_min_ps(_mm512_max_ps(v, _mm512_setzero_ps()), _mm512_set1_ps(65535.0f)));
 }
+[[gnu::always_inline]] ZV_AVX512 inline __m512 Low(__m512i w) { return _mm512_cvtepi32_ps(_mm512_and_si512(w, _mm512_set1_epi32(0xFFFF))); }
+[[gnu::always_inline]] ZV_AVX512 inline __m512 High(__m512i w) { return _mm512_cvtepi32_ps(_mm512_srli_epi32(w, 16)); }
 
 // Steps of one line sixteen pixels at a time, with the same operations as Step in
 // the same order. A line's pixels read only the line before, so they are
 // independent. The caller has checked that 0 <= t <= 1.5, so crossings grow
-// with p and each eight pixels read within sixteen pixels of the first; these
+// with p and sixteen pixels read within thirty-two words of the first; these
 // take only blocks whose crossings lie in 0..2e9 and read within lo..hi of the
-// near line, so that two loads and a permute fetch them. Returns where they stopped.
+// near line, so that two loads and a permute fetch each half. Returns where they stopped.
 struct KFlurLanes {
+    static constexpr size_t kAheadWords = 256;  // own words fetched ahead of the step
     float t, c;  // crossing = t (p - c) + c for a pixel at p
     int32_t last, lo, hi;
     float decay, power;
+    size_t half;
 
-    template <bool kSquare> ZV_AVX512 int32_t Line(int32_t p, int32_t p1, const uint16_t* near, uint16_t* own) const
+    template <bool kSquare> ZV_AVX512 int32_t Line(int32_t p, int32_t p1, const uint32_t* near, uint32_t* own) const
     {
+        const size_t h = half;
+        const float d = decay, e = power;
         const __m512 tv = _mm512_set1_ps(t), cv = _mm512_set1_ps(c), one = _mm512_set1_ps(1.0f);
         const __m512i iota = _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15), top = _mm512_set1_epi32(last);
-        const __m512i firsts = _mm512_setr_epi32(0, 0, 0, 0, 0, 0, 0, 0, 8, 8, 8, 8, 8, 8, 8, 8);
-        const __m512i quad = _mm512_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3);
-        const __m512i spread[4] = {quad, _mm512_add_epi32(quad, _mm512_set1_epi32(4)), _mm512_add_epi32(quad, _mm512_set1_epi32(8)),
-                                   _mm512_add_epi32(quad, _mm512_set1_epi32(12))};
+        const __m512i low = _mm512_set1_epi32(lo), high = _mm512_set1_epi32(hi);
         for (; p + 16 <= p1; p += 16) {
             const __m512 pf = _mm512_cvtepi32_ps(_mm512_add_epi32(_mm512_set1_epi32(p), iota));
             const __m512 s = _mm512_add_ps(_mm512_mul_ps(tv, _mm512_sub_ps(pf, cv)), cv);
             const __m512i whole = _mm512_cvttps_epi32(s);
             const __m512i i0 = _mm512_min_epi32(whole, top), i1 = _mm512_min_epi32(_mm512_add_epi32(whole, _mm512_set1_epi32(1)), top);
             if ((_mm512_cmp_ps_mask(s, _mm512_setzero_ps(), _CMP_GE_OQ) & _mm512_cmp_ps_mask(s, _mm512_set1_ps(2.0e9f), _CMP_LT_OQ) &
-                 ~_mm512_cmp_epi32_mask(i0, _mm512_set1_epi32(lo), _MM_CMPINT_LT) & ~_mm512_cmp_epi32_mask(i1, _mm512_set1_epi32(hi), _MM_CMPINT_NLE)) != 0xFFFF)
+                 ~_mm512_cmp_epi32_mask(i0, low, _MM_CMPINT_LT) & ~_mm512_cmp_epi32_mask(i1, high, _MM_CMPINT_NLE)) != 0xFFFF)
                 break;
             const __m512 f = _mm512_sub_ps(s, _mm512_cvtepi32_ps(whole)), rest = _mm512_sub_ps(one, f);
-            __m512 w = _mm512_set1_ps(decay);
+            __m512 w = _mm512_set1_ps(d);
             if constexpr (!kSquare) {
-                alignas(64) float d[16];
-                _mm512_store_ps(d, _mm512_sub_ps(pf, s));
-                for (float& v : d) v = decay * std::pow(v * v + 1.0f, -power);
-                w = _mm512_load_ps(d);
+                alignas(64) float x[16];
+                _mm512_store_ps(x, _mm512_sub_ps(pf, s));
+                for (float& v : x) v = d * std::pow(v * v + 1.0f, -e);
+                w = _mm512_load_ps(x);
             }
             const __m512 keep = _mm512_sub_ps(one, w);
-            const __m512i base = _mm512_permutexvar_epi32(firsts, i0);
-            const __m512i d0 = _mm512_sub_epi32(i0, base), d1 = _mm512_sub_epi32(i1, base);
-            const int32_t from[2] = {_mm_cvtsi128_si32(_mm512_castsi512_si128(i0)), _mm_cvtsi128_si32(_mm512_extracti32x4_epi32(i0, 2))};
-#pragma GCC unroll 2
-            for (int g = 0; g < 2; ++g) {
-                const uint16_t* at = near + 4 * static_cast<size_t>(from[g]);
-                const __m512i lower = _mm512_loadu_si512(at), upper = _mm512_loadu_si512(at + 32);
-                const __m512i a8 = _mm512_permutex2var_epi64(lower, _mm512_cvtepi32_epi64(Half(d0, g)), upper);
-                const __m512i b8 = _mm512_permutex2var_epi64(lower, _mm512_cvtepi32_epi64(Half(d1, g)), upper);
-                uint16_t* o = own + 4 * static_cast<size_t>(p + 8 * g);
-                const __m512i mine = _mm512_loadu_si512(o);
-                __m256i out[2];
-#pragma GCC unroll 2
-                for (int h = 0; h < 2; ++h) {
-                    const __m512i q = spread[2 * g + h];
-                    out[h] = Blend4(Half(a8, h), Half(b8, h), Half(mine, h), _mm512_permutexvar_ps(q, rest), _mm512_permutexvar_ps(q, f),
-                                    kSquare ? keep : _mm512_permutexvar_ps(q, keep), kSquare ? w : _mm512_permutexvar_ps(q, w));
-                }
-                _mm512_storeu_si512(o, _mm512_inserti64x4(_mm512_castsi256_si512(out[0]), out[1], 1));
-            }
+            const int32_t first = _mm_cvtsi128_si32(_mm512_castsi512_si128(i0));
+            const __m512i d0 = _mm512_sub_epi32(i0, _mm512_set1_epi32(first)), d1 = _mm512_sub_epi32(i1, _mm512_set1_epi32(first));
+            const uint32_t* at = near + first;
+            const __m512i lo01 = _mm512_loadu_si512(at), hi01 = _mm512_loadu_si512(at + 16);
+            const __m512i lo23 = _mm512_loadu_si512(at + h), hi23 = _mm512_loadu_si512(at + h + 16);
+            const __m512i a01 = _mm512_permutex2var_epi32(lo01, d0, hi01), b01 = _mm512_permutex2var_epi32(lo01, d1, hi01);
+            const __m512i a23 = _mm512_permutex2var_epi32(lo23, d0, hi23), b23 = _mm512_permutex2var_epi32(lo23, d1, hi23);
+            uint32_t* o = own + p;
+            _mm_prefetch(reinterpret_cast<const char*>(o + kAheadWords), _MM_HINT_T0);
+            _mm_prefetch(reinterpret_cast<const char*>(o + h + kAheadWords), _MM_HINT_T0);
+            const __m512i m01 = _mm512_loadu_si512(o), m23 = _mm512_loadu_si512(o + h);
+            const __m512i c0 = Blend16(Low(a01), Low(b01), Low(m01), rest, f, keep, w);
+            const __m512i c1 = Blend16(High(a01), High(b01), High(m01), rest, f, keep, w);
+            const __m512i c2 = Blend16(Low(a23), Low(b23), Low(m23), rest, f, keep, w);
+            const __m512i c3 = Blend16(High(a23), High(b23), High(m23), rest, f, keep, w);
+            _mm512_storeu_si512(o, _mm512_or_si512(c0, _mm512_slli_epi32(c1, 16)));
+            _mm512_storeu_si512(o + h, _mm512_or_si512(c2, _mm512_slli_epi32(c3, 16)));
         }
         return p;
     }
 };
-
 #pragma GCC diagnostic pop
 #endif
-
-// Pixels x0..x1-1 of a row, to codes and back.
-void CodesIn(const KImage& source, int32_t y, int32_t x0, int32_t x1, uint16_t* d)
-{
-    if (x1 <= x0) return;
-    if (!source.IsFloat()) return void(std::memcpy(d, source.RowW(y) + 4 * x0, size_t(x1 - x0) * 8));
-    const float* f = source.RowF(y) + 4 * x0;
-    for (int32_t x = 0; x < x1 - x0; ++x) Put(d + 4 * x, Cut(_mm_mul_ps(_mm_loadu_ps(f + 4 * x), _mm_set1_ps(65535.0f))));
-}
-void CodesOut(const uint16_t* s, KImage& target, int32_t y, int32_t x0, int32_t x1)
-{
-    if (x1 <= x0) return;
-    if (!target.IsFloat()) return void(std::memcpy(target.RowW(y) + 4 * x0, s, size_t(x1 - x0) * 8));
-    float* d = target.RowF(y) + 4 * x0;
-    for (int32_t x = 0; x < x1 - x0; ++x) _mm_storeu_ps(d + 4 * x, _mm_mul_ps(Codes(s + 4 * x), _mm_set1_ps(kIntToFloat)));
-}
 
 // The nearest and farthest distance from c over the eight values a..a+7.
 int32_t Nearest8(int32_t a, int32_t c) { return c < a ? a - c : c > a + 7 ? c - a - 7 : 0; }
@@ -217,14 +231,20 @@ int32_t Farthest8(int32_t a, int32_t c) { return std::max(std::abs(a - c), std::
 // a step writing where both are current writes both.
 struct Walk {
     struct Lines {
-        uint16_t* base;
-        size_t line, pixel;   // channels from one line to the next, and from one pixel to the next
-        float c, cAcross;     // the centre along the lines and across them
+        uint32_t* base;
+        size_t line, pixel, half;  // words from one line to the next, from one pixel to the next, and between a line's halves
+        float c, cAcross;          // the centre along the lines and across them
         int32_t ic, icAcross;
         int32_t length, count;  // pixels a line, lines
 
-        uint16_t* At(int32_t l, int32_t p) const { return base + line * static_cast<size_t>(l) + pixel * static_cast<size_t>(p); }
+        KWords At(int32_t l, int32_t p) const { return {base + line * static_cast<size_t>(l) + pixel * static_cast<size_t>(p), half}; }
         bool Holds(int32_t l, int32_t p) const { return std::abs(p - ic) <= std::abs(l - icAcross) + 2; }
+    };
+    // How the codes lie: `span` words a half-line and `stride` a line, for the rows
+    // and, held twice, for the columns after them.
+    struct Layout {
+        size_t span, stride, columnSpan, columnStride;
+        bool twice;
     };
     const KRings& r;
     Lines lines[2];  // the rows, the columns
@@ -232,18 +252,17 @@ struct Walk {
     float decay, power;
     bool square;
 
-    // Codes held once, `stride` channels a row; or twice, the columns after the rows.
-    Walk(const KRings& rings, uint16_t* base, size_t stride, size_t columnStride, bool twice, float decay, float power, bool square)
-        : r(rings), twice(twice), decay(decay), power(power), square(square)
+    Walk(const KRings& rings, uint32_t* base, const Layout& at, float decay, float power, bool square)
+        : r(rings), twice(at.twice), decay(decay), power(power), square(square)
     {
-        lines[0] = {base, stride, 4, r.cx, r.cy, r.icx, r.icy, r.width, r.height};
-        lines[1] = twice ? Lines{base + stride * size_t(r.height), columnStride, 4, r.cy, r.cx, r.icy, r.icx, r.height, r.width}
-                         : Lines{base, 4, stride, r.cy, r.cx, r.icy, r.icx, r.height, r.width};
+        lines[0] = {base, at.stride, 1, at.span, r.cx, r.cy, r.icx, r.icy, r.width, r.height};
+        lines[1] = twice ? Lines{base + at.stride * size_t(r.height), at.columnStride, 1, at.columnSpan, r.cy, r.cx, r.icy, r.icx, r.height, r.width}
+                         : Lines{base, 1, at.stride, at.span, r.cy, r.cx, r.icy, r.icx, r.height, r.width};
     }
 
     float Weight(float d) const { return square ? decay : decay * std::pow(d * d + 1.0f, -power); }
     // Pixel p of line l of axis a, from whichever copy holds it.
-    const uint16_t* Read(int a, int32_t l, int32_t p) const
+    KWords Read(int a, int32_t l, int32_t p) const
     {
         return !twice || lines[a].Holds(l, p) ? lines[a].At(l, p) : lines[1 - a].At(p, l);
     }
@@ -258,9 +277,9 @@ struct Walk {
         // A line at the image's edge reads itself, in order: only pixel by pixel does that.
         if (twice && near == from) {
             const int32_t reach = std::abs(near - L.icAcross) + 2;
-            const KFlurLanes l{t, L.c, last, L.ic - reach, L.ic + reach, decay, power};
+            const KFlurLanes l{t, L.c, last, L.ic - reach, L.ic + reach, decay, power, L.half};
             while (t >= 0.0f && t <= 1.5f && p + 16 <= p1) {
-                p = square ? l.Line<true>(p, p1, L.At(near, 0), L.At(line, 0)) : l.Line<false>(p, p1, L.At(near, 0), L.At(line, 0));
+                p = square ? l.Line<true>(p, p1, L.At(near, 0).w, L.At(line, 0).w) : l.Line<false>(p, p1, L.At(near, 0).w, L.At(line, 0).w);
                 if (p + 16 > p1) break;
                 Plain(a, line, near, t, p, p + 16);
                 p += 16;
@@ -273,7 +292,11 @@ struct Walk {
         const Lines& other = lines[1 - a];
         const int32_t n = std::abs(line - L.icAcross), low = std::min(p1, L.ic - n + 3);
         auto copy = [&](int32_t q0, int32_t q1) {
-            for (int32_t q = q0; q < q1; ++q) std::memcpy(other.At(q, line), L.At(line, q), 8);
+            for (int32_t q = q0; q < q1; ++q) {
+                const KWords from = L.At(line, q), to = other.At(q, line);
+                to.w[0] = from.w[0];
+                to.w[to.half] = from.w[from.half];
+            }
         };
         copy(p0, low);
         copy(std::max({p0, low, L.ic + n - 2}), p1);
@@ -287,8 +310,8 @@ struct Walk {
             int32_t i0, i1;
             float f;
             Crossing(s, L.length - 1, i0, i1, f);
-            uint16_t* out = L.At(line, p);
-            ::Step(Codes(out), Read(a, near, i0), Read(a, near, i1), f, Weight(static_cast<float>(p) - s), out);
+            const KWords out = L.At(line, p);
+            Put(out, ::Step(Codes(out), Codes(Read(a, near, i0)), Codes(Read(a, near, i1)), f, Weight(static_cast<float>(p) - s)));
         }
     }
 
@@ -307,16 +330,11 @@ struct Walk {
 #if defined(ZV_LANES)
         if (yTiles > y0) LoadTiles(source, y0);
 #endif
-        for (int32_t y = y0; y < y1; ++y) {
-            if (!twice) {
-                CodesIn(source, y, 0, w, lines[0].At(y, 0));
-                continue;
-            }
+        for (int32_t y = y0; y < y1; ++y)
             for (int32_t x = y < yTiles ? w & ~7 : 0; x < w; ++x) {
-                if (lines[0].Holds(y, x)) CodesIn(source, y, x, x + 1, lines[0].At(y, x));
-                if (lines[1].Holds(x, y)) CodesIn(source, y, x, x + 1, lines[1].At(x, y));
+                if (!twice || lines[0].Holds(y, x)) PixelIn(source, x, y, lines[0].At(y, x));
+                if (twice && lines[1].Holds(x, y)) PixelIn(source, x, y, lines[1].At(x, y));
             }
-        }
     }
 
     // Rows y0..y0+7 out to the target, each pixel from the copy its own steps
@@ -327,20 +345,17 @@ struct Walk {
 #if defined(ZV_LANES)
         if (yTiles > y0) StoreTiles(target, y0);
 #endif
-        for (int32_t y = y0; y < y1; ++y) {
-            if (!twice) {
-                CodesOut(lines[0].At(y, 0), target, y, 0, w);
-                continue;
-            }
+        for (int32_t y = y0; y < y1; ++y)
             for (int32_t x = y < yTiles ? w & ~7 : 0; x < w; ++x)
-                CodesOut(std::abs(x - r.icx) > std::abs(y - r.icy) ? lines[1].At(x, y) : lines[0].At(y, x), target, y, x, x + 1);
-        }
+                PixelOut(twice && std::abs(x - r.icx) > std::abs(y - r.icy) ? lines[1].At(x, y) : lines[0].At(y, x), target, x, y);
     }
 
 #if defined(ZV_LANES)
     // The eight-by-eight tiles of rows y0..y0+7, the picture's ragged right edge
-    // left to the callers. The codes are written past the caches in whole cache
-    // lines, as is the target where its rows allow.
+    // left to the callers. The codes are written past the caches, as is the target
+    // where its rows allow; the columns' lines are fetched well ahead.
+    static constexpr int32_t kAhead = 64;  // pixels
+
     ZV_AVX512 void LoadTiles(const KImage& source, int32_t y0) const
     {
         const Lines &rows = lines[0], &columns = lines[1];
@@ -350,11 +365,11 @@ struct Walk {
             __m512i v[8];
             for (int j = 0; j < 8; ++j) {
                 v[j] = source.IsFloat() ? CodesIn8(source.RowF(y0 + j) + 4 * x0) : _mm512_loadu_si512(source.RowW(y0 + j) + 4 * x0);
-                if (forRows) _mm512_stream_si512(reinterpret_cast<__m512i*>(rows.At(y0 + j, x0)), v[j]);
+                if (forRows) Split8(v[j], rows.At(y0 + j, x0));
             }
             if (!forColumns) continue;
             Transpose8(v);
-            for (int j = 0; j < 8; ++j) _mm512_stream_si512(reinterpret_cast<__m512i*>(columns.At(x0 + j, y0)), v[j]);
+            for (int j = 0; j < 8; ++j) Split8(v[j], columns.At(x0 + j, y0));
         }
         _mm_sfence();
     }
@@ -368,7 +383,12 @@ struct Walk {
             const bool allRows = Farthest8(x0, r.icx) <= dyNear, allColumns = Nearest8(x0, r.icx) > dyFar;
             __m512i v[8];
             if (!allRows) {
-                for (int j = 0; j < 8; ++j) v[j] = _mm512_load_si512(columns.At(x0 + j, y0));
+                for (int j = 0; j < 8; ++j) {
+                    const KWords ahead = columns.At(x0 + kAhead + j, y0);
+                    _mm_prefetch(reinterpret_cast<const char*>(ahead.w), _MM_HINT_T0);
+                    _mm_prefetch(reinterpret_cast<const char*>(ahead.w + ahead.half), _MM_HINT_T0);
+                    v[j] = Joined8(columns.At(x0 + j, y0));
+                }
                 Transpose8(v);
             }
             for (int j = 0; j < 8 && !allColumns; ++j) {
@@ -376,7 +396,7 @@ struct Walk {
                 const int32_t dy = std::abs(y0 + j - r.icy);
                 __mmask8 fromColumns = 0;
                 for (int i = 0; i < 8 && !allRows; ++i) fromColumns |= (std::abs(x0 + i - r.icx) > dy ? 1 : 0) << i;
-                v[j] = _mm512_mask_mov_epi64(_mm512_load_si512(rows.At(y0 + j, x0)), fromColumns, v[j]);
+                v[j] = _mm512_mask_mov_epi64(Joined8(rows.At(y0 + j, x0)), fromColumns, v[j]);
             }
             for (int j = 0; j < 8; ++j) {
                 if (target.IsFloat()) CodesOut8(v[j], target.RowF(y0 + j) + 4 * x0, stream);
@@ -413,25 +433,28 @@ public:
         power = shape == kRound ? static_cast<float>(v * 0.6666666666666666) : 1.0f / exponent;
         // Below a width of 720 a short length drives k under 0; it is left so.
         decay = static_cast<float>(1.0 - (720.0 / static_cast<double>(width)) * v);
-        // Work lines are an odd number of cache lines apart, so that a walk across
-        // them spreads over the cache's sets. The AVX-512 steps keep a second copy,
-        // column by column, and read up to fifteen pixels past a line's end.
-        twice = KLaneWidth() >= 32;
-        auto lineOf = [](int32_t pixels) { return ((size_t(pixels) * 8 + 63) / 64 | 1) * 32; };
-        stride = lineOf(width);
-        columnStride = lineOf(height);
-        const size_t need = stride * size_t(height) + (twice ? columnStride * size_t(width) + 64 : 0);
+        // A half-line has room for the thirty-one words the AVX-512 steps read past
+        // its end, and lines are an odd number of cache lines apart, so that a walk
+        // across them spreads over the cache's sets. Those steps keep a second copy,
+        // column by column.
+        auto spanOf = [](int32_t pixels) { return (size_t(pixels) + 32 + 15) / 16 * 16; };
+        layout.twice = KLaneWidth() >= 32;
+        layout.span = spanOf(width);
+        layout.stride = 2 * layout.span + 16;
+        layout.columnSpan = spanOf(height);
+        layout.columnStride = 2 * layout.columnSpan + 16;
+        const size_t need = layout.stride * size_t(height) + (layout.twice ? layout.columnStride * size_t(width) : 0);
         if (workSize < need) {
             // A step across lines moves a whole line on: in 4 KB pages every step of a
             // UHD column is another page, so the buffer asks for 2 MB pages. It is kept
             // for the next render.
-            const size_t page = size_t(1) << 21, bytes = (need * 2 + page - 1) / page * page;
-            work.reset(static_cast<uint16_t*>(std::aligned_alloc(page, bytes)));
+            const size_t page = size_t(1) << 21, bytes = (need * 4 + page - 1) / page * page;
+            work.reset(static_cast<uint32_t*>(std::aligned_alloc(page, bytes)));
             if (!work) return false;
 #if defined(MADV_HUGEPAGE)
             madvise(work.get(), bytes, MADV_HUGEPAGE);
 #endif
-            workSize = bytes / 2;
+            workSize = bytes / 4;
         }
         return true;
     }
@@ -448,8 +471,7 @@ public:
     {
         const int32_t w = target->width, h = target->height;
         const KRings rings(static_cast<float>(w - 1) * center.x, static_cast<float>(h - 1) * center.y, w, h);
-        const Walk walk(rings, work.get(), stride, columnStride, twice, decay, power, shape == kSquare);
-        // The source as 16-bit codes, as the integer pixel read gives them, and back.
+        const Walk walk(rings, work.get(), layout, decay, power, shape == kSquare);
         // The source as 16-bit codes, as the integer pixel read gives them, and back.
         source->RunJobs((h + 7) / 8, [&](int32_t band) { walk.Load(*source, 8 * band); });
         walk.Run();
@@ -464,12 +486,11 @@ private:
 
     float power = 0.5f, decay = 0.0f;  // from Start
     struct Free {
-        void operator()(uint16_t* p) const { std::free(p); }
+        void operator()(uint32_t* p) const { std::free(p); }
     };
-    std::unique_ptr<uint16_t[], Free> work;  // 16-bit codes, `stride` channels a row
-    size_t workSize = 0;                     // in channels
-    size_t stride = 0, columnStride = 0;
-    bool twice = false;                      // codes held column by column too
+    std::unique_ptr<uint32_t[], Free> work;  // the codes, laid out as `layout` says
+    size_t workSize = 0;                     // in words
+    Walk::Layout layout{};
 };
 
 ZV_TOOL(KEffectFlur, ZV_Flur);
