@@ -60,6 +60,11 @@ inline void PixelIn(const KImage& source, int32_t x, int32_t y, KWords d)
     d.w[0] = w[0];
     d.w[d.half] = w[1];
 }
+inline __m128 SourceCodes(const KImage& source, int32_t x, int32_t y)
+{
+    if (source.IsFloat()) return _mm_cvtepi32_ps(Cut(_mm_mul_ps(_mm_loadu_ps(source.RowF(y) + 4 * x), _mm_set1_ps(65535.0f))));
+    return _mm_cvtepi32_ps(_mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(source.RowW(y) + 4 * x)), _mm_setzero_si128()));
+}
 inline void PixelOut(KWords s, KImage& target, int32_t x, int32_t y)
 {
     if (target.IsFloat()) return _mm_storeu_ps(target.RowF(y) + 4 * x, _mm_mul_ps(Codes(s), _mm_set1_ps(kIntToFloat)));
@@ -112,8 +117,12 @@ ZV_AVX512 inline void CodesOut8(__m512i v, float* f, bool stream)
 }
 ZV_AVX512 inline void Split8(__m512i v, KWords d)
 {
-    _mm256_stream_si256(reinterpret_cast<__m256i*>(d.w), _mm512_cvtepi64_epi32(v));
-    _mm256_stream_si256(reinterpret_cast<__m256i*>(d.w + d.half), _mm512_cvtepi64_epi32(_mm512_srli_epi64(v, 32)));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d.w), _mm512_cvtepi64_epi32(v));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d.w + d.half), _mm512_cvtepi64_epi32(_mm512_srli_epi64(v, 32)));
+}
+ZV_AVX512 inline __m512i SourceCodes8(const KImage& source, int32_t x, int32_t y)
+{
+    return source.IsFloat() ? CodesIn8(source.RowF(y) + 4 * x) : _mm512_loadu_si512(source.RowW(y) + 4 * x);
 }
 ZV_AVX512 inline __m512i Joined8(KWords s)
 {
@@ -247,13 +256,15 @@ struct Walk {
         bool twice;
     };
     const KRings& r;
+    const KImage& source;
     Lines lines[2];  // the rows, the columns
     bool twice;
     float decay, power;
     bool square;
+    static constexpr int32_t kEveryRing = 0x7FFFFFFF;
 
-    Walk(const KRings& rings, uint32_t* base, const Layout& at, float decay, float power, bool square)
-        : r(rings), twice(at.twice), decay(decay), power(power), square(square)
+    Walk(const KRings& rings, const KImage& source, uint32_t* base, const Layout& at, float decay, float power, bool square)
+        : r(rings), source(source), twice(at.twice), decay(decay), power(power), square(square)
     {
         lines[0] = {base, at.stride, 1, at.span, r.cx, r.cy, r.icx, r.icy, r.width, r.height};
         lines[1] = twice ? Lines{base + at.stride * size_t(r.height), at.columnStride, 1, at.columnSpan, r.cy, r.cx, r.icy, r.icx, r.height, r.width}
@@ -261,18 +272,29 @@ struct Walk {
     }
 
     float Weight(float d) const { return square ? decay : decay * std::pow(d * d + 1.0f, -power); }
-    // Pixel p of line l of axis a, from whichever copy holds it.
-    KWords Read(int a, int32_t l, int32_t p) const
+    // Pixel p of line l of axis a: from the source in rings beyond `ring`, which the
+    // outward walk has not reached, else from whichever copy holds it.
+    __m128 Value(int a, int32_t l, int32_t p, int32_t ring) const
     {
-        return !twice || lines[a].Holds(l, p) ? lines[a].At(l, p) : lines[1 - a].At(p, l);
+        const Lines& L = lines[a];
+        if (std::max(std::abs(p - L.ic), std::abs(l - L.icAcross)) > ring) return a == 0 ? SourceCodes(source, p, l) : SourceCodes(source, l, p);
+        return Codes(!twice || L.Holds(l, p) ? L.At(l, p) : lines[1 - a].At(p, l));
     }
 
-    void Step(int a, int32_t line, int32_t from, int32_t p0, int32_t p1) const
+    // Pixels p0..p1-1 of a line from the line `from`, in the walk's ring `ring`.
+    void Step(int a, int32_t line, int32_t from, int32_t p0, int32_t p1, int32_t ring) const
     {
         const Lines& L = lines[a];
         const float t = (static_cast<float>(from) - L.cAcross) / (static_cast<float>(line) - L.cAcross);
         const int32_t near = std::clamp(from, 0, L.count - 1), last = L.length - 1;
         int32_t p = p0;
+        // The next ring's line in this direction starts being fetched now.
+        if (const int32_t next = line + (line - from); twice && next >= 0 && next < L.count)
+            for (int32_t q = p0; q < std::min(p1, p0 + 256); q += 16) {
+                const KWords w = L.At(next, q);
+                _mm_prefetch(reinterpret_cast<const char*>(w.w), _MM_HINT_T1);
+                _mm_prefetch(reinterpret_cast<const char*>(w.w + w.half), _MM_HINT_T1);
+            }
 #if defined(ZV_LANES)
         // A line at the image's edge reads itself, in order: only pixel by pixel does that.
         if (twice && near == from) {
@@ -281,12 +303,12 @@ struct Walk {
             while (t >= 0.0f && t <= 1.5f && p + 16 <= p1) {
                 p = square ? l.Line<true>(p, p1, L.At(near, 0).w, L.At(line, 0).w) : l.Line<false>(p, p1, L.At(near, 0).w, L.At(line, 0).w);
                 if (p + 16 > p1) break;
-                Plain(a, line, near, t, p, p + 16);
+                Plain(a, line, near, t, p, p + 16, ring);
                 p += 16;
             }
         }
 #endif
-        Plain(a, line, near, t, p, p1);
+        Plain(a, line, near, t, p, p1, ring);
         if (!twice) return;
         // Mirror the pixels the other copy holds: those within two of the line's ends.
         const Lines& other = lines[1 - a];
@@ -302,7 +324,7 @@ struct Walk {
         copy(std::max({p0, low, L.ic + n - 2}), p1);
     }
 
-    void Plain(int a, int32_t line, int32_t near, float t, int32_t p, int32_t p1) const
+    void Plain(int a, int32_t line, int32_t near, float t, int32_t p, int32_t p1, int32_t ring) const
     {
         const Lines& L = lines[a];
         for (; p < p1; ++p) {
@@ -311,30 +333,84 @@ struct Walk {
             float f;
             Crossing(s, L.length - 1, i0, i1, f);
             const KWords out = L.At(line, p);
-            Put(out, ::Step(Codes(out), Codes(Read(a, near, i0)), Codes(Read(a, near, i1)), f, Weight(static_cast<float>(p) - s)));
+            Put(out, ::Step(Codes(out), Value(a, near, i0, ring), Value(a, near, i1, ring), f, Weight(static_cast<float>(p) - s)));
         }
     }
 
+    // Held once, the codes are loaded beforehand (Load). Held twice, the outward walk
+    // loads each row as its ring comes and each column with its strip of eight, so
+    // that a ring's own pixels are in the cache when it steps; until then a pixel's
+    // value is the source's.
     void Run() const
     {
-        auto row = [this](int32_t y, int32_t from, int32_t x0, int32_t x1) { Step(0, y, from, x0, x1); };
-        auto column = [this](int32_t x, int32_t from, int32_t y0, int32_t y1) { Step(1, x, from, y0, y1); };
-        for (int32_t n = r.first; n < r.count; ++n) r.Outward(n, row, column, [](int32_t n) { return n % 2 == 0; });
+        int32_t ring = kEveryRing;
+        auto row = [&](int32_t y, int32_t from, int32_t x0, int32_t x1) { Step(0, y, from, x0, x1, ring); };
+        auto column = [&](int32_t x, int32_t from, int32_t y0, int32_t y1) { Step(1, x, from, y0, y1, ring); };
+        std::vector<char> strips(twice ? size_t(r.width + kStrip - 1) / kStrip : 0, 0);
+        auto reach = [&](int32_t n) {
+            if (!twice) return;
+            if (r.RowIn(r.icy - n)) LoadRow(r.icy - n);
+            if (n > 0 && r.RowIn(r.icy + n)) LoadRow(r.icy + n);
+            for (int32_t y : {r.icy - n - 1, r.icy + n + 1})
+                if (r.RowIn(y)) FetchRow(y);
+            for (int32_t x : {r.icx - n, r.icx + n})
+                if (r.ColumnIn(x) && !strips[size_t(x / kStrip)]) {
+                    strips[size_t(x / kStrip)] = 1;
+                    LoadStrip(x / kStrip * kStrip);
+                }
+        };
+        for (int32_t n = 0; n < r.first; ++n) reach(n);
+        for (int32_t n = r.first; n < r.count; ++n) {
+            reach(n);
+            ring = twice ? n : kEveryRing;
+            r.Outward(n, row, column, [](int32_t n) { return n % 2 == 0; });
+        }
+        ring = kEveryRing;
         for (int32_t n = r.count; n >= r.first; --n) r.Inward(n, row, column);
     }
 
-    // Rows y0..y0+7 of the source into the codes, each copy where it is current.
-    void Load(const KImage& source, int32_t y0) const
+    // Codes held once: rows y0..y0+7 of the source, before the walk.
+    void Load(int32_t y0) const
     {
-        const int32_t w = r.width, y1 = std::min(y0 + 8, r.height), yTiles = twice && y1 - y0 == 8 ? y1 : y0;
+        for (int32_t y = y0; y < std::min(y0 + 8, r.height); ++y)
+            for (int32_t x = 0; x < r.width; ++x) PixelIn(source, x, y, lines[0].At(y, x));
+    }
+
+    // Row y into the rows' copy where it holds the row; whole groups of eight may
+    // take a few pixels more, all in rings the walk has not reached.
+    void LoadRow(int32_t y) const
+    {
+        const int32_t reach = std::abs(y - r.icy) + 2, x1 = std::min(r.icx + reach + 1, r.width);
+        int32_t x = std::max(r.icx - reach, 0);
 #if defined(ZV_LANES)
-        if (yTiles > y0) LoadTiles(source, y0);
+        x = LoadEights(y, x & ~7, x1);
 #endif
-        for (int32_t y = y0; y < y1; ++y)
-            for (int32_t x = y < yTiles ? w & ~7 : 0; x < w; ++x) {
-                if (!twice || lines[0].Holds(y, x)) PixelIn(source, x, y, lines[0].At(y, x));
-                if (twice && lines[1].Holds(x, y)) PixelIn(source, x, y, lines[1].At(x, y));
-            }
+        for (; x < x1; ++x) PixelIn(source, x, y, lines[0].At(y, x));
+    }
+
+    // The source of row y as LoadRow will read it, fetched into the cache beforehand.
+    void FetchRow(int32_t y) const
+    {
+        const int32_t reach = std::abs(y - r.icy) + 2, x1 = std::min({r.icx + reach + 8, r.width, std::max(r.icx - reach, 0) + kAhead});
+        const size_t bytes = source.IsFloat() ? 16 : 8;
+        const char* row = reinterpret_cast<const char*>(source.RowW(y));
+        for (int32_t x = std::max(r.icx - reach, 0) & ~3; x < x1; x += int32_t(64 / bytes)) _mm_prefetch(row + bytes * size_t(x), _MM_HINT_T1);
+    }
+
+    // Columns x0..x0+kStrip-1 into the columns' copy where it holds them, likewise:
+    // the strip's whole groups of eight by tiles, the rest pixel by pixel.
+    static constexpr int32_t kStrip = 16;
+    void LoadStrip(int32_t x0) const
+    {
+        const int32_t x1 = std::min(x0 + kStrip, r.width), groups = (x1 - x0) / 8;
+        const int32_t reach = std::max(std::abs(x0 - r.icx), std::abs(x1 - 1 - r.icx)) + 2;
+        const int32_t y0 = std::max(r.icy - reach, 0), y1 = std::min(r.icy + reach + 1, r.height);
+        int32_t y = y0;
+#if defined(ZV_LANES)
+        if (groups > 0) y = LoadTiles(x0, groups, y0 & ~7, y1);
+#endif
+        for (int32_t x = x0; x < x1; ++x)
+            for (int32_t v = x < x0 + 8 * groups ? y : y0; v < y1; ++v) PixelIn(source, x, v, lines[1].At(x, v));
     }
 
     // Rows y0..y0+7 out to the target, each pixel from the copy its own steps
@@ -356,22 +432,39 @@ struct Walk {
     // where its rows allow; the columns' lines are fetched well ahead.
     static constexpr int32_t kAhead = 64;  // pixels
 
-    ZV_AVX512 void LoadTiles(const KImage& source, int32_t y0) const
+    // Eight pixels at a time from x while they end by x1; returns where they stopped.
+    ZV_AVX512 int32_t LoadEights(int32_t y, int32_t x, int32_t x1) const
     {
-        const Lines &rows = lines[0], &columns = lines[1];
-        const int32_t dyNear = Nearest8(y0, r.icy), dyFar = Farthest8(y0, r.icy);
-        for (int32_t x0 = 0; x0 + 8 <= r.width; x0 += 8) {
-            const bool forRows = Nearest8(x0, r.icx) <= dyFar + 2, forColumns = dyNear <= Farthest8(x0, r.icx) + 2;
+        const char* row = reinterpret_cast<const char*>(source.RowW(y));
+        const size_t bytes = source.IsFloat() ? 16 : 8;
+        for (; x + 8 <= x1 + 7 && x + 8 <= r.width; x += 8) {
+            _mm_prefetch(row + bytes * size_t(x + kAhead), _MM_HINT_T0);
+            _mm_prefetch(row + bytes * size_t(x + kAhead) + 64, _MM_HINT_T0);
+            Split8(SourceCodes8(source, x, y), lines[0].At(y, x));
+        }
+        return x;
+    }
+
+    // Eight-by-eight tiles of `groups` groups of eight columns from x0, from row y
+    // while they end by y1.
+    ZV_AVX512 int32_t LoadTiles(int32_t xStart, int32_t groups, int32_t y, int32_t y1) const
+    {
+        for (; y + 8 <= y1 + 7 && y + 8 <= r.height; y += 8)
+        for (int32_t x0 = xStart; x0 < xStart + 8 * groups; x0 += 8) {
             __m512i v[8];
             for (int j = 0; j < 8; ++j) {
-                v[j] = source.IsFloat() ? CodesIn8(source.RowF(y0 + j) + 4 * x0) : _mm512_loadu_si512(source.RowW(y0 + j) + 4 * x0);
-                if (forRows) Split8(v[j], rows.At(y0 + j, x0));
+                if (y + 128 + j < r.height) {
+                    const char* ahead = source.IsFloat() ? reinterpret_cast<const char*>(source.RowF(y + 128 + j) + 4 * x0)
+                                                         : reinterpret_cast<const char*>(source.RowW(y + 128 + j) + 4 * x0);
+                    _mm_prefetch(ahead, _MM_HINT_T1);
+                    _mm_prefetch(ahead + 64, _MM_HINT_T1);
+                }
+                v[j] = SourceCodes8(source, x0, y + j);
             }
-            if (!forColumns) continue;
             Transpose8(v);
-            for (int j = 0; j < 8; ++j) Split8(v[j], columns.At(x0 + j, y0));
+            for (int j = 0; j < 8; ++j) Split8(v[j], lines[1].At(x0 + j, y));
         }
-        _mm_sfence();
+        return y;
     }
 
     ZV_AVX512 void StoreTiles(KImage& target, int32_t y0) const
@@ -385,8 +478,8 @@ struct Walk {
             if (!allRows) {
                 for (int j = 0; j < 8; ++j) {
                     const KWords ahead = columns.At(x0 + kAhead + j, y0);
-                    _mm_prefetch(reinterpret_cast<const char*>(ahead.w), _MM_HINT_T0);
-                    _mm_prefetch(reinterpret_cast<const char*>(ahead.w + ahead.half), _MM_HINT_T0);
+                    _mm_prefetch(reinterpret_cast<const char*>(ahead.w), _MM_HINT_T1);
+                    _mm_prefetch(reinterpret_cast<const char*>(ahead.w + ahead.half), _MM_HINT_T1);
                     v[j] = Joined8(columns.At(x0 + j, y0));
                 }
                 Transpose8(v);
@@ -396,6 +489,9 @@ struct Walk {
                 const int32_t dy = std::abs(y0 + j - r.icy);
                 __mmask8 fromColumns = 0;
                 for (int i = 0; i < 8 && !allRows; ++i) fromColumns |= (std::abs(x0 + i - r.icx) > dy ? 1 : 0) << i;
+                const KWords ahead = rows.At(y0 + j, x0 + kAhead);
+                _mm_prefetch(reinterpret_cast<const char*>(ahead.w), _MM_HINT_T1);
+                _mm_prefetch(reinterpret_cast<const char*>(ahead.w + ahead.half), _MM_HINT_T1);
                 v[j] = _mm512_mask_mov_epi64(Joined8(rows.At(y0 + j, x0)), fromColumns, v[j]);
             }
             for (int j = 0; j < 8; ++j) {
@@ -471,9 +567,9 @@ public:
     {
         const int32_t w = target->width, h = target->height;
         const KRings rings(static_cast<float>(w - 1) * center.x, static_cast<float>(h - 1) * center.y, w, h);
-        const Walk walk(rings, work.get(), layout, decay, power, shape == kSquare);
+        const Walk walk(rings, *source, work.get(), layout, decay, power, shape == kSquare);
         // The source as 16-bit codes, as the integer pixel read gives them, and back.
-        source->RunJobs((h + 7) / 8, [&](int32_t band) { walk.Load(*source, 8 * band); });
+        if (!layout.twice) source->RunJobs((h + 7) / 8, [&](int32_t band) { walk.Load(8 * band); });
         walk.Run();
         target->RunJobs((h + 7) / 8, [&](int32_t band) { walk.Store(*target, 8 * band); });
     }
