@@ -154,11 +154,14 @@ ZV_AVX512 inline __m512i Joined8(KWords s)
 }
 
 // One channel of a step for sixteen pixels: own (1 - w) + (a (1 - f) + b f) w.
-// A blend of two codes by a fraction stays within 0..65535, so its cut is a truncation.
+// A blend of two codes by a fraction stays within 0..65535, so its cut is a
+// truncation; so is the final cut when the weight is too, which `kInside` says.
+template <bool kInside>
 [[gnu::always_inline]] ZV_AVX512 inline __m512i Blend16(__m512 a, __m512 b, __m512 own, __m512 rest, __m512 f, __m512 keep, __m512 w)
 {
     const __m512 between = _mm512_roundscale_ps(_mm512_add_ps(_mm512_mul_ps(a, rest), _mm512_mul_ps(b, f)), _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC);
     const __m512 v = _mm512_add_ps(_mm512_mul_ps(own, keep), _mm512_mul_ps(between, w));
+    if constexpr (kInside) return _mm512_cvttps_epi32(v);
     return _mm512_cvttps_epi32(_mm512_min_ps(_mm512_max_ps(v, _mm512_setzero_ps()), _mm512_set1_ps(65535.0f)));
 }
 [[gnu::always_inline]] ZV_AVX512 inline __m512 Low(__m512i w) { return _mm512_cvtepi32_ps(_mm512_and_si512(w, _mm512_set1_epi32(0xFFFF))); }
@@ -177,7 +180,7 @@ struct KFlurLanes {
     float decay, power;
     size_t half;
 
-    template <bool kSquare> ZV_AVX512 int32_t Line(int32_t p, int32_t p1, const uint32_t* near, uint32_t* own) const
+    template <bool kSquare, bool kInside> ZV_AVX512 int32_t Line(int32_t p, int32_t p1, const uint32_t* near, uint32_t* own) const
     {
         const size_t h = half;
         const float d = decay, e = power;
@@ -212,10 +215,10 @@ struct KFlurLanes {
             _mm_prefetch(reinterpret_cast<const char*>(o + kAheadWords), _MM_HINT_T0);
             _mm_prefetch(reinterpret_cast<const char*>(o + h + kAheadWords), _MM_HINT_T0);
             const __m512i m01 = _mm512_loadu_si512(o), m23 = _mm512_loadu_si512(o + h);
-            const __m512i c0 = Blend16(Low(a01), Low(b01), Low(m01), rest, f, keep, w);
-            const __m512i c1 = Blend16(High(a01), High(b01), High(m01), rest, f, keep, w);
-            const __m512i c2 = Blend16(Low(a23), Low(b23), Low(m23), rest, f, keep, w);
-            const __m512i c3 = Blend16(High(a23), High(b23), High(m23), rest, f, keep, w);
+            const __m512i c0 = Blend16<kInside>(Low(a01), Low(b01), Low(m01), rest, f, keep, w);
+            const __m512i c1 = Blend16<kInside>(High(a01), High(b01), High(m01), rest, f, keep, w);
+            const __m512i c2 = Blend16<kInside>(Low(a23), Low(b23), Low(m23), rest, f, keep, w);
+            const __m512i c3 = Blend16<kInside>(High(a23), High(b23), High(m23), rest, f, keep, w);
             _mm512_storeu_si512(o, _mm512_or_si512(c0, _mm512_slli_epi32(c1, 16)));
             _mm512_storeu_si512(o + h, _mm512_or_si512(c2, _mm512_slli_epi32(c3, 16)));
         }
@@ -301,7 +304,12 @@ struct Walk {
             const int32_t reach = std::abs(near - L.icAcross) + 2;
             const KFlurLanes l{t, L.c, last, L.ic - reach, L.ic + reach, decay, power, L.half};
             while (t >= 0.0f && t <= 1.5f && p + 16 <= p1) {
-                p = square ? l.Line<true>(p, p1, L.At(near, 0).w, L.At(line, 0).w) : l.Line<false>(p, p1, L.At(near, 0).w, L.At(line, 0).w);
+                const uint32_t* n = L.At(near, 0).w;
+                uint32_t* o = L.At(line, 0).w;
+                // A weight within 0..1 keeps every blend within the codes' range.
+                const bool inside = decay >= 0.0f && decay <= 1.0f;
+                p = square ? (inside ? l.Line<true, true>(p, p1, n, o) : l.Line<true, false>(p, p1, n, o))
+                           : (inside ? l.Line<false, true>(p, p1, n, o) : l.Line<false, false>(p, p1, n, o));
                 if (p + 16 > p1) break;
                 Plain(a, line, near, t, p, p + 16, ring);
                 p += 16;
