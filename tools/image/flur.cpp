@@ -9,6 +9,7 @@
 #include <cstring>
 #include <memory>
 #include <vector>
+#include <cstdio>
 #if defined(__linux__)
 #include <sys/mman.h>
 #endif
@@ -345,11 +346,13 @@ struct Walk {
         }
     }
 
-    // Held once, the codes are loaded beforehand (Load). Held twice, the outward walk
-    // loads each row as its ring comes and each column with its strip of eight, so
-    // that a ring's own pixels are in the cache when it steps; until then a pixel's
-    // value is the source's.
-    void Run() const
+    // Held once, the codes are loaded before the walk (Load) and stored after it
+    // (Store). Held twice, the outward walk loads each row as its ring comes and
+    // each column with its strip, so that a ring's own pixels are in the cache when
+    // it steps (until then a pixel's value is the source's); and the inward walk
+    // delivers each ring to the target as soon as it is final, while it is still
+    // in the cache.
+    void Run(KImage& target) const
     {
         int32_t ring = kEveryRing;
         auto row = [&](int32_t y, int32_t from, int32_t x0, int32_t x1) { Step(0, y, from, x0, x1, ring); };
@@ -374,7 +377,13 @@ struct Walk {
             r.Outward(n, row, column, [](int32_t n) { return n % 2 == 0; });
         }
         ring = kEveryRing;
-        for (int32_t n = r.count; n >= r.first; --n) r.Inward(n, row, column);
+        for (int32_t n = r.count; n >= r.first; --n) {
+            r.Inward(n, row, column);
+            if (twice) Deliver(target, n);
+        }
+        if (!twice) return;
+        for (int32_t m = r.first - 1; m >= 0; --m) Deliver(target, m);
+        DeliverRest(target);
     }
 
     // Codes held once: rows y0..y0+7 of the source, before the walk.
@@ -421,17 +430,50 @@ struct Walk {
             for (int32_t v = x < x0 + 8 * groups ? y : y0; v < y1; ++v) PixelIn(source, x, v, lines[1].At(x, v));
     }
 
-    // Rows y0..y0+7 out to the target, each pixel from the copy its own steps
-    // wrote: the rows' where |dx| <= |dy|, else the columns'.
+    // Codes held once: rows y0..y0+7 out to the target, after the walk.
     void Store(KImage& target, int32_t y0) const
     {
-        const int32_t w = r.width, y1 = std::min(y0 + 8, r.height), yTiles = twice && y1 - y0 == 8 ? y1 : y0;
+        for (int32_t y = y0; y < std::min(y0 + 8, r.height); ++y)
+            for (int32_t x = 0; x < r.width; ++x) PixelOut(lines[0].At(y, x), target, x, y);
+    }
+
+    // Each pixel goes out from the copy whose steps wrote it: the rows' where
+    // |dx| <= |dy|, else the columns'.
+    bool FromColumns(int32_t x, int32_t y) const { return std::abs(x - r.icx) > std::abs(y - r.icy); }
+
+    // Ring m, now final: its rows' stretch, and a group of eight columns whose
+    // innermost column is in the ring. The rest waits for DeliverRest.
+    void Deliver(KImage& target, int32_t m) const
+    {
+        for (int32_t y : {r.icy - m, r.icy + m}) {
+            if (!r.RowIn(y) || (m == 0 && y != r.icy - m)) continue;
+            const int32_t x1 = std::min(r.icx + m + 1, r.width);
+            int32_t x = std::max(r.icx - m, 0);
+            for (; x < x1 && x % 8 != 0; ++x) PixelOut(lines[0].At(y, x), target, x, y);
 #if defined(ZV_LANES)
-        if (yTiles > y0) StoreTiles(target, y0);
+            x = DeliverEights(target, y, x, x1);
 #endif
-        for (int32_t y = y0; y < y1; ++y)
-            for (int32_t x = y < yTiles ? w & ~7 : 0; x < w; ++x)
-                PixelOut(twice && std::abs(x - r.icx) > std::abs(y - r.icy) ? lines[1].At(x, y) : lines[0].At(y, x), target, x, y);
+            for (; x < x1; ++x) PixelOut(lines[0].At(y, x), target, x, y);
+        }
+#if defined(ZV_LANES)
+        const int32_t w8 = r.width & ~7, left = r.icx - m, right = r.icx + m;
+        if (m > 0 && left >= 7 && left % 8 == 7 && left < w8) DeliverGroup(target, left - 7);
+        if (m > 0 && right >= 0 && right % 8 == 0 && right + 8 <= w8) DeliverGroup(target, right);
+#endif
+    }
+
+    // The columns' pixels no group took: the group around the centre, the picture's
+    // ragged right columns and its ragged bottom rows.
+    void DeliverRest(KImage& target) const
+    {
+        const int32_t w8 = r.width & ~7, h8 = r.height & ~7;
+#if defined(ZV_LANES)
+        if (r.icx >= 0 && r.icx < w8)
+            for (int32_t y0 = 0; y0 + 8 <= r.height; y0 += 8) Tile(target, r.icx & ~7, y0);
+#endif
+        for (int32_t y = 0; y < r.height; ++y)
+            for (int32_t x = y < h8 ? w8 : 0; x < r.width; ++x)
+                if (FromColumns(x, y)) PixelOut(lines[1].At(x, y), target, x, y);
     }
 
 #if defined(ZV_LANES)
@@ -475,40 +517,47 @@ struct Walk {
         return y;
     }
 
-    ZV_AVX512 void StoreTiles(KImage& target, int32_t y0) const
+    // Pixels x..x1-1 of row y from the rows' copy, eight at a time from x, a
+    // multiple of eight; returns where they stopped.
+    ZV_AVX512 int32_t DeliverEights(KImage& target, int32_t y, int32_t x, int32_t x1) const
+    {
+        const bool stream = Streams(target);
+        for (; x + 8 <= x1; x += 8) Out8(Joined8(lines[0].At(y, x)), target, x, y, stream);
+        return x;
+    }
+
+    // The tiles of columns x0..x0+7 that hold a pixel of the columns'.
+    ZV_AVX512 void DeliverGroup(KImage& target, int32_t x0) const
+    {
+        const int32_t reach = Farthest8(x0, r.icx);
+        for (int32_t y0 = std::max(r.icy - reach + 1, 0) & ~7; y0 + 8 <= r.height && y0 <= r.icy + reach - 1; y0 += 8) Tile(target, x0, y0);
+    }
+
+    // One eight-by-eight tile, unless the rows' copy alone holds it.
+    ZV_AVX512 void Tile(KImage& target, int32_t x0, int32_t y0) const
     {
         const Lines &rows = lines[0], &columns = lines[1];
-        const bool stream = (reinterpret_cast<uintptr_t>(target.RowW(0)) | target.RowBytes()) % 64 == 0;
         const int32_t dyNear = Nearest8(y0, r.icy), dyFar = Farthest8(y0, r.icy);
-        for (int32_t x0 = 0; x0 + 8 <= r.width; x0 += 8) {
-            const bool allRows = Farthest8(x0, r.icx) <= dyNear, allColumns = Nearest8(x0, r.icx) > dyFar;
-            __m512i v[8];
-            if (!allRows) {
-                for (int j = 0; j < 8; ++j) {
-                    const KWords ahead = columns.At(x0 + kAhead + j, y0);
-                    _mm_prefetch(reinterpret_cast<const char*>(ahead.w), _MM_HINT_T1);
-                    _mm_prefetch(reinterpret_cast<const char*>(ahead.w + ahead.half), _MM_HINT_T1);
-                    v[j] = Joined8(columns.At(x0 + j, y0));
-                }
-                Transpose8(v);
-            }
-            for (int j = 0; j < 8 && !allColumns; ++j) {
-                // Each pixel from the copy whose steps wrote it.
-                const int32_t dy = std::abs(y0 + j - r.icy);
-                __mmask8 fromColumns = 0;
-                for (int i = 0; i < 8 && !allRows; ++i) fromColumns |= (std::abs(x0 + i - r.icx) > dy ? 1 : 0) << i;
-                const KWords ahead = rows.At(y0 + j, x0 + kAhead);
-                _mm_prefetch(reinterpret_cast<const char*>(ahead.w), _MM_HINT_T1);
-                _mm_prefetch(reinterpret_cast<const char*>(ahead.w + ahead.half), _MM_HINT_T1);
-                v[j] = _mm512_mask_mov_epi64(Joined8(rows.At(y0 + j, x0)), fromColumns, v[j]);
-            }
-            for (int j = 0; j < 8; ++j) {
-                if (target.IsFloat()) CodesOut8(v[j], target.RowF(y0 + j) + 4 * x0, stream);
-                else if (stream) _mm512_stream_si512(reinterpret_cast<__m512i*>(target.RowW(y0 + j) + 4 * x0), v[j]);
-                else _mm512_storeu_si512(target.RowW(y0 + j) + 4 * x0, v[j]);
-            }
+        if (Farthest8(x0, r.icx) <= dyNear) return;
+        const bool allColumns = Nearest8(x0, r.icx) > dyFar, stream = Streams(target);
+        __m512i v[8];
+        for (int j = 0; j < 8; ++j) v[j] = Joined8(columns.At(x0 + j, y0));
+        Transpose8(v);
+        for (int j = 0; j < 8 && !allColumns; ++j) {
+            __mmask8 fromColumns = 0;
+            for (int i = 0; i < 8; ++i) fromColumns |= (FromColumns(x0 + i, y0 + j) ? 1 : 0) << i;
+            v[j] = _mm512_mask_mov_epi64(Joined8(rows.At(y0 + j, x0)), fromColumns, v[j]);
         }
-        _mm_sfence();
+        for (int j = 0; j < 8; ++j) Out8(v[j], target, x0, y0 + j, stream);
+    }
+
+    // Eight pixels' codes out at (x, y), past the caches where the target's rows allow.
+    static bool Streams(const KImage& target) { return (reinterpret_cast<uintptr_t>(target.RowW(0)) | target.RowBytes()) % 64 == 0; }
+    ZV_AVX512 static void Out8(__m512i v, KImage& target, int32_t x, int32_t y, bool stream)
+    {
+        if (target.IsFloat()) CodesOut8(v, target.RowF(y) + 4 * x, stream);
+        else if (stream) _mm512_stream_si512(reinterpret_cast<__m512i*>(target.RowW(y) + 4 * x), v);
+        else _mm512_storeu_si512(target.RowW(y) + 4 * x, v);
     }
 #endif
 };
@@ -575,11 +624,15 @@ public:
     {
         const int32_t w = target->width, h = target->height;
         const KRings rings(static_cast<float>(w - 1) * center.x, static_cast<float>(h - 1) * center.y, w, h);
+        if (getenv("ZV_C")) { static bool done = false; if (!done) { done = true; uintptr_t a = reinterpret_cast<uintptr_t>(source->RowW(0)) & ~uintptr_t((1 << 21) - 1); size_t len = (reinterpret_cast<uintptr_t>(source->RowW(h - 1)) + source->RowBytes() - a + (1 << 21) - 1) & ~size_t((1 << 21) - 1); int rc = madvise(reinterpret_cast<void*>(a), len, 25); fprintf(stderr, "collapse %d\n", rc); } }
         const Walk walk(rings, *source, work.get(), layout, decay, power, shape == kSquare);
         // The source as 16-bit codes, as the integer pixel read gives them, and back.
         if (!layout.twice) source->RunJobs((h + 7) / 8, [&](int32_t band) { walk.Load(8 * band); });
-        walk.Run();
-        target->RunJobs((h + 7) / 8, [&](int32_t band) { walk.Store(*target, 8 * band); });
+        walk.Run(*target);
+        if (!layout.twice) target->RunJobs((h + 7) / 8, [&](int32_t band) { walk.Store(*target, 8 * band); });
+#if defined(ZV_LANES)
+        _mm_sfence();
+#endif
     }
 
 private:
