@@ -9,6 +9,8 @@
 #include <cstring>
 #include <memory>
 #include <vector>
+#include <chrono>
+#include <cstdio>
 #include <cstdio>
 #if defined(__linux__)
 #include <sys/mman.h>
@@ -181,21 +183,34 @@ struct KFlurLanes {
     float decay, power;
     size_t half;
 
-    template <bool kSquare, bool kInside> ZV_AVX512 int32_t Line(int32_t p, int32_t p1, const uint32_t* near, uint32_t* own) const
+    // With kClean the caller has checked every block's crossings itself, so that
+    // none needs a clamp: the blocks between its ends, where most of a line lies.
+    template <bool kSquare, bool kInside, bool kClean>
+    ZV_AVX512 int32_t Line(int32_t p, int32_t p1, const uint32_t* near, uint32_t* own) const
     {
         const size_t h = half;
         const float d = decay, e = power;
-        const __m512 tv = _mm512_set1_ps(t), cv = _mm512_set1_ps(c), one = _mm512_set1_ps(1.0f);
-        const __m512i iota = _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15), top = _mm512_set1_epi32(last);
-        const __m512i low = _mm512_set1_epi32(lo), high = _mm512_set1_epi32(hi);
-        for (; p + 16 <= p1; p += 16) {
-            const __m512 pf = _mm512_cvtepi32_ps(_mm512_add_epi32(_mm512_set1_epi32(p), iota));
+        const __m512 tv = _mm512_set1_ps(t), cv = _mm512_set1_ps(c), one = _mm512_set1_ps(1.0f), sixteen = _mm512_set1_ps(16.0f);
+        const __m512i top = _mm512_set1_epi32(last), low = _mm512_set1_epi32(lo), high = _mm512_set1_epi32(hi), unit = _mm512_set1_epi32(1);
+        // Pixel positions are whole floats below 2^24, so adding sixteen is exact.
+        __m512 pf = _mm512_cvtepi32_ps(_mm512_add_epi32(_mm512_set1_epi32(p), _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15)));
+        for (; p + 16 <= p1; p += 16, pf = _mm512_add_ps(pf, sixteen)) {
             const __m512 s = _mm512_add_ps(_mm512_mul_ps(tv, _mm512_sub_ps(pf, cv)), cv);
             const __m512i whole = _mm512_cvttps_epi32(s);
-            const __m512i i0 = _mm512_min_epi32(whole, top), i1 = _mm512_min_epi32(_mm512_add_epi32(whole, _mm512_set1_epi32(1)), top);
-            if ((_mm512_cmp_ps_mask(s, _mm512_setzero_ps(), _CMP_GE_OQ) & _mm512_cmp_ps_mask(s, _mm512_set1_ps(2.0e9f), _CMP_LT_OQ) &
-                 ~_mm512_cmp_epi32_mask(i0, low, _MM_CMPINT_LT) & ~_mm512_cmp_epi32_mask(i1, high, _MM_CMPINT_NLE)) != 0xFFFF)
-                break;
+            __m512i i0 = whole, i1 = _mm512_add_epi32(whole, unit);
+            int32_t first;
+            if constexpr (kClean) {
+                // The first crossing again in scalar arithmetic, the same operations, so
+                // that the addresses do not wait on the vector.
+                first = static_cast<int32_t>(t * (static_cast<float>(p) - c) + c);
+            } else {
+                i0 = _mm512_min_epi32(i0, top);
+                i1 = _mm512_min_epi32(i1, top);
+                if ((_mm512_cmp_ps_mask(s, _mm512_setzero_ps(), _CMP_GE_OQ) & _mm512_cmp_ps_mask(s, _mm512_set1_ps(2.0e9f), _CMP_LT_OQ) &
+                     ~_mm512_cmp_epi32_mask(i0, low, _MM_CMPINT_LT) & ~_mm512_cmp_epi32_mask(i1, high, _MM_CMPINT_NLE)) != 0xFFFF)
+                    break;
+                first = _mm_cvtsi128_si32(_mm512_castsi512_si128(i0));
+            }
             const __m512 f = _mm512_sub_ps(s, _mm512_cvtepi32_ps(whole)), rest = _mm512_sub_ps(one, f);
             __m512 w = _mm512_set1_ps(d);
             if constexpr (!kSquare) {
@@ -205,7 +220,6 @@ struct KFlurLanes {
                 w = _mm512_load_ps(x);
             }
             const __m512 keep = _mm512_sub_ps(one, w);
-            const int32_t first = _mm_cvtsi128_si32(_mm512_castsi512_si128(i0));
             const __m512i d0 = _mm512_sub_epi32(i0, _mm512_set1_epi32(first)), d1 = _mm512_sub_epi32(i1, _mm512_set1_epi32(first));
             const uint32_t* at = near + first;
             const __m512i lo01 = _mm512_loadu_si512(at), hi01 = _mm512_loadu_si512(at + 16);
@@ -304,16 +318,41 @@ struct Walk {
         if (twice && near == from) {
             const int32_t reach = std::abs(near - L.icAcross) + 2;
             const KFlurLanes l{t, L.c, last, L.ic - reach, L.ic + reach, decay, power, L.half};
-            while (t >= 0.0f && t <= 1.5f && p + 16 <= p1) {
-                const uint32_t* n = L.At(near, 0).w;
-                uint32_t* o = L.At(line, 0).w;
-                // A weight within 0..1 keeps every blend within the codes' range.
-                const bool inside = decay >= 0.0f && decay <= 1.0f;
-                p = square ? (inside ? l.Line<true, true>(p, p1, n, o) : l.Line<true, false>(p, p1, n, o))
-                           : (inside ? l.Line<false, true>(p, p1, n, o) : l.Line<false, false>(p, p1, n, o));
-                if (p + 16 > p1) break;
-                Plain(a, line, near, t, p, p + 16, ring);
-                p += 16;
+            const uint32_t* n = L.At(near, 0).w;
+            uint32_t* o = L.At(line, 0).w;
+            // A weight within 0..1 keeps every blend within the codes' range.
+            const bool inside = decay >= 0.0f && decay <= 1.0f;
+            auto lanes = [&](int32_t q, int32_t q1, bool clean) {
+                if (clean) return square ? (inside ? l.Line<true, true, true>(q, q1, n, o) : l.Line<true, false, true>(q, q1, n, o))
+                                         : (inside ? l.Line<false, true, true>(q, q1, n, o) : l.Line<false, false, true>(q, q1, n, o));
+                return square ? (inside ? l.Line<true, true, false>(q, q1, n, o) : l.Line<true, false, false>(q, q1, n, o))
+                              : (inside ? l.Line<false, true, false>(q, q1, n, o) : l.Line<false, false, false>(q, q1, n, o));
+            };
+            // Crossings grow with p, so the blocks that need no clamp lie between the
+            // line's ends: find them from both ends, a block being clean when its first
+            // and last pixels are.
+            auto clean = [&](int32_t q) {
+                const float s = t * (static_cast<float>(q) - L.c) + L.c;
+                if (!(s >= 0.0f && s < 2.0e9f)) return false;
+                const int32_t i = static_cast<int32_t>(s);
+                return i >= l.lo && i + 1 <= std::min(last, l.hi);
+            };
+            auto checked = [&](int32_t q, int32_t q1) {
+                while (q + 16 <= q1) {
+                    q = lanes(q, q1, false);
+                    if (q + 16 > q1) break;
+                    Plain(a, line, near, t, q, q + 16, ring);
+                    q += 16;
+                }
+                return q;
+            };
+            if (t >= 0.0f && t <= 1.5f && p + 16 <= p1) {
+                int32_t begin = p, end = p + (p1 - p) / 16 * 16;
+                while (begin < end && !(clean(begin) && clean(begin + 15))) begin += 16;
+                while (end > begin && !(clean(end - 16) && clean(end - 1))) end -= 16;
+                checked(p, begin);
+                if (end > begin) lanes(begin, end, true);
+                p = checked(end, p1);
             }
         }
 #endif
@@ -370,6 +409,7 @@ struct Walk {
                     LoadStrip(x / kStrip * kStrip);
                 }
         };
+        auto T0 = std::chrono::steady_clock::now();
         for (int32_t n = 0; n < r.first; ++n) reach(n);
         for (int32_t n = r.first; n < r.count; ++n) {
             reach(n);
@@ -377,6 +417,9 @@ struct Walk {
             r.Outward(n, row, column, [](int32_t n) { return n % 2 == 0; });
         }
         ring = kEveryRing;
+        auto T1 = std::chrono::steady_clock::now();
+        struct P { decltype(T1) t; ~P() { if (getenv("ZV_T")) fprintf(stderr, "in %.2f\n", std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t).count()); } } pr{T1};
+        if (getenv("ZV_T")) fprintf(stderr, "out %.2f ", std::chrono::duration<double, std::milli>(T1 - T0).count());
         for (int32_t n = r.count; n >= r.first; --n) {
             r.Inward(n, row, column);
             if (twice) Deliver(target, n);
