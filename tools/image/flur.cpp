@@ -9,8 +9,6 @@
 #include <cstring>
 #include <memory>
 #include <vector>
-#include <chrono>
-#include <cstdio>
 #include <cstdio>
 #if defined(__linux__)
 #include <sys/mman.h>
@@ -120,8 +118,8 @@ ZV_AVX512 inline void CodesOut8(__m512i v, float* f, bool stream)
 }
 ZV_AVX512 inline void Split8(__m512i v, KWords d)
 {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d.w), _mm512_cvtepi64_epi32(v));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d.w + d.half), _mm512_cvtepi64_epi32(_mm512_srli_epi64(v, 32)));
+    _mm256_stream_si256(reinterpret_cast<__m256i*>(d.w), _mm512_cvtepi64_epi32(v));
+    _mm256_stream_si256(reinterpret_cast<__m256i*>(d.w + d.half), _mm512_cvtepi64_epi32(_mm512_srli_epi64(v, 32)));
 }
 ZV_AVX512 inline __m512i SourceCodes8(const KImage& source, int32_t x, int32_t y)
 {
@@ -194,6 +192,7 @@ struct KFlurLanes {
         const __m512i top = _mm512_set1_epi32(last), low = _mm512_set1_epi32(lo), high = _mm512_set1_epi32(hi), unit = _mm512_set1_epi32(1);
         // Pixel positions are whole floats below 2^24, so adding sixteen is exact.
         __m512 pf = _mm512_cvtepi32_ps(_mm512_add_epi32(_mm512_set1_epi32(p), _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15)));
+#pragma GCC unroll 2
         for (; p + 16 <= p1; p += 16, pf = _mm512_add_ps(pf, sixteen)) {
             const __m512 s = _mm512_add_ps(_mm512_mul_ps(tv, _mm512_sub_ps(pf, cv)), cv);
             const __m512i whole = _mm512_cvttps_epi32(s);
@@ -227,8 +226,8 @@ struct KFlurLanes {
             const __m512i a01 = _mm512_permutex2var_epi32(lo01, d0, hi01), b01 = _mm512_permutex2var_epi32(lo01, d1, hi01);
             const __m512i a23 = _mm512_permutex2var_epi32(lo23, d0, hi23), b23 = _mm512_permutex2var_epi32(lo23, d1, hi23);
             uint32_t* o = own + p;
-            _mm_prefetch(reinterpret_cast<const char*>(o + kAheadWords), _MM_HINT_T0);
-            _mm_prefetch(reinterpret_cast<const char*>(o + h + kAheadWords), _MM_HINT_T0);
+            _mm_prefetch(reinterpret_cast<const char*>(o + kAheadWords), _MM_HINT_T1);
+            _mm_prefetch(reinterpret_cast<const char*>(o + h + kAheadWords), _MM_HINT_T1);
             const __m512i m01 = _mm512_loadu_si512(o), m23 = _mm512_loadu_si512(o + h);
             const __m512i c0 = Blend16<kInside>(Low(a01), Low(b01), Low(m01), rest, f, keep, w);
             const __m512i c1 = Blend16<kInside>(High(a01), High(b01), High(m01), rest, f, keep, w);
@@ -409,7 +408,6 @@ struct Walk {
                     LoadStrip(x / kStrip * kStrip);
                 }
         };
-        auto T0 = std::chrono::steady_clock::now();
         for (int32_t n = 0; n < r.first; ++n) reach(n);
         for (int32_t n = r.first; n < r.count; ++n) {
             reach(n);
@@ -417,9 +415,6 @@ struct Walk {
             r.Outward(n, row, column, [](int32_t n) { return n % 2 == 0; });
         }
         ring = kEveryRing;
-        auto T1 = std::chrono::steady_clock::now();
-        struct P { decltype(T1) t; ~P() { if (getenv("ZV_T")) fprintf(stderr, "in %.2f\n", std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t).count()); } } pr{T1};
-        if (getenv("ZV_T")) fprintf(stderr, "out %.2f ", std::chrono::duration<double, std::milli>(T1 - T0).count());
         for (int32_t n = r.count; n >= r.first; --n) {
             r.Inward(n, row, column);
             if (twice) Deliver(target, n);
@@ -531,8 +526,8 @@ struct Walk {
         const char* row = reinterpret_cast<const char*>(source.RowW(y));
         const size_t bytes = source.IsFloat() ? 16 : 8;
         for (; x + 8 <= x1 + 7 && x + 8 <= r.width; x += 8) {
-            _mm_prefetch(row + bytes * size_t(x + kAhead), _MM_HINT_T0);
-            _mm_prefetch(row + bytes * size_t(x + kAhead) + 64, _MM_HINT_T0);
+            _mm_prefetch(row + bytes * size_t(x + 4 * kAhead), _MM_HINT_T0);
+            _mm_prefetch(row + bytes * size_t(x + 4 * kAhead) + 64, _MM_HINT_T0);
             Split8(SourceCodes8(source, x, y), lines[0].At(y, x));
         }
         return x;
@@ -546,9 +541,9 @@ struct Walk {
         for (int32_t x0 = xStart; x0 < xStart + 8 * groups; x0 += 8) {
             __m512i v[8];
             for (int j = 0; j < 8; ++j) {
-                if (y + 128 + j < r.height) {
-                    const char* ahead = source.IsFloat() ? reinterpret_cast<const char*>(source.RowF(y + 128 + j) + 4 * x0)
-                                                         : reinterpret_cast<const char*>(source.RowW(y + 128 + j) + 4 * x0);
+                if (y + 32 + j < r.height) {
+                    const char* ahead = source.IsFloat() ? reinterpret_cast<const char*>(source.RowF(y + 32 + j) + 4 * x0)
+                                                         : reinterpret_cast<const char*>(source.RowW(y + 32 + j) + 4 * x0);
                     _mm_prefetch(ahead, _MM_HINT_T1);
                     _mm_prefetch(ahead + 64, _MM_HINT_T1);
                 }
@@ -667,7 +662,6 @@ public:
     {
         const int32_t w = target->width, h = target->height;
         const KRings rings(static_cast<float>(w - 1) * center.x, static_cast<float>(h - 1) * center.y, w, h);
-        if (getenv("ZV_C")) { static bool done = false; if (!done) { done = true; uintptr_t a = reinterpret_cast<uintptr_t>(source->RowW(0)) & ~uintptr_t((1 << 21) - 1); size_t len = (reinterpret_cast<uintptr_t>(source->RowW(h - 1)) + source->RowBytes() - a + (1 << 21) - 1) & ~size_t((1 << 21) - 1); int rc = madvise(reinterpret_cast<void*>(a), len, 25); fprintf(stderr, "collapse %d\n", rc); } }
         const Walk walk(rings, *source, work.get(), layout, decay, power, shape == kSquare);
         // The source as 16-bit codes, as the integer pixel read gives them, and back.
         if (!layout.twice) source->RunJobs((h + 7) / 8, [&](int32_t band) { walk.Load(8 * band); });
