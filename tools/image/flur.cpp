@@ -9,7 +9,6 @@
 #include <cstring>
 #include <memory>
 #include <vector>
-#include <cstdio>
 #if defined(__linux__)
 #include <sys/mman.h>
 #endif
@@ -443,7 +442,9 @@ struct Walk {
         for (; x < x1; ++x) PixelIn(source, x, y, lines[0].At(y, x));
     }
 
-    // The source of row y as LoadRow will read it, fetched into the cache beforehand.
+    // The start of row y's source as LoadRow will read it, fetched beforehand; it
+    // fetches the rest kAhead pixels ahead as it goes.
+    static constexpr int32_t kAhead = 256;  // pixels
     void FetchRow(int32_t y) const
     {
         const int32_t reach = std::abs(y - r.icy) + 2, x1 = std::min({r.icx + reach + 8, r.width, std::max(r.icx - reach, 0) + kAhead});
@@ -515,10 +516,9 @@ struct Walk {
     }
 
 #if defined(ZV_LANES)
-    // The eight-by-eight tiles of rows y0..y0+7, the picture's ragged right edge
-    // left to the callers. The codes are written past the caches, as is the target
-    // where its rows allow; the columns' lines are fetched well ahead.
-    static constexpr int32_t kAhead = 64;  // pixels
+    // Whole groups of eight pixels in and out, the picture's ragged edges left to
+    // the callers. The codes loaded are written past the caches, as is the target
+    // where its rows allow, and the source is fetched ahead.
 
     // Eight pixels at a time from x while they end by x1; returns where they stopped.
     ZV_AVX512 int32_t LoadEights(int32_t y, int32_t x, int32_t x1) const
@@ -526,8 +526,8 @@ struct Walk {
         const char* row = reinterpret_cast<const char*>(source.RowW(y));
         const size_t bytes = source.IsFloat() ? 16 : 8;
         for (; x + 8 <= x1 + 7 && x + 8 <= r.width; x += 8) {
-            _mm_prefetch(row + bytes * size_t(x + 4 * kAhead), _MM_HINT_T0);
-            _mm_prefetch(row + bytes * size_t(x + 4 * kAhead) + 64, _MM_HINT_T0);
+            _mm_prefetch(row + bytes * size_t(x + kAhead), _MM_HINT_T0);
+            _mm_prefetch(row + bytes * size_t(x + kAhead) + 64, _MM_HINT_T0);
             Split8(SourceCodes8(source, x, y), lines[0].At(y, x));
         }
         return x;
