@@ -480,8 +480,9 @@ struct Walk {
     // |dx| <= |dy|, else the columns'.
     bool FromColumns(int32_t x, int32_t y) const { return std::abs(x - r.icx) > std::abs(y - r.icy); }
 
-    // Ring m, now final: its rows' stretch, and a group of eight columns whose
+    // Ring m, now final: its rows' stretch, and a group of kGroup columns whose
     // innermost column is in the ring. The rest waits for DeliverRest.
+    static constexpr int32_t kGroup = 16;
     void Deliver(KImage& target, int32_t m) const
     {
         for (int32_t y : {r.icy - m, r.icy + m}) {
@@ -495,9 +496,9 @@ struct Walk {
             for (; x < x1; ++x) PixelOut(lines[0].At(y, x), target, x, y);
         }
 #if defined(ZV_LANES)
-        const int32_t w8 = r.width & ~7, left = r.icx - m, right = r.icx + m;
-        if (m > 0 && left >= 7 && left % 8 == 7 && left < w8) DeliverGroup(target, left - 7);
-        if (m > 0 && right >= 0 && right % 8 == 0 && right + 8 <= w8) DeliverGroup(target, right);
+        const int32_t whole = r.width / kGroup * kGroup, left = r.icx - m, right = r.icx + m;
+        if (m > 0 && left >= kGroup - 1 && left % kGroup == kGroup - 1 && left < whole) DeliverGroup(target, left - kGroup + 1);
+        if (m > 0 && right >= 0 && right % kGroup == 0 && right + kGroup <= whole) DeliverGroup(target, right);
 #endif
     }
 
@@ -505,13 +506,14 @@ struct Walk {
     // ragged right columns and its ragged bottom rows.
     void DeliverRest(KImage& target) const
     {
-        const int32_t w8 = r.width & ~7, h8 = r.height & ~7;
+        const int32_t whole = r.width / kGroup * kGroup, h8 = r.height & ~7;
 #if defined(ZV_LANES)
-        if (r.icx >= 0 && r.icx < w8)
-            for (int32_t y0 = 0; y0 + 8 <= r.height; y0 += 8) Tile(target, r.icx & ~7, y0);
+        if (r.icx >= 0 && r.icx < whole)
+            for (int32_t y0 = 0; y0 + 8 <= r.height; y0 += 8)
+                for (int32_t x0 = r.icx / kGroup * kGroup; x0 < r.icx / kGroup * kGroup + kGroup; x0 += 8) Tile(target, x0, y0);
 #endif
         for (int32_t y = 0; y < r.height; ++y)
-            for (int32_t x = y < h8 ? w8 : 0; x < r.width; ++x)
+            for (int32_t x = y < h8 ? whole : 0; x < r.width; ++x)
                 if (FromColumns(x, y)) PixelOut(lines[1].At(x, y), target, x, y);
     }
 
@@ -564,11 +566,12 @@ struct Walk {
         return x;
     }
 
-    // The tiles of columns x0..x0+7 that hold a pixel of the columns'.
+    // The tiles of columns x0..x0+kGroup-1 that hold a pixel of the columns'.
     ZV_AVX512 void DeliverGroup(KImage& target, int32_t x0) const
     {
-        const int32_t reach = Farthest8(x0, r.icx);
-        for (int32_t y0 = std::max(r.icy - reach + 1, 0) & ~7; y0 + 8 <= r.height && y0 <= r.icy + reach - 1; y0 += 8) Tile(target, x0, y0);
+        const int32_t reach = std::max(std::abs(x0 - r.icx), std::abs(x0 + kGroup - 1 - r.icx));
+        for (int32_t y0 = std::max(r.icy - reach + 1, 0) & ~7; y0 + 8 <= r.height && y0 <= r.icy + reach - 1; y0 += 8)
+            for (int32_t x = x0; x < x0 + kGroup; x += 8) Tile(target, x, y0);
     }
 
     // One eight-by-eight tile, unless the rows' copy alone holds it.
