@@ -671,7 +671,7 @@ public:
         walk.Run(*target);
         if (!layout.twice) target->RunJobs((h + 7) / 8, [&](int32_t band) { walk.Store(*target, 8 * band); });
 #if defined(ZV_LANES)
-        _mm_sfence();
+        _mm_sfence();  // stores past the caches reach memory before the frame is handed on
 #endif
     }
 
