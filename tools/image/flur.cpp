@@ -51,20 +51,15 @@ inline void Put(KWords p, __m128i v)
     p.w[p.half] = static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_srli_si128(packed, 4)));
 }
 
-// A pixel of the picture into the codes, as the integer pixel read gives it, and back.
-inline void PixelIn(const KImage& source, int32_t x, int32_t y, KWords d)
+// A pixel of the picture as codes, as the integer pixel read gives it; into the
+// work codes; and back out.
+inline __m128i SourceInts(const KImage& source, int32_t x, int32_t y)
 {
-    if (source.IsFloat()) return Put(d, Cut(_mm_mul_ps(_mm_loadu_ps(source.RowF(y) + 4 * x), _mm_set1_ps(65535.0f))));
-    uint32_t w[2];
-    std::memcpy(w, source.RowW(y) + 4 * x, 8);
-    d.w[0] = w[0];
-    d.w[d.half] = w[1];
+    if (source.IsFloat()) return Cut(_mm_mul_ps(_mm_loadu_ps(source.RowF(y) + 4 * x), _mm_set1_ps(65535.0f)));
+    return _mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(source.RowW(y) + 4 * x)), _mm_setzero_si128());
 }
-inline __m128 SourceCodes(const KImage& source, int32_t x, int32_t y)
-{
-    if (source.IsFloat()) return _mm_cvtepi32_ps(Cut(_mm_mul_ps(_mm_loadu_ps(source.RowF(y) + 4 * x), _mm_set1_ps(65535.0f))));
-    return _mm_cvtepi32_ps(_mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(source.RowW(y) + 4 * x)), _mm_setzero_si128()));
-}
+inline __m128 SourceCodes(const KImage& source, int32_t x, int32_t y) { return _mm_cvtepi32_ps(SourceInts(source, x, y)); }
+inline void PixelIn(const KImage& source, int32_t x, int32_t y, KWords d) { Put(d, SourceInts(source, x, y)); }
 inline void PixelOut(KWords s, KImage& target, int32_t x, int32_t y)
 {
     if (target.IsFloat()) return _mm_storeu_ps(target.RowF(y) + 4 * x, _mm_mul_ps(Codes(s), _mm_set1_ps(kIntToFloat)));
@@ -241,9 +236,9 @@ struct KFlurLanes {
 #pragma GCC diagnostic pop
 #endif
 
-// The nearest and farthest distance from c over the eight values a..a+7.
-int32_t Nearest8(int32_t a, int32_t c) { return c < a ? a - c : c > a + 7 ? c - a - 7 : 0; }
-int32_t Farthest8(int32_t a, int32_t c) { return std::max(std::abs(a - c), std::abs(a + 7 - c)); }
+// The nearest and farthest distance from c over the n values a..a+n-1.
+int32_t Nearest(int32_t a, int32_t n, int32_t c) { return c < a ? a - c : c > a + n - 1 ? c - a - n + 1 : 0; }
+int32_t Farthest(int32_t a, int32_t n, int32_t c) { return std::max(std::abs(a - c), std::abs(a + n - 1 - c)); }
 
 // One run of the rings over 16-bit codes. A step updates pixels p0..p1-1 of one
 // line, a row or a column, from the line next to it. Each pixel is written once
@@ -258,7 +253,7 @@ struct Walk {
     struct Lines {
         uint32_t* base;
         size_t line, pixel, half;  // words from one line to the next, from one pixel to the next, and between a line's halves
-        float c, cAcross;          // the centre along the lines and across them
+        float c;                   // the centre along the lines
         int32_t ic, icAcross;
         int32_t length, count;  // pixels a line, lines
 
@@ -282,9 +277,9 @@ struct Walk {
     Walk(const KRings& rings, const KImage& source, uint32_t* base, const Layout& at, float decay, float power, bool square)
         : r(rings), source(source), twice(at.twice), decay(decay), power(power), square(square)
     {
-        lines[0] = {base, at.stride, 1, at.span, r.cx, r.cy, r.icx, r.icy, r.width, r.height};
-        lines[1] = twice ? Lines{base + at.stride * size_t(r.height), at.columnStride, 1, at.columnSpan, r.cy, r.cx, r.icy, r.icx, r.height, r.width}
-                         : Lines{base, 1, at.stride, at.span, r.cy, r.cx, r.icy, r.icx, r.height, r.width};
+        lines[0] = {base, at.stride, 1, at.span, r.cx, r.icx, r.icy, r.width, r.height};
+        lines[1] = twice ? Lines{base + at.stride * size_t(r.height), at.columnStride, 1, at.columnSpan, r.cy, r.icy, r.icx, r.height, r.width}
+                         : Lines{base, 1, at.stride, at.span, r.cy, r.icy, r.icx, r.height, r.width};
     }
 
     float Weight(float d) const { return square ? decay : decay * std::pow(d * d + 1.0f, -power); }
@@ -301,7 +296,7 @@ struct Walk {
     void Step(int a, int32_t line, int32_t from, int32_t p0, int32_t p1, int32_t ring) const
     {
         const Lines& L = lines[a];
-        const float t = (static_cast<float>(from) - L.cAcross) / (static_cast<float>(line) - L.cAcross);
+        const float t = a == 0 ? r.RowT(line, from) : r.ColumnT(line, from);
         const int32_t near = std::clamp(from, 0, L.count - 1), last = L.length - 1;
         int32_t p = p0;
         // The next ring's line in this direction starts being fetched now.
@@ -459,7 +454,7 @@ struct Walk {
     void LoadStrip(int32_t x0) const
     {
         const int32_t x1 = std::min(x0 + kStrip, r.width), groups = (x1 - x0) / 8;
-        const int32_t reach = std::max(std::abs(x0 - r.icx), std::abs(x1 - 1 - r.icx)) + 2;
+        const int32_t reach = Farthest(x0, x1 - x0, r.icx) + 2;
         const int32_t y0 = std::max(r.icy - reach, 0), y1 = std::min(r.icy + reach + 1, r.height);
         int32_t y = y0;
 #if defined(ZV_LANES)
@@ -569,7 +564,7 @@ struct Walk {
     // The tiles of columns x0..x0+kGroup-1 that hold a pixel of the columns'.
     ZV_AVX512 void DeliverGroup(KImage& target, int32_t x0) const
     {
-        const int32_t reach = std::max(std::abs(x0 - r.icx), std::abs(x0 + kGroup - 1 - r.icx));
+        const int32_t reach = Farthest(x0, kGroup, r.icx);
         for (int32_t y0 = std::max(r.icy - reach + 1, 0) & ~7; y0 + 8 <= r.height && y0 <= r.icy + reach - 1; y0 += 8)
             for (int32_t x = x0; x < x0 + kGroup; x += 8) Tile(target, x, y0);
     }
@@ -578,9 +573,9 @@ struct Walk {
     ZV_AVX512 void Tile(KImage& target, int32_t x0, int32_t y0) const
     {
         const Lines &rows = lines[0], &columns = lines[1];
-        const int32_t dyNear = Nearest8(y0, r.icy), dyFar = Farthest8(y0, r.icy);
-        if (Farthest8(x0, r.icx) <= dyNear) return;
-        const bool allColumns = Nearest8(x0, r.icx) > dyFar, stream = Streams(target);
+        const int32_t dyNear = Nearest(y0, 8, r.icy), dyFar = Farthest(y0, 8, r.icy);
+        if (Farthest(x0, 8, r.icx) <= dyNear) return;
+        const bool allColumns = Nearest(x0, 8, r.icx) > dyFar, stream = Streams(target);
         __m512i v[8];
         for (int j = 0; j < 8; ++j) v[j] = Joined8(columns.At(x0 + j, y0));
         Transpose8(v);
