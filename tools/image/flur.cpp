@@ -115,6 +115,14 @@ ZV_AVX512 inline void Split8(__m512i v, KWords d)
     _mm256_stream_si256(reinterpret_cast<__m256i*>(d.w), _mm512_cvtepi64_epi32(v));
     _mm256_stream_si256(reinterpret_cast<__m256i*>(d.w + d.half), _mm512_cvtepi64_epi32(_mm512_srli_epi64(v, 32)));
 }
+// Sixteen pixels' codes, two registers of eight in order, out to a line's two
+// halves past the caches: a whole cache line each where `d` is aligned to one.
+ZV_AVX512 inline void Split16(__m512i first, __m512i second, KWords d)
+{
+    const __m512i lows = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+    _mm512_stream_si512(reinterpret_cast<__m512i*>(d.w), _mm512_permutex2var_epi32(first, lows, second));
+    _mm512_stream_si512(reinterpret_cast<__m512i*>(d.w + d.half), _mm512_permutex2var_epi32(first, _mm512_add_epi32(lows, _mm512_set1_epi32(1)), second));
+}
 ZV_AVX512 inline __m512i SourceCodes8(const KImage& source, int32_t x, int32_t y)
 {
     return source.IsFloat() ? CodesIn8(source.RowF(y) + 4 * x) : _mm512_loadu_si512(source.RowW(y) + 4 * x);
@@ -425,14 +433,14 @@ struct Walk {
             for (int32_t x = 0; x < r.width; ++x) PixelIn(source, x, y, lines[0].At(y, x));
     }
 
-    // Row y into the rows' copy where it holds the row; whole groups of eight may
+    // Row y into the rows' copy where it holds the row; whole groups of sixteen may
     // take a few pixels more, all in rings the walk has not reached.
     void LoadRow(int32_t y) const
     {
         const int32_t reach = std::abs(y - r.icy) + 2, x1 = std::min(r.icx + reach + 1, r.width);
         int32_t x = std::max(r.icx - reach, 0);
 #if defined(ZV_LANES)
-        x = LoadEights(y, x & ~7, x1);
+        x = LoadRun(y, x & ~15, x1);
 #endif
         for (; x < x1; ++x) PixelIn(source, x, y, lines[0].At(y, x));
     }
@@ -517,16 +525,20 @@ struct Walk {
     // the callers. The codes loaded are written past the caches, as is the target
     // where its rows allow, and the source is fetched ahead.
 
-    // Eight pixels at a time from x while they end by x1; returns where they stopped.
-    ZV_AVX512 int32_t LoadEights(int32_t y, int32_t x, int32_t x1) const
+    // Row y from x, a multiple of sixteen, sixteen pixels at a time while they
+    // start before x1, then eight; returns where they stopped.
+    ZV_AVX512 int32_t LoadRun(int32_t y, int32_t x, int32_t x1) const
     {
         const char* row = reinterpret_cast<const char*>(source.RowW(y));
         const size_t bytes = source.IsFloat() ? 16 : 8;
-        for (; x + 8 <= x1 + 7 && x + 8 <= r.width; x += 8) {
-            _mm_prefetch(row + bytes * size_t(x + kAhead), _MM_HINT_T0);
-            _mm_prefetch(row + bytes * size_t(x + kAhead) + 64, _MM_HINT_T0);
-            Split8(SourceCodes8(source, x, y), lines[0].At(y, x));
+        for (; x < x1 && x + 16 <= r.width; x += 16) {
+            for (int32_t a = x + kAhead; a < x + kAhead + 16; a += 8) {
+                _mm_prefetch(row + bytes * size_t(a), _MM_HINT_T0);
+                _mm_prefetch(row + bytes * size_t(a) + 64, _MM_HINT_T0);
+            }
+            Split16(SourceCodes8(source, x, y), SourceCodes8(source, x + 8, y), lines[0].At(y, x));
         }
+        for (; x < x1 && x + 8 <= r.width; x += 8) Split8(SourceCodes8(source, x, y), lines[0].At(y, x));
         return x;
     }
 
@@ -536,18 +548,12 @@ struct Walk {
     // time finish.
     ZV_AVX512 int32_t LoadTiles(int32_t xStart, int32_t groups, int32_t y, int32_t y1) const
     {
-        const __m512i lows = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
-        const __m512i highs = _mm512_add_epi32(lows, _mm512_set1_epi32(1));
         for (; y < y1 && y + 16 <= r.height; y += 16)
             for (int32_t x0 = xStart; x0 < xStart + 8 * groups; x0 += 8) {
                 __m512i top[8], bottom[8];
                 SourceTile(x0, y, top);
                 SourceTile(x0, y + 8, bottom);
-                for (int j = 0; j < 8; ++j) {
-                    const KWords d = lines[1].At(x0 + j, y);
-                    _mm512_stream_si512(reinterpret_cast<__m512i*>(d.w), _mm512_permutex2var_epi32(top[j], lows, bottom[j]));
-                    _mm512_stream_si512(reinterpret_cast<__m512i*>(d.w + d.half), _mm512_permutex2var_epi32(top[j], highs, bottom[j]));
-                }
+                for (int j = 0; j < 8; ++j) Split16(top[j], bottom[j], lines[1].At(x0 + j, y));
             }
         for (; y < y1 && y + 8 <= r.height; y += 8)
             for (int32_t x0 = xStart; x0 < xStart + 8 * groups; x0 += 8) {
