@@ -177,11 +177,12 @@ template <bool kInside>
 // take only blocks whose crossings lie in 0..2e9 and read within lo..hi of the
 // near line, so that two loads and a permute fetch each half. Returns where they stopped.
 struct KFlurLanes {
-    static constexpr size_t kAheadWords = 256;  // own words fetched ahead of the step
+    static constexpr size_t kAheadWords = 256;  // words fetched ahead of the step
     float t, c;  // crossing = t (p - c) + c for a pixel at p
     int32_t last, lo, hi;
     float decay, power;
     size_t half;
+    ptrdiff_t next;  // words from a pixel to the same pixel of the next ring's line
 
     // With kClean the caller has checked every block's crossings itself, so that
     // none needs a clamp: the blocks between its ends, where most of a line lies.
@@ -228,8 +229,11 @@ struct KFlurLanes {
             const __m512i a01 = _mm512_permutex2var_epi32(lo01, d0, hi01), b01 = _mm512_permutex2var_epi32(lo01, d1, hi01);
             const __m512i a23 = _mm512_permutex2var_epi32(lo23, d0, hi23), b23 = _mm512_permutex2var_epi32(lo23, d1, hi23);
             uint32_t* o = own + p;
-            _mm_prefetch(reinterpret_cast<const char*>(o + kAheadWords), _MM_HINT_T1);
-            _mm_prefetch(reinterpret_cast<const char*>(o + h + kAheadWords), _MM_HINT_T1);
+            // Its own words ahead, and the same words of the next ring's line.
+            for (const uint32_t* ahead : {o + kAheadWords, o + next + kAheadWords}) {
+                _mm_prefetch(reinterpret_cast<const char*>(ahead), _MM_HINT_T1);
+                _mm_prefetch(reinterpret_cast<const char*>(ahead + h), _MM_HINT_T1);
+            }
             const __m512i m01 = _mm512_loadu_si512(o), m23 = _mm512_loadu_si512(o + h);
             const __m512i c0 = Blend16<kInside>(Low(a01), Low(b01), Low(m01), rest, f, keep, w);
             const __m512i c1 = Blend16<kInside>(High(a01), High(b01), High(m01), rest, f, keep, w);
@@ -307,8 +311,11 @@ struct Walk {
         const float t = a == 0 ? r.RowT(line, from) : r.ColumnT(line, from);
         const int32_t near = std::clamp(from, 0, L.count - 1), last = L.length - 1;
         int32_t p = p0;
-        // The next ring's line in this direction starts being fetched now.
-        if (const int32_t next = line + (line - from); twice && next >= 0 && next < L.count)
+        // The next ring's line in this direction is fetched as this one steps: its
+        // start now, the rest by the steps themselves.
+        const int32_t next = line + (line - from);
+        const bool fetch = twice && next >= 0 && next < L.count;
+        if (fetch)
             for (int32_t q = p0; q < std::min(p1, p0 + 256); q += 16) {
                 const KWords w = L.At(next, q);
                 _mm_prefetch(reinterpret_cast<const char*>(w.w), _MM_HINT_T1);
@@ -318,7 +325,8 @@ struct Walk {
         // A line at the image's edge reads itself, in order: only pixel by pixel does that.
         if (twice && near == from) {
             const int32_t reach = std::abs(near - L.icAcross) + 2;
-            const KFlurLanes l{t, L.c, last, L.ic - reach, L.ic + reach, decay, power, L.half};
+            const ptrdiff_t ahead = fetch ? (line - from) * ptrdiff_t(L.line) : 0;
+            const KFlurLanes l{t, L.c, last, L.ic - reach, L.ic + reach, decay, power, L.half, ahead};
             const uint32_t* n = L.At(near, 0).w;
             uint32_t* o = L.At(line, 0).w;
             // A weight within 0..1 keeps every blend within the codes' range.
