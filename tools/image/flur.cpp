@@ -408,9 +408,11 @@ struct Walk {
         std::vector<char> strips(twice ? size_t(r.width + kStrip - 1) / kStrip : 0, 0);
         auto reach = [&](int32_t n) {
             if (!twice) return;
-            if (r.RowIn(r.icy - n)) LoadRow(r.icy - n);
-            if (n > 0 && r.RowIn(r.icy + n)) LoadRow(r.icy + n);
-            for (int32_t y : {r.icy - n - 1, r.icy + n + 1})
+            for (int32_t d = n == 0 ? 0 : n + 1; d <= n + 1; ++d) {
+                if (r.RowIn(r.icy - d)) LoadRow(r.icy - d);
+                if (d > 0 && r.RowIn(r.icy + d)) LoadRow(r.icy + d);
+            }
+            for (int32_t y : {r.icy - n - 2, r.icy + n + 2})
                 if (r.RowIn(y)) FetchRow(y);
             for (int32_t x : {r.icx - n, r.icx + n})
                 if (r.ColumnIn(x) && !strips[size_t(x / kStrip)]) {
