@@ -395,11 +395,12 @@ struct Walk {
     }
 
     // Held once, the codes are loaded before the walk (Load) and stored after it
-    // (Store). Held twice, the outward walk loads each row as its ring comes and
-    // each column with its strip, so that a ring's own pixels are in the cache when
-    // it steps (until then a pixel's value is the source's); and the inward walk
-    // delivers each ring to the target as soon as it is final, while it is still
-    // in the cache.
+    // (Store). Held twice, the outward walk loads each row a ring before its own
+    // and each column with its strip, a ring before the strip's first column, so
+    // that a ring's steps fetch the next ring's pixels as they go (until a ring
+    // steps, its pixels' values are the source's); and the inward walk delivers
+    // each ring to the target as soon as it is final, while it is still in the
+    // cache.
     void Run(KImage& target) const
     {
         int32_t ring = kEveryRing;
@@ -414,7 +415,7 @@ struct Walk {
             }
             for (int32_t y : {r.icy - n - 2, r.icy + n + 2})
                 if (r.RowIn(y)) FetchRow(y);
-            for (int32_t x : {r.icx - n, r.icx + n})
+            for (int32_t x : {r.icx - n, r.icx + n, r.icx - n - 1, r.icx + n + 1})
                 if (r.ColumnIn(x) && !strips[size_t(x / kStrip)]) {
                     strips[size_t(x / kStrip)] = 1;
                     LoadStrip(x / kStrip * kStrip);
