@@ -543,10 +543,7 @@ struct Walk {
         const char* row = reinterpret_cast<const char*>(source.RowW(y));
         const size_t bytes = source.IsFloat() ? 16 : 8;
         for (; x < x1 && x + 16 <= r.width; x += 16) {
-            for (int32_t a = x + kAhead; a < x + kAhead + 16; a += 8) {
-                _mm_prefetch(row + bytes * size_t(a), _MM_HINT_T0);
-                _mm_prefetch(row + bytes * size_t(a) + 64, _MM_HINT_T0);
-            }
+            for (size_t b = 0; b < 16 * bytes; b += 64) _mm_prefetch(row + bytes * size_t(x + kAhead) + b, _MM_HINT_T0);
             Split16(SourceCodes8(source, x, y), SourceCodes8(source, x + 8, y), lines[0].At(y, x));
         }
         for (; x < x1 && x + 8 <= r.width; x += 8) Split8(SourceCodes8(source, x, y), lines[0].At(y, x));
